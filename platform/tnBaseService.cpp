@@ -1,0 +1,3 @@
+#include "platform/tnBaseService.h"
+
+tnBaseService::~tnBaseService() = default;

@@ -1,0 +1,3 @@
+#include "platform/tnControllerService.h"
+
+tnControllerService::~tnControllerService() = default;

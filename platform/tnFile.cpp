@@ -1,0 +1,31 @@
+#include "platform/tnFile.h"
+
+#include "platform/tnLog.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+bool tnFile::createPath(const std::string &path)
+{
+    return !path.empty() && QDir().mkpath(QString::fromStdString(path));
+}
+
+bool tnFile::checkWrite(const std::string &path, bool isFile, bool report)
+{
+    bool writable = false;
+    if (!path.empty()) {
+        const QFileInfo info(QString::fromStdString(path));
+        if (isFile && !info.exists())
+            writable = QFileInfo(info.absolutePath()).isWritable();
+        else
+            writable = info.isWritable() && info.isFile() == isFile;
+    }
+    if (!writable && report)
+        tnLog::error("'%s' is not writable", path.c_str());
+    return writable;
+}
+
+QString tnFile::getTmpDir()
+{
+    return QDir::tempPath();
+}

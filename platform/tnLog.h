@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/tnPlatformExport.h"
+
+#include <QtCore/QString>
+
+#include <functional>
+
+/// The host's log. printf-style; texts are UTF-8, without a line break at the end. From any thread.
+class TNPLATFORM_EXPORT tnLog {
+public:
+    enum class Level { Info, Warning, Error };
+    using Sink = std::function<void(Level level, const QString &text)>;
+
+    tnLog() = delete;
+
+    static void info(const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
+    static void warning(const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
+    static void error(const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
+
+    /// Where the log goes; without one to the standard error stream. The sink is called in the
+    /// thread that logs.
+    static void setSink(Sink sink);
+};
