@@ -1,0 +1,120 @@
+#pragma once
+
+#include "platform/tnFileIOService.h"
+
+#include <QtCore/QFileInfo>
+
+#include <map>
+#include <set>
+#include <vector>
+
+/// A file service that converts nothing: it answers by suffix and by what a test has set, records
+/// what it was asked, and leaves it to the test to emit signals.
+class ScriptedFileService : public tnFileIOService {
+public:
+    struct Load {
+        QStringList files;
+        tndNode target;
+        QString directory;
+        bool load;
+        bool remove;
+        bool direct;
+    };
+    struct Reimport {
+        tndNode node;
+        bool remove;
+    };
+
+    // What the service knows, by lower-case suffix: which files it supports, and their types.
+    std::map<QString, tnCADFileTypes::FileType> types{
+        {"step", tnCADFileTypes::Step},       {"stp", tnCADFileTypes::Step},
+        {"igs", tnCADFileTypes::Iges},        {"stl", tnCADFileTypes::STL},
+        {"obj", tnCADFileTypes::Obj},         {"wrl", tnCADFileTypes::VRML},
+        {"jt", tnCADFileTypes::JT},           {"3dm", tnCADFileTypes::Rhino},
+        {"x_t", tnCADFileTypes::Parasolid},   {"skp", tnCADFileTypes::SketchUp},
+        {"catpart", tnCADFileTypes::CatiaV5}, {"wire", tnCADFileTypes::Heron},
+        {"kxt", tnCADFileTypes::KXT},         {"prt", tnCADFileTypes::NX},
+        {"asm", tnCADFileTypes::SolidEdge}};
+    bool handledByDialog = true;
+    bool directLoadCandidate = true;
+    std::set<tnCADFileTypes::FileType> disabledTypes;
+
+    // What it was asked, in order.
+    std::vector<Load> loads;
+    std::vector<Reimport> reimports;
+    std::vector<quint64> aborts;
+    QStringList typeRequests;
+    QStringList typeQuestions;
+    std::vector<QString> directLoadQuestions;
+
+    // What it holds.
+    int maxParallelProcesses = -1;
+    std::map<tnCADFileTypes::FileType, tndXlatSettings> xlatSettings;
+    std::map<tnCADFileTypes::FileType, tndXlatSettings> defaultXlatSettings;
+    tndSceneImportSettings sceneSettings;
+    tndProjectMergeSettings mergeSettings;
+    quint64 nextJob = 1;
+
+    void setMaxParallelProcesses(int count) override { maxParallelProcesses = count; }
+    int getMaxParallelProcesses() override { return maxParallelProcesses; }
+    void setImportSettings(tnCADFileTypes::FileType type, const tndXlatSettings &settings) override
+    {
+        xlatSettings[type] = settings;
+    }
+    tndXlatSettings getImportSettings(tnCADFileTypes::FileType type) override
+    {
+        return xlatSettings[type];
+    }
+    tndXlatSettings getDefaultImportSettings(tnCADFileTypes::FileType type) override
+    {
+        return defaultXlatSettings[type];
+    }
+    void setSceneImportSettings(const tndSceneImportSettings &settings) override
+    {
+        sceneSettings = settings;
+    }
+    tndSceneImportSettings getSceneImportSettings() override { return sceneSettings; }
+    void setProjectMergeSettings(const tndProjectMergeSettings &settings) override
+    {
+        mergeSettings = settings;
+    }
+    tndProjectMergeSettings getProjectMergeSettings() override { return mergeSettings; }
+    bool isFileTypeEnabled(tnCADFileTypes::FileType type) override
+    {
+        return disabledTypes.count(type) == 0;
+    }
+    bool isHandledByImportDialog(const QString &) override
+    {
+        directLoadQuestions.push_back(QStringLiteral("handled"));
+        return handledByDialog;
+    }
+    quint64 loadFiles(const QStringList &files, const tndNode &target, const QString &directory,
+                      bool load, bool remove, bool direct) override
+    {
+        loads.push_back({files, target, directory, load, remove, direct});
+        return nextJob++;
+    }
+    quint64 reimportFile(const tndNode &node, bool remove) override
+    {
+        reimports.push_back({node, remove});
+        return nextJob++;
+    }
+    void requestFileType(const QString &path) override { typeRequests << path; }
+    void abortImport(quint64 job) override { aborts.push_back(job); }
+    bool isFileSupported(const QString &path) override
+    {
+        return types.count(fileSuffix(path).toLower()) != 0;
+    }
+    bool isDirectLoadCandidate(const QString &) override
+    {
+        directLoadQuestions.push_back(QStringLiteral("candidate"));
+        return directLoadCandidate;
+    }
+    QString fileSuffix(const QString &path) override { return QFileInfo(path).suffix(); }
+    tnCADFileTypes::FileType fileType(const QString &path) override
+    {
+        typeQuestions << path;
+        const auto found = types.find(fileSuffix(path).toLower());
+        return found == types.end() ? tnCADFileTypes::Unsupported : found->second;
+    }
+};
