@@ -63,7 +63,7 @@ struct FileTypeFacts {
 
 /// One row per value of FileType, in the order of the values. "prt" and "asm" stand in two rows
 /// each: the suffix alone cannot tell those systems apart.
-inline constexpr std::array<FileTypeFacts, 33> fileTypeFacts {{
+inline constexpr std::array<FileTypeFacts, 33> fileTypeFacts{{
     {Cinema4D, "Cinema4D", {"c4d"}, false},
     {Cosmo, "Cosmo", {"csb"}, false},
     {Webplan, "Webplan", {"dwf"}, false},

@@ -36,7 +36,8 @@ QString tnFileIO::getReadFileTypesFilter(tnFileTypes::FileExtensionFilterMode mo
 
     QStringList filter;
     if ((mode & tnFileTypes::FilterAllReadable) && !everySuffix.isEmpty())
-        filter << entry(QCoreApplication::translate("tnFileIO", "All supported files"), everySuffix);
+        filter << entry(QCoreApplication::translate("tnFileIO", "All supported files"),
+                        everySuffix);
     if (mode & tnFileTypes::FilterNative)
         filter << native;
     if (mode & tnFileTypes::FilterPerType)

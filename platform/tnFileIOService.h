@@ -32,8 +32,8 @@ public:
     virtual void setMaxParallelProcesses(int count) = 0;
     virtual int getMaxParallelProcesses() = 0;
 
-    virtual void setImportSettings(tnCADFileTypes::FileType type, const tndXlatSettings &settings)
-        = 0;
+    virtual void setImportSettings(tnCADFileTypes::FileType type,
+                                   const tndXlatSettings &settings) = 0;
     virtual tndXlatSettings getImportSettings(tnCADFileTypes::FileType type) = 0;
     virtual tndXlatSettings getDefaultImportSettings(tnCADFileTypes::FileType type) = 0;
     virtual void setSceneImportSettings(const tndSceneImportSettings &settings) = 0;
@@ -53,8 +53,7 @@ public:
     /// job. A job without files ends like any other.
     virtual quint64 loadFiles(const QStringList &files, const tndNode &target,
                               const QString &outputDirectory, bool load, bool removeConverted,
-                              bool direct)
-        = 0;
+                              bool direct) = 0;
     /// Starts a job that imports the source file of a node again, in the node's place.
     virtual quint64 reimportFile(const tndNode &node, bool removeConverted) = 0;
 

@@ -19,7 +19,10 @@ tnPulseInterface *silentPulse()
 
 tnPulseInterface::~tnPulseInterface() = default;
 
-tnInterfaceFactory::tnInterfaceFactory() : m_pulse(silentPulse()) { }
+tnInterfaceFactory::tnInterfaceFactory()
+    : m_pulse(silentPulse())
+{
+}
 
 tnInterfaceFactory &tnInterfaceFactory::the()
 {

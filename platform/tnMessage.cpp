@@ -5,7 +5,10 @@
 #include <unistd.h>
 #endif
 
-tnMessage::tnMessage(int id) : m_id(id) { }
+tnMessage::tnMessage(int id)
+    : m_id(id)
+{
+}
 
 const boost::any &tnMessage::get(const std::string &key) const
 {

@@ -8,6 +8,5 @@ tnScenegraphService *tnScenegraphService::the()
 {
     const auto &services = tnKernelServiceFactory::the().services();
     const auto found = services.find(typeid(tnScenegraphService).hash_code());
-    return found == services.end() ? nullptr
-                                   : dynamic_cast<tnScenegraphService *>(found->second);
+    return found == services.end() ? nullptr : dynamic_cast<tnScenegraphService *>(found->second);
 }

@@ -7,7 +7,10 @@
 class tndNode {
 public:
     tndNode() = default;
-    explicit tndNode(unsigned int id) : m_id(id) { }
+    explicit tndNode(unsigned int id)
+        : m_id(id)
+    {
+    }
 
     unsigned int id() const { return m_id; }
     bool isNull() const { return m_id == 0; }

@@ -4,8 +4,14 @@
 /// field a getter get<Name>, a setter set<Name> and a member with the default.
 #define TND_SETTINGS_MEMBER(type, name, initial)                                                   \
 public:                                                                                            \
-    type get##name() const { return m_##name; }                                                    \
-    void set##name(type value) { m_##name = value; }                                               \
+    type get##name() const                                                                         \
+    {                                                                                              \
+        return m_##name;                                                                           \
+    }                                                                                              \
+    void set##name(type value)                                                                     \
+    {                                                                                              \
+        m_##name = value;                                                                          \
+    }                                                                                              \
                                                                                                    \
 private:                                                                                           \
     type m_##name = initial;
@@ -27,4 +33,7 @@ public:                                                                         
     {                                                                                              \
         return true FIELDS(TND_SETTINGS_EQUAL);                                                    \
     }                                                                                              \
-    friend bool operator!=(const Class &a, const Class &b) { return !(a == b); }
+    friend bool operator!=(const Class &a, const Class &b)                                         \
+    {                                                                                              \
+        return !(a == b);                                                                          \
+    }
