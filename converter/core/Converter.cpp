@@ -1,0 +1,128 @@
+#include "core/Converter.h"
+
+#include "core/ConversionError.h"
+#include "core/Stopwatch.h"
+#include "core/Text.h"
+#include "readers/FileProbe.h"
+#include "readers/ReaderRegistry.h"
+#include "scene/SceneOperations.h"
+#include "writer/GlbWriter.h"
+
+#include <Standard_Failure.hxx>
+#include <Standard_OutOfMemory.hxx>
+
+#include <filesystem>
+#include <new>
+
+namespace tnconvert {
+
+namespace {
+
+const Format &formatOf(const Job &job)
+{
+    const Format *format = job.type.empty() ? formatBySuffix(job.input) : formatByName(job.type);
+    if (format)
+        return *format;
+    if (!job.type.empty())
+        throw ConversionError("The file type \"" + validUtf8(job.type) + "\" is not known.");
+    throw ConversionError("The type of " + fileName(job.input)
+                          + " is not known by its suffix; see --list-formats.");
+}
+
+void checkOutput(const Job &job)
+{
+    std::error_code error;
+    const std::filesystem::path output(job.output);
+    if (std::filesystem::is_directory(output, error))
+        throw ConversionError("The output " + validUtf8(job.output) + " is a directory.");
+    const std::filesystem::path directory = output.parent_path();
+    if (!directory.empty() && !std::filesystem::is_directory(directory, error))
+        throw ConversionError("The directory " + validUtf8(directory.string())
+                              + " for the output does not exist.");
+    if (std::filesystem::equivalent(job.input, output, error))
+        throw ConversionError("The output would overwrite the input " + fileName(job.input) + ".");
+}
+
+void applySettings(const Settings &settings, Scene &scene)
+{
+    if (settings.removeEmptyGroups)
+        removeEmptyGroups(scene.roots);
+    if (settings.createLayerGroups)
+        createLayerGroups(scene.roots);
+    if (settings.flushTransformations)
+        flushTransformations(scene.roots);
+    if (settings.unshareNodes)
+        unshareMeshes(scene.roots);
+}
+
+std::string missingPartsMessage(const std::vector<std::string> &parts)
+{
+    std::string message = parts.size() == 1 ? "A part file is missing or cannot be read: "
+                                            : "Part files are missing or cannot be read: ";
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        message += (i > 0 ? ", " : "") + validUtf8(parts[i]);
+    return message + ".";
+}
+
+Outcome convertOrThrow(const Job &job, Report &report)
+{
+    checkReadable(job.input);
+    const Format &format = formatOf(job);
+    checkOutput(job);
+    Scene scene = format.createReader()->read(job.input, job.settings, report);
+    report.progress(90, "Writing");
+    applySettings(job.settings, scene);
+    if (!hasGeometry(scene.roots)) {
+        if (!scene.missingParts.empty())
+            throw ConversionError(missingPartsMessage(scene.missingParts)
+                                  + " Nothing else is left of " + fileName(job.input) + ".");
+        throw ConversionError(fileName(job.input)
+                              + " contains no geometry that the settings let through.");
+    }
+    GlbWriter(job.input).write(scene, job.output);
+    report.progress(100, "Writing");
+    if (!scene.missingParts.empty())
+        return {State::Incomplete, missingPartsMessage(scene.missingParts), 0};
+    return {};
+}
+
+Outcome noMemory(const Job &job)
+{
+    return {State::Failure, "There is not enough memory to convert " + fileName(job.input) + ".",
+            0};
+}
+
+Outcome convertCaught(const Job &job, Report &report)
+{
+    try {
+        return convertOrThrow(job, report);
+    } catch (const ConversionError &error) {
+        return {State::Failure, error.what(), 0};
+    } catch (const std::bad_alloc &) {
+        return noMemory(job);
+    } catch (const std::length_error &) {
+        return noMemory(job);
+    } catch (const Standard_OutOfMemory &) {
+        return noMemory(job);
+    } catch (const Standard_Failure &failure) {
+        return {State::Failure,
+                fileName(job.input) + " is damaged: the CAD kernel gave up on it ("
+                    + validUtf8(failure.DynamicType()->Name()) + ").",
+                0};
+    } catch (const std::exception &error) {
+        return {State::Failure,
+                fileName(job.input) + " cannot be converted: " + validUtf8(error.what()) + ".", 0};
+    }
+}
+
+} // namespace
+
+Outcome convert(const Job &job, Report &report)
+{
+    const Stopwatch watch;
+    Outcome outcome = convertCaught(job, report);
+    outcome.seconds = watch.seconds();
+    return outcome;
+}
+
+} // namespace tnconvert

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/Report.h"
+#include "core/Settings.h"
+
+#include <string>
+
+namespace tnconvert {
+
+/// One file to convert.
+struct Job {
+    std::string input;
+    std::string output;
+    std::string type; ///< display name of the format; empty: by the input's suffix
+    Settings settings;
+};
+
+/// Converts one file. Never throws: what goes wrong with the file is told by the outcome.
+Outcome convert(const Job &job, Report &report);
+
+} // namespace tnconvert

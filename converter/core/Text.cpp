@@ -1,0 +1,124 @@
+#include "core/Text.h"
+
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+
+namespace tnconvert {
+
+namespace {
+
+/// Length of the valid UTF-8 sequence at the start of @p text, 0 when there is none.
+std::size_t sequenceLength(std::string_view text)
+{
+    struct Form {
+        unsigned char mask;
+        unsigned char lead;
+        std::size_t length;
+        unsigned least;
+    };
+    static constexpr Form forms[] = {{0x80, 0x00, 1, 0},
+                                     {0xE0, 0xC0, 2, 0x80},
+                                     {0xF0, 0xE0, 3, 0x800},
+                                     {0xF8, 0xF0, 4, 0x10000}};
+    const auto first = static_cast<unsigned char>(text[0]);
+    for (const Form &form : forms) {
+        if ((first & form.mask) != form.lead)
+            continue;
+        if (text.size() < form.length)
+            return 0;
+        unsigned code = first & static_cast<unsigned char>(~form.mask);
+        for (std::size_t i = 1; i < form.length; ++i) {
+            const auto byte = static_cast<unsigned char>(text[i]);
+            if ((byte & 0xC0) != 0x80)
+                return 0;
+            code = (code << 6) | (byte & 0x3F);
+        }
+        const bool isValid =
+            code >= form.least && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+        return isValid ? form.length : 0;
+    }
+    return 0;
+}
+
+bool isUtf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const std::size_t length = sequenceLength(text);
+        if (length == 0)
+            return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+} // namespace
+
+std::string lowerCase(std::string_view text)
+{
+    std::string result(text);
+    for (char &c : result) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return result;
+}
+
+std::string validUtf8(std::string_view text)
+{
+    const bool isValid = isUtf8(text);
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F) {
+            result += ' ';
+        } else if (isValid || byte < 0x80) {
+            result += c;
+        } else {
+            result += static_cast<char>(0xC0 | (byte >> 6));
+            result += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return result;
+}
+
+std::optional<double> parseNumber(std::string_view text)
+{
+    if (!text.empty() && text.front() == '+')
+        text.remove_prefix(1);
+    double value = 0;
+    const char *end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    if (error == std::errc::result_out_of_range && rest == end) {
+        // Too small to be told from 0; too large stays an error.
+        const std::size_t exponent = text.find_first_of("eE");
+        if (exponent != std::string_view::npos && text.substr(exponent + 1, 1) == "-")
+            return 0.0;
+        return std::nullopt;
+    }
+    if (error != std::errc() || rest != end || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::string fileName(const std::string &path)
+{
+    return validUtf8(std::filesystem::path(path).filename().string());
+}
+
+std::string absolutePath(const std::string &path)
+{
+    return std::filesystem::absolute(path).lexically_normal().string();
+}
+
+std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t\r\n\f\v";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+} // namespace tnconvert

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tnconvert {
+
+/// ASCII letters in lower case; other bytes are kept.
+std::string lowerCase(std::string_view text);
+
+/// @p text when it is valid UTF-8; else its bytes taken as Latin-1, which is what older CAD files
+/// mostly contain. Control characters become blanks.
+std::string validUtf8(std::string_view text);
+
+/// Reads a decimal number that makes up the whole of @p text, whatever the locale. Infinite and
+/// undefined values are no numbers.
+std::optional<double> parseNumber(std::string_view text);
+
+/// The file name at the end of @p path, as shown to people.
+std::string fileName(const std::string &path);
+
+/// The absolute, normalised form of @p path.
+std::string absolutePath(const std::string &path);
+
+std::string_view trimmed(std::string_view text);
+
+} // namespace tnconvert

@@ -1,0 +1,170 @@
+#include "core/Converter.h"
+#include "core/Text.h"
+#include "readers/ReaderRegistry.h"
+#include "worker/ProcessSetup.h"
+#include "worker/ProgressThrottle.h"
+#include "worker/Worker.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <optional>
+
+namespace {
+
+using namespace tnconvert;
+
+enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitIncomplete = 3 };
+
+constexpr const char *usage =
+    "Usage: tnconvert IN OUT.glb [--settings FILE.json]\n"
+    "       tnconvert --worker\n"
+    "\n"
+    "Converts a CAD file to glTF 2.0 binary.\n"
+    "\n"
+    "  --settings FILE.json  options of the translation by field name\n"
+    "  --worker              serve requests on the standard input, one JSON object on each line\n"
+    "  --list-formats        list the file types and their suffixes\n"
+    "  --version             print the version\n"
+    "  --help                print this text\n"
+    "\n"
+    "Exit codes: 0 success, 1 failure, 2 wrong usage, 3 parts of an assembly are missing.\n";
+
+/// Tells a person on the standard error how the conversion goes.
+class ConsoleReport : public Report {
+public:
+    void progress(double percent, const std::string &message) override
+    {
+        if (m_throttle.passes(percent, message))
+            std::cerr << message << ": " << std::lround(percent) << " %\n";
+    }
+    void warning(const std::string &message) override
+    {
+        std::cerr << "Warning: " << message << '\n';
+    }
+    void partStarted(const std::string &file) override
+    {
+        std::cerr << "Reading part " << validUtf8(file) << '\n';
+    }
+    void partFinished(const std::string &file, const Outcome &outcome) override
+    {
+        if (outcome.state != State::Success)
+            std::cerr << "Warning: part " << validUtf8(file) << ": " << outcome.message << '\n';
+    }
+
+private:
+    ProgressThrottle m_throttle;
+};
+
+void listFormats()
+{
+    for (const Format &format : formats()) {
+        std::cout << format.name << ':';
+        for (const char *suffix : format.suffixes)
+            std::cout << " ." << suffix;
+        std::cout << '\n';
+    }
+}
+
+int wrongUsage(const std::string &what)
+{
+    std::cerr << "tnconvert: " << what << "\n\n" << usage;
+    return ExitUsage;
+}
+
+/// The content of the settings file; nothing when it cannot be read.
+std::optional<nlohmann::json> readSettings(const std::string &path)
+{
+    std::ifstream file(path);
+    nlohmann::json object = nlohmann::json::parse(file, nullptr, /*allow_exceptions*/ false);
+    if (!file.is_open() || !object.is_object())
+        return std::nullopt;
+    return object;
+}
+
+int convertOne(Job job, const std::string &settingsFile)
+{
+    ConsoleReport report;
+    if (!settingsFile.empty()) {
+        const std::optional<nlohmann::json> object = readSettings(settingsFile);
+        if (!object) {
+            std::cerr << "tnconvert: " << settingsFile << " is no readable JSON object.\n";
+            return ExitFailure;
+        }
+        std::vector<std::string> warnings;
+        job.settings = Settings::fromJson(*object, warnings);
+        for (const std::string &warning : warnings)
+            report.warning(warning);
+    }
+    const Outcome outcome = convert(job, report);
+    if (!outcome.message.empty())
+        std::cerr << "tnconvert: " << outcome.message << '\n';
+    switch (outcome.state) {
+    case State::Success:
+        return ExitSuccess;
+    case State::Incomplete:
+        return ExitIncomplete;
+    case State::Failure:
+        break;
+    }
+    return ExitFailure;
+}
+
+int runWorker()
+{
+    const int output = takeStandardOutput();
+    if (output < 0)
+        return ExitFailure;
+    dieWithParent();
+    limitMemory();
+    // A vanished host is noticed by the failing write.
+    std::signal(SIGPIPE, SIG_IGN);
+    return Worker(output).run(std::cin);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> files;
+    std::string settingsFile;
+    bool acceptsOptions = true;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string &argument = arguments[i];
+        if (!acceptsOptions || argument.empty() || argument[0] != '-') {
+            files.push_back(argument);
+        } else if (argument == "--") {
+            acceptsOptions = false;
+        } else if (argument == "--help") {
+            std::cout << usage;
+            return ExitSuccess;
+        } else if (argument == "--version") {
+            std::cout << "tnconvert " TN_VERSION "\n";
+            return ExitSuccess;
+        } else if (argument == "--list-formats") {
+            listFormats();
+            return ExitSuccess;
+        } else if (argument == "--worker" && arguments.size() == 1) {
+            return runWorker();
+        } else if (argument == "--settings" && i + 1 < arguments.size()) {
+            settingsFile = arguments[++i];
+        } else {
+            return wrongUsage("the argument " + argument + " is not understood here.");
+        }
+    }
+    if (files.size() != 2)
+        return wrongUsage("one input and one output are needed.");
+    const int output = takeStandardOutput();
+    limitMemory();
+    Job job;
+    job.input = files[0];
+    job.output = files[1];
+    const int result = convertOne(std::move(job), settingsFile);
+    (void)output;
+    return result;
+}

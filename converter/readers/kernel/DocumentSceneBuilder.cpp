@@ -1,0 +1,307 @@
+#include "readers/kernel/DocumentSceneBuilder.h"
+
+#include "core/ConversionError.h"
+#include "readers/kernel/Kernel.h"
+
+#include <TColStd_HSequenceOfExtendedString.hxx>
+#include <TCollection_AsciiString.hxx>
+#include <TDF_AttributeIterator.hxx>
+#include <TDF_LabelSequence.hxx>
+#include <TDF_Tool.hxx>
+#include <TDataStd_Name.hxx>
+#include <TDataStd_NamedData.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopTools_DataMapOfShapeInteger.hxx>
+#include <TopoDS_Iterator.hxx>
+#include <XCAFDoc_Area.hxx>
+#include <XCAFDoc_DocumentTool.hxx>
+#include <XCAFDoc_MaterialTool.hxx>
+#include <XCAFDoc_Volume.hxx>
+
+namespace tnconvert {
+
+namespace {
+
+/// Real assemblies are less than twenty levels deep.
+constexpr int depthBound = 400;
+
+Transform transformOf(const TopLoc_Location &location)
+{
+    Transform result;
+    const gp_Trsf trsf = location.Transformation();
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 4; ++column)
+            result.at(row, column) = trsf.Value(row + 1, column + 1);
+    }
+    return result;
+}
+
+std::string nameOf(const TDF_Label &label)
+{
+    Handle(TDataStd_Name) name;
+    return label.FindAttribute(TDataStd_Name::GetID(), name) ? kernelText(name->Get())
+                                                             : std::string();
+}
+
+Material materialOf(const std::optional<Quantity_ColorRGBA> &color)
+{
+    Material material;
+    if (color) {
+        Standard_Real r = 0;
+        Standard_Real g = 0;
+        Standard_Real b = 0;
+        color->GetRGB().Values(r, g, b, Quantity_TOC_sRGB);
+        material.color = {r, g, b, color->Alpha()};
+    }
+    return material;
+}
+
+/// How a face or edge of a part differs from the part as a whole.
+struct SubStyle {
+    std::optional<Quantity_ColorRGBA> surface;
+    std::optional<Quantity_ColorRGBA> curve;
+    bool visible = true;
+};
+
+/// Looks of sub-shapes; the faces and edges below a coloured shell or solid get its look.
+class SubStyles {
+public:
+    void add(const TopoDS_Shape &shape, const SubStyle &style)
+    {
+        set(shape, style, /*isOwn*/ true);
+        for (const TopAbs_ShapeEnum type : {TopAbs_FACE, TopAbs_EDGE}) {
+            if (shape.ShapeType() >= type)
+                continue;
+            for (TopExp_Explorer below(shape, type); below.More(); below.Next())
+                set(below.Current(), style, false);
+        }
+    }
+
+    const SubStyle *find(const TopoDS_Shape &shape) const
+    {
+        const int *index = m_indices.Seek(shape);
+        return index ? &m_styles[std::size_t(*index)].style : nullptr;
+    }
+
+private:
+    struct Entry {
+        SubStyle style;
+        bool isOwn;
+    };
+
+    void set(const TopoDS_Shape &shape, const SubStyle &style, bool isOwn)
+    {
+        int *index = m_indices.ChangeSeek(shape);
+        if (!index) {
+            m_indices.Bind(shape, int(m_styles.size()));
+            m_styles.push_back({style, isOwn});
+        } else if (isOwn || !m_styles[std::size_t(*index)].isOwn) {
+            m_styles[std::size_t(*index)] = {style, isOwn};
+        }
+    }
+
+    TopTools_DataMapOfShapeInteger m_indices;
+    std::vector<Entry> m_styles;
+};
+
+template <typename S>
+void overlayColors(XCAFDoc_ColorTool &colors, const TDF_Label &label, S &style)
+{
+    Quantity_ColorRGBA color;
+    if (colors.GetColor(label, XCAFDoc_ColorGen, color)) {
+        style.surface = color;
+        style.curve = color;
+    }
+    if (colors.GetColor(label, XCAFDoc_ColorSurf, color))
+        style.surface = color;
+    if (colors.GetColor(label, XCAFDoc_ColorCurv, color))
+        style.curve = color;
+}
+
+std::string keyOf(const std::optional<Quantity_ColorRGBA> &color)
+{
+    if (!color)
+        return "-";
+    std::string key;
+    for (const float part : {float(color->GetRGB().Red()), float(color->GetRGB().Green()),
+                             float(color->GetRGB().Blue()), color->Alpha()})
+        key += std::to_string(int(part * 65535)) + ",";
+    return key;
+}
+
+} // namespace
+
+DocumentSceneBuilder::DocumentSceneBuilder(const Handle(TDocStd_Document) & document,
+                                           const Settings &settings, Report &report, double from,
+                                           double to)
+    : m_shapes(XCAFDoc_DocumentTool::ShapeTool(document->Main()))
+    , m_colors(XCAFDoc_DocumentTool::ColorTool(document->Main()))
+    , m_layers(XCAFDoc_DocumentTool::LayerTool(document->Main()))
+    , m_settings(settings)
+    , m_report(report)
+    , m_from(from)
+    , m_to(to)
+    , m_mesher(settings, report)
+{
+}
+
+std::vector<Node> DocumentSceneBuilder::build()
+{
+    TDF_LabelSequence roots;
+    m_shapes->GetFreeShapes(roots);
+    m_partCount = 0;
+    for (const TDF_Label &root : roots)
+        m_partCount += countParts(root, 0);
+    std::vector<Node> nodes;
+    for (const TDF_Label &root : roots)
+        nodes.push_back(labelNode(root, Style(), 0));
+    return nodes;
+}
+
+int DocumentSceneBuilder::countParts(const TDF_Label &label, int depth) const
+{
+    TDF_Label part = label;
+    if (XCAFDoc_ShapeTool::IsReference(label))
+        XCAFDoc_ShapeTool::GetReferredShape(label, part);
+    if (!XCAFDoc_ShapeTool::IsAssembly(part) || depth > depthBound)
+        return 1;
+    TDF_LabelSequence components;
+    XCAFDoc_ShapeTool::GetComponents(part, components);
+    int count = 0;
+    for (const TDF_Label &component : components)
+        count += countParts(component, depth + 1);
+    return count;
+}
+
+void DocumentSceneBuilder::overlay(const TDF_Label &label, Style &style) const
+{
+    overlayColors(*m_colors, label, style);
+    if (!m_colors->IsVisible(label))
+        style.visible = false;
+    TDF_LabelSequence layers;
+    m_layers->GetLayers(label, layers);
+    for (const TDF_Label &layer : layers) {
+        if (!m_layers->IsVisible(layer))
+            style.visible = false;
+    }
+}
+
+std::string DocumentSceneBuilder::layerOf(const TDF_Label &label) const
+{
+    TDF_LabelSequence layers;
+    m_layers->GetLayers(label, layers);
+    TCollection_ExtendedString name;
+    if (layers.IsEmpty() || !m_layers->GetLayer(layers.First(), name))
+        return {};
+    return kernelText(name);
+}
+
+Node DocumentSceneBuilder::labelNode(const TDF_Label &label, Style style, int depth)
+{
+    if (depth > depthBound)
+        throw ConversionError("The assembly is nested too deeply; it seems to contain itself.");
+    Node node;
+    TDF_Label part = label;
+    overlay(label, style);
+    if (XCAFDoc_ShapeTool::IsReference(label)) {
+        XCAFDoc_ShapeTool::GetReferredShape(label, part);
+        node.transform = transformOf(XCAFDoc_ShapeTool::GetLocation(label));
+        // The part's own look comes first, what the instance states goes on top of it.
+        overlay(part, style);
+        overlay(label, style);
+    }
+    // The names of instances are mostly numbers that the exporting program counted up.
+    node.name = nameOf(part);
+    if (node.name.empty())
+        node.name = nameOf(label);
+    node.layer = layerOf(label);
+    if (node.layer.empty())
+        node.layer = layerOf(part);
+    node.visible = style.visible;
+    if (m_settings.importMetadata)
+        addMetadata(part, node);
+
+    if (XCAFDoc_ShapeTool::IsAssembly(part)) {
+        TDF_LabelSequence components;
+        XCAFDoc_ShapeTool::GetComponents(part, components);
+        for (const TDF_Label &component : components)
+            node.children.push_back(labelNode(component, style, depth + 1));
+        return node;
+    }
+    const std::vector<std::shared_ptr<const Mesh>> meshes = partMeshes(part, style, node.name);
+    if (meshes.size() == 1) {
+        node.mesh = meshes[0];
+        return node;
+    }
+    for (const std::shared_ptr<const Mesh> &mesh : meshes) {
+        node.children.emplace_back();
+        node.children.back().name = node.name + " " + std::to_string(node.children.size());
+        node.children.back().mesh = mesh;
+    }
+    return node;
+}
+
+std::vector<std::shared_ptr<const Mesh>>
+DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, const std::string &name)
+{
+    TCollection_AsciiString entry;
+    TDF_Tool::Entry(part, entry);
+    const std::string key = std::string(entry.ToCString()) + "|" + keyOf(style.surface) + "|"
+        + keyOf(style.curve) + (style.visible ? "" : "|hidden");
+    const auto [known, isNew] = m_known.try_emplace(key);
+    if (!isNew)
+        return known->second;
+
+    m_report.progress(m_from + (m_to - m_from) * double(m_known.size()) / (m_partCount + 1),
+                      "Tessellating");
+    const TopoDS_Shape shape = XCAFDoc_ShapeTool::GetShape(part);
+    if (shape.IsNull())
+        return {};
+
+    SubStyles subStyles;
+    TDF_LabelSequence subShapes;
+    XCAFDoc_ShapeTool::GetSubShapes(part, subShapes);
+    for (const TDF_Label &sub : subShapes) {
+        SubStyle subStyle{style.surface, style.curve, style.visible};
+        overlayColors(*m_colors, sub, subStyle);
+        if (!m_colors->IsVisible(sub))
+            subStyle.visible = false;
+        subStyles.add(XCAFDoc_ShapeTool::GetShape(sub), subStyle);
+    }
+    const SubStyle ofPart{style.surface, style.curve, style.visible};
+    const auto look = [&](const TopoDS_Shape &piece) -> std::optional<Material> {
+        const SubStyle *own = subStyles.find(piece);
+        const SubStyle &chosen = own ? *own : ofPart;
+        const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
+        const bool showsHidden =
+            isCurve ? m_settings.importInvisibleCurves : m_settings.importInvisibleSurfaces;
+        if (!chosen.visible && !showsHidden)
+            return std::nullopt;
+        return materialOf(isCurve ? chosen.curve : chosen.surface);
+    };
+    known->second = m_mesher.meshes(shape, look, name);
+    return known->second;
+}
+
+void DocumentSceneBuilder::addMetadata(const TDF_Label &label, Node &node) const
+{
+    Standard_Real value = 0;
+    if (XCAFDoc_Area::Get(label, value))
+        node.metadata.emplace_back("area", std::to_string(value));
+    if (XCAFDoc_Volume::Get(label, value))
+        node.metadata.emplace_back("volume", std::to_string(value));
+    const Standard_Real density = XCAFDoc_MaterialTool::GetDensityForShape(label);
+    if (density > 0)
+        node.metadata.emplace_back("density", std::to_string(density));
+    Handle(TDataStd_NamedData) data;
+    if (!label.FindAttribute(TDataStd_NamedData::GetID(), data))
+        return;
+    data->LoadDeferredData();
+    if (!data->HasStrings())
+        return;
+    const TDataStd_DataMapOfStringString &strings = data->GetStringsContainer();
+    for (TDataStd_DataMapIteratorOfDataMapOfStringString it(strings); it.More(); it.Next())
+        node.metadata.emplace_back(kernelText(it.Key()), kernelText(it.Value()));
+}
+
+} // namespace tnconvert

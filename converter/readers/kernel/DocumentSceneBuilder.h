@@ -1,0 +1,57 @@
+#pragma once
+
+#include "readers/kernel/ShapeMesher.h"
+
+#include <Quantity_ColorRGBA.hxx>
+#include <TDF_Label.hxx>
+#include <TDocStd_Document.hxx>
+#include <XCAFDoc_ColorTool.hxx>
+#include <XCAFDoc_LayerTool.hxx>
+#include <XCAFDoc_ShapeTool.hxx>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tnconvert {
+
+/// Turns a document of the CAD kernel (names, colours, layers, assemblies) into a scene. Parts
+/// that occur several times with the same look share their meshes.
+class DocumentSceneBuilder {
+public:
+    /// Progress is reported between @p from and @p to percent.
+    DocumentSceneBuilder(const Handle(TDocStd_Document) & document, const Settings &settings,
+                         Report &report, double from, double to);
+
+    std::vector<Node> build();
+
+private:
+    /// What a label gets from the assemblies above it.
+    struct Style {
+        std::optional<Quantity_ColorRGBA> surface;
+        std::optional<Quantity_ColorRGBA> curve;
+        bool visible = true;
+    };
+
+    Node labelNode(const TDF_Label &label, Style style, int depth);
+    void overlay(const TDF_Label &label, Style &style) const;
+    std::vector<std::shared_ptr<const Mesh>> partMeshes(const TDF_Label &part, const Style &style,
+                                                        const std::string &name);
+    std::string layerOf(const TDF_Label &label) const;
+    void addMetadata(const TDF_Label &label, Node &node) const;
+    int countParts(const TDF_Label &label, int depth) const;
+
+    Handle(XCAFDoc_ShapeTool) m_shapes;
+    Handle(XCAFDoc_ColorTool) m_colors;
+    Handle(XCAFDoc_LayerTool) m_layers;
+    const Settings &m_settings;
+    Report &m_report;
+    const double m_from;
+    const double m_to;
+    ShapeMesher m_mesher;
+    std::map<std::string, std::vector<std::shared_ptr<const Mesh>>> m_known;
+    double m_partCount = 1;
+};
+
+} // namespace tnconvert

@@ -1,0 +1,58 @@
+#include "readers/kernel/Kernel.h"
+
+#include "core/Text.h"
+
+#include <Interface_Static.hxx>
+#include <Message.hxx>
+#include <Message_Messenger.hxx>
+#include <Message_Printer.hxx>
+#include <STEPCAFControl_Controller.hxx>
+#include <TCollection_AsciiString.hxx>
+#include <XCAFDoc_DocumentTool.hxx>
+
+namespace tnconvert {
+
+void prepareKernel()
+{
+    static const bool isPrepared = [] {
+        Message::DefaultMessenger()->RemovePrinters(STANDARD_TYPE(Message_Printer));
+        // The readers' parameters exist only after this.
+        STEPCAFControl_Controller::Init();
+        Interface_Static::SetCVal("xstep.cascade.unit", "MM");
+        return true;
+    }();
+    (void)isPrepared;
+}
+
+std::string kernelText(const TCollection_ExtendedString &text)
+{
+    const TCollection_AsciiString utf8(text);
+    return validUtf8(std::string_view(utf8.ToCString(), std::size_t(utf8.Length())));
+}
+
+KernelDocument::KernelDocument()
+    : m_document(new TDocStd_Document("BinXCAF"))
+{
+    XCAFDoc_DocumentTool::Set(m_document->Main());
+}
+
+KernelDocument::~KernelDocument()
+{
+    // The attributes refer to their document; without this the cycle would stay in memory.
+    m_document->Main().Root().ForgetAllAttributes(Standard_True);
+}
+
+KernelProgress::KernelProgress(Report &report, double from, double to, std::string message)
+    : m_report(report)
+    , m_from(from)
+    , m_to(to)
+    , m_message(std::move(message))
+{
+}
+
+void KernelProgress::Show(const Message_ProgressScope &, Standard_Boolean)
+{
+    m_report.progress(m_from + (m_to - m_from) * GetPosition(), m_message);
+}
+
+} // namespace tnconvert

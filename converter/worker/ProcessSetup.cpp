@@ -1,0 +1,63 @@
+#include "worker/ProcessSetup.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace tnconvert {
+
+int takeStandardOutput()
+{
+    std::fflush(stdout);
+    const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (own >= 0 && dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
+        std::abort();
+    return own;
+}
+
+void limitMemory()
+{
+// The sanitizers reserve terabytes of addresses for their own records.
+#ifndef __SANITIZE_ADDRESS__
+    constexpr rlim_t bound = rlim_t(8) << 30;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_AS, &limit) == 0
+        && (limit.rlim_cur == RLIM_INFINITY || limit.rlim_cur > bound)) {
+        limit.rlim_cur = bound;
+        setrlimit(RLIMIT_AS, &limit);
+    }
+#endif
+}
+
+void dieWithParent()
+{
+    const pid_t parent = getppid();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The parent may have ended just before.
+    if (getppid() != parent)
+        std::_Exit(1);
+}
+
+unsigned long long residentMemory()
+{
+    std::ifstream statm("/proc/self/statm");
+    unsigned long long total = 0;
+    unsigned long long resident = 0;
+    if (!(statm >> total >> resident))
+        return 0;
+    return resident * static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
+}
+
+void releaseFreeMemory()
+{
+    malloc_trim(0);
+}
+
+} // namespace tnconvert

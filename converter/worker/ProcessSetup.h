@@ -1,0 +1,23 @@
+#pragma once
+
+namespace tnconvert {
+
+/// Takes the standard output for the program's own lines and hands everyone else's output (the
+/// CAD kernel prints there) to the standard error. Returns the descriptor to write to, which the
+/// caller keeps until the process ends.
+int takeStandardOutput();
+
+/// Bounds the process's address space, so that a damaged file ends with "not enough memory" before
+/// it takes the machine down.
+void limitMemory();
+
+/// Makes the system kill this process when the one that started it ends.
+void dieWithParent();
+
+/// Resident memory of this process in bytes, 0 when it is not known.
+unsigned long long residentMemory();
+
+/// Gives freed memory back to the system.
+void releaseFreeMemory();
+
+} // namespace tnconvert

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "scene/Scene.h"
+
+#include <memory>
+#include <string>
+
+namespace tnconvert {
+
+/// Writes a scene as glTF 2.0 binary: metres, Y-up, linear colours.
+class GlbWriter {
+public:
+    /// @p source is noted in the file as the scene's origin; the top node is named after it.
+    explicit GlbWriter(std::string source);
+
+    /// Writes @p scene to @p path, so that a file of this name is always whole: the bytes go to
+    /// @p path with ".part" appended, which is renamed at the end. Throws ConversionError, with
+    /// nothing left behind, when the file cannot be written.
+    void write(const Scene &scene, const std::string &path);
+
+private:
+    std::string m_source;
+};
+
+} // namespace tnconvert
