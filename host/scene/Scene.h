@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 /// The host's scene: a tree of nodes in right-handed coordinates and mm, with z upwards. Ids start
@@ -86,15 +87,19 @@ private:
     std::unique_ptr<SceneNode>
     buildNode(const SceneFragment &fragment, int index,
               const std::vector<std::shared_ptr<const SceneMaterial>> &materials);
-    void place(SceneNode &node, const QMatrix4x4 &parentWorld,
-               const tndSceneImportSettings &settings) const;
+    /// Centres the new node, or puts it on the ground, as the settings say.
+    static void moveByWish(SceneNode &node, const QMatrix4x4 &parentWorld,
+                           const tndSceneImportSettings &settings);
+    /// The topmost files that were added somewhere below the file.
+    static std::vector<SceneNode *> guestsOf(SceneNode &file);
     SceneNode *insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row);
     std::unique_ptr<SceneNode> take(SceneNode &node);
     void remember(SceneNode &node);
-    void forget(const SceneNode &node);
+    /// Gives whether a selected node was among them.
+    bool forget(const SceneNode &node);
 
     std::unique_ptr<SceneNode> m_root;
     std::unordered_map<unsigned int, SceneNode *> m_nodes;
-    std::vector<unsigned int> m_selection;
+    std::unordered_set<unsigned int> m_selection;
     unsigned int m_lastId = 0;
 };

@@ -1,0 +1,397 @@
+#include "host/scene/Scene.h"
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <unordered_set>
+#include <utility>
+
+namespace {
+
+/// Whether the matrix maps boxes to boxes, so that a box's image is that of its corners.
+bool keepsBoxes(const QMatrix4x4 &matrix)
+{
+    constexpr float negligible = 1e-5F;
+    for (int row = 0; row < 3; ++row) {
+        const float length = matrix.row(row).toVector3D().length();
+        int used = 0;
+        for (int column = 0; column < 3; ++column) {
+            if (std::abs(matrix(row, column)) > negligible * length)
+                ++used;
+        }
+        if (used > 1)
+            return false;
+    }
+    return true;
+}
+
+void addMesh(BoundingBox &box, const SceneMesh &mesh, const QMatrix4x4 &world)
+{
+    if (mesh.box.isEmpty())
+        return;
+    if (keepsBoxes(world)) {
+        box.add(world.map(mesh.box.min));
+        box.add(world.map(mesh.box.max));
+        return;
+    }
+    for (const ScenePrimitive &primitive : mesh.primitives) {
+        for (const QVector3D &position : primitive.positions)
+            box.add(world.map(position));
+    }
+}
+
+void addSubtree(BoundingBox &box, const SceneNode &node, const QMatrix4x4 &parentWorld)
+{
+    const QMatrix4x4 world = parentWorld * node.transform();
+    if (node.mesh())
+        addMesh(box, *node.mesh(), world);
+    for (const auto &child : node.children())
+        addSubtree(box, *child, world);
+}
+
+/// Depth first, parents before children.
+template <typename Visit>
+void walk(const SceneNode &node, const Visit &visit)
+{
+    visit(node);
+    for (const auto &child : node.children())
+        walk(*child, visit);
+}
+
+QMatrix4x4 worldOf(const SceneNode *node)
+{
+    QMatrix4x4 result;
+    for (; node; node = node->parent())
+        result = node->transform() * result;
+    return result;
+}
+
+bool isBelow(const SceneNode *node, const SceneNode *ancestor)
+{
+    while (node && node != ancestor)
+        node = node->parent();
+    return node != nullptr;
+}
+
+} // namespace
+
+Scene::Scene(QObject *parent)
+    : QObject(parent)
+    , m_root(new SceneNode)
+{
+    m_root->m_id = ++m_lastId;
+    m_root->m_name = tr("Scene");
+    remember(*m_root);
+}
+
+Scene::~Scene() = default;
+
+tndNode Scene::addFragment(std::shared_ptr<const SceneFragment> fragment, const tndNode &parent,
+                           const QString &sourceFile, const tndSceneImportSettings &settings)
+{
+    if (!fragment)
+        return {};
+    const auto found = m_nodes.find(parent.id());
+    SceneNode &place = found == m_nodes.end() ? *m_root : *found->second;
+    std::unique_ptr<SceneNode> file = buildFile(*fragment, sourceFile, settings);
+    moveByWish(*file, worldOf(&place), settings);
+    const SceneNode *node =
+        insert(std::move(file), place, static_cast<int>(place.m_children.size()));
+    emit changed();
+    return tndNode(node->id());
+}
+
+tndNode Scene::replaceNode(const tndNode &node, std::shared_ptr<const SceneFragment> fragment,
+                           const QString &sourceFile, const tndSceneImportSettings &settings)
+{
+    const tndNode source = sourceNode(node);
+    const auto found = m_nodes.find(source.isNull() ? node.id() : source.id());
+    if (!fragment || found == m_nodes.end() || found->second == m_root.get())
+        return {};
+
+    SceneNode &old = *found->second;
+    SceneNode &place = *old.m_parent;
+    const int row = old.row();
+    const unsigned int oldId = old.id();
+    std::unique_ptr<SceneNode> file = buildFile(*fragment, sourceFile, settings);
+    if (settings.getPreserveTransformations())
+        file->m_transform = old.transform();
+    else
+        moveByWish(*file, worldOf(&place), settings);
+
+    // What else the user has hung below the old file must not go with it.
+    const QMatrix4x4 fromWorld = (worldOf(&place) * file->transform()).inverted();
+    for (SceneNode *guest : guestsOf(old)) {
+        guest->m_transform = fromWorld * worldOf(guest);
+        std::unique_ptr<SceneNode> taken = take(*guest);
+        taken->m_parent = file.get();
+        file->m_children.push_back(std::move(taken));
+    }
+
+    const bool wasSelected = m_selection.erase(oldId) > 0;
+    const std::unique_ptr<SceneNode> gone = take(old);
+    const bool selectionShrank = forget(*gone);
+    const SceneNode *inserted = insert(std::move(file), place, row);
+    if (wasSelected)
+        m_selection.insert(inserted->id());
+    emit changed();
+    if (wasSelected || selectionShrank)
+        emit selectionChanged();
+    return tndNode(inserted->id());
+}
+
+bool Scene::removeNode(const tndNode &node)
+{
+    const auto found = m_nodes.find(node.id());
+    if (found == m_nodes.end() || found->second == m_root.get())
+        return false;
+    const std::unique_ptr<SceneNode> gone = take(*found->second);
+    const bool selectionShrank = forget(*gone);
+    emit changed();
+    if (selectionShrank)
+        emit selectionChanged();
+    return true;
+}
+
+tndNode Scene::root() const
+{
+    return tndNode(m_root->id());
+}
+
+bool Scene::contains(const tndNode &node) const
+{
+    return m_nodes.count(node.id()) > 0;
+}
+
+const SceneNode *Scene::find(const tndNode &node) const
+{
+    const auto found = m_nodes.find(node.id());
+    return found == m_nodes.end() ? nullptr : found->second;
+}
+
+tndNode Scene::sourceNode(const tndNode &node) const
+{
+    const SceneNode *current = find(node);
+    while (current && current->sourceFile().isEmpty())
+        current = current->parent();
+    return current ? tndNode(current->id()) : tndNode();
+}
+
+QString Scene::sourceFile(const tndNode &node) const
+{
+    const SceneNode *source = find(sourceNode(node));
+    return source ? source->sourceFile() : QString();
+}
+
+QMatrix4x4 Scene::worldTransform(const tndNode &node) const
+{
+    return worldOf(find(node));
+}
+
+BoundingBox Scene::boundingBox(const tndNode &node) const
+{
+    BoundingBox box;
+    if (const SceneNode *top = find(node))
+        addSubtree(box, *top, worldOf(top->parent()));
+    return box;
+}
+
+std::size_t Scene::triangleCount(const tndNode &node) const
+{
+    std::size_t count = 0;
+    if (const SceneNode *top = find(node)) {
+        walk(*top, [&count](const SceneNode &each) {
+            if (each.mesh())
+                count += each.mesh()->triangles;
+        });
+    }
+    return count;
+}
+
+std::size_t Scene::nodeCount() const
+{
+    return m_nodes.size() - 1;
+}
+
+std::vector<std::shared_ptr<const SceneMaterial>> Scene::materials() const
+{
+    std::vector<std::shared_ptr<const SceneMaterial>> result;
+    std::unordered_set<const SceneMaterial *> seen;
+    walk(*m_root, [&](const SceneNode &node) {
+        for (const auto &material : node.materials()) {
+            if (material && seen.insert(material.get()).second)
+                result.push_back(material);
+        }
+    });
+    return result;
+}
+
+std::vector<tndNode> Scene::selectedNodes(bool topmostOnly) const
+{
+    std::vector<tndNode> result;
+    const SceneNode *topmost = nullptr;
+    walk(*m_root, [&](const SceneNode &node) {
+        if (m_selection.count(node.id()) == 0)
+            return;
+        if (topmostOnly && topmost && isBelow(&node, topmost))
+            return;
+        topmost = &node;
+        result.emplace_back(node.id());
+    });
+    return result;
+}
+
+void Scene::setSelection(const std::vector<tndNode> &nodes)
+{
+    std::unordered_set<unsigned int> selection;
+    for (const tndNode &node : nodes) {
+        if (contains(node))
+            selection.insert(node.id());
+    }
+    if (selection == m_selection)
+        return;
+    m_selection = std::move(selection);
+    emit selectionChanged();
+}
+
+std::unique_ptr<SceneNode> Scene::buildFile(const SceneFragment &fragment,
+                                            const QString &sourceFile,
+                                            const tndSceneImportSettings &settings)
+{
+    std::unordered_multimap<std::string, std::shared_ptr<const SceneMaterial>> known;
+    if (settings.getMergeMaterials()) {
+        for (const auto &material : materials())
+            known.emplace(material->name.toStdString(), material);
+    }
+    std::vector<std::shared_ptr<const SceneMaterial>> used;
+    used.reserve(fragment.materials.size());
+    for (const SceneMaterial &material : fragment.materials) {
+        const std::string name = material.name.toStdString();
+        const auto [begin, end] = known.equal_range(name);
+        const auto equal = std::find_if(
+            begin, end, [&material](const auto &entry) { return *entry.second == material; });
+        if (equal != end) {
+            used.push_back(equal->second);
+            continue;
+        }
+        used.push_back(std::make_shared<const SceneMaterial>(material));
+        if (settings.getMergeMaterials())
+            known.emplace(name, used.back());
+    }
+
+    std::unique_ptr<SceneNode> file(new SceneNode);
+    file->m_id = ++m_lastId;
+    file->m_name = QFileInfo(sourceFile).fileName();
+    file->m_sourceFile = sourceFile;
+    for (const int root : fragment.roots) {
+        file->m_children.push_back(buildNode(fragment, root, used));
+        file->m_children.back()->m_parent = file.get();
+    }
+    return file;
+}
+
+std::unique_ptr<SceneNode>
+Scene::buildNode(const SceneFragment &fragment, int index,
+                 const std::vector<std::shared_ptr<const SceneMaterial>> &materials)
+{
+    const SceneFragment::Node &from = fragment.nodes[static_cast<std::size_t>(index)];
+    std::unique_ptr<SceneNode> node(new SceneNode);
+    node->m_id = ++m_lastId;
+    node->m_name = from.name;
+    node->m_transform = from.transform;
+    if (from.mesh >= 0) {
+        node->m_mesh = fragment.meshes[static_cast<std::size_t>(from.mesh)];
+        for (const ScenePrimitive &primitive : node->m_mesh->primitives) {
+            node->m_materials.push_back(
+                primitive.material < 0 ? nullptr
+                                       : materials[static_cast<std::size_t>(primitive.material)]);
+        }
+    }
+    node->m_children.reserve(from.children.size());
+    for (const int child : from.children) {
+        node->m_children.push_back(buildNode(fragment, child, materials));
+        node->m_children.back()->m_parent = node.get();
+    }
+    return node;
+}
+
+void Scene::moveByWish(SceneNode &node, const QMatrix4x4 &parentWorld,
+                       const tndSceneImportSettings &settings)
+{
+    BoundingBox box;
+    addSubtree(box, node, parentWorld);
+    if (box.isEmpty())
+        return;
+    QVector3D shift;
+    if (settings.getCenterInOrigin())
+        shift = -box.center();
+    if (settings.getPutOnGround())
+        shift.setZ(-box.min.z());
+    if (shift.isNull())
+        return;
+    bool invertible = false;
+    const QMatrix4x4 fromWorld = parentWorld.inverted(&invertible);
+    if (!invertible)
+        return; // flat parents have no way back from the world
+    QMatrix4x4 move;
+    move.translate(shift);
+    node.m_transform = fromWorld * move * parentWorld * node.m_transform;
+}
+
+std::vector<SceneNode *> Scene::guestsOf(SceneNode &file)
+{
+    std::vector<SceneNode *> guests;
+    const std::function<void(SceneNode &)> search = [&](SceneNode &node) {
+        for (const auto &child : node.m_children) {
+            if (child->sourceFile().isEmpty())
+                search(*child);
+            else
+                guests.push_back(child.get());
+        }
+    };
+    search(file);
+    return guests;
+}
+
+SceneNode *Scene::insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row)
+{
+    emit aboutToInsert(&parent, row);
+    node->m_parent = &parent;
+    const auto position = parent.m_children.begin() + row;
+    SceneNode *const inside = parent.m_children.insert(position, std::move(node))->get();
+    remember(*inside);
+    emit inserted(inside);
+    return inside;
+}
+
+std::unique_ptr<SceneNode> Scene::take(SceneNode &node)
+{
+    SceneNode &parent = *node.m_parent;
+    const int row = node.row();
+    emit aboutToRemove(&node);
+    std::unique_ptr<SceneNode> taken = std::move(parent.m_children[static_cast<std::size_t>(row)]);
+    parent.m_children.erase(parent.m_children.begin() + row);
+    taken->m_parent = nullptr;
+    emit removed(&parent, row);
+    return taken;
+}
+
+void Scene::remember(SceneNode &node)
+{
+    m_nodes[node.id()] = &node;
+    for (const auto &child : node.m_children)
+        remember(*child);
+}
+
+bool Scene::forget(const SceneNode &node)
+{
+    bool selectionShrank = false;
+    walk(node, [&](const SceneNode &each) {
+        m_nodes.erase(each.id());
+        if (m_selection.erase(each.id()) > 0)
+            selectionShrank = true;
+    });
+    return selectionShrank;
+}
