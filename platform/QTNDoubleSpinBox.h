@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/tnPlatformExport.h"
+
+#include <QtWidgets/QDoubleSpinBox>
+
+/// A spin box for scrolling panels, which leaves the wheel to the panel while it has no focus. It
+/// keeps all its decimals, but shows no zeros at their end.
+class TNPLATFORM_EXPORT QTNDoubleSpinBox : public QDoubleSpinBox {
+    Q_OBJECT
+
+public:
+    explicit QTNDoubleSpinBox(QWidget *parent = nullptr);
+
+    QString textFromValue(double value) const override;
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+};
