@@ -1,0 +1,8 @@
+#include "ressources/ressources.h"
+
+#include <QtCore/QtGlobal>
+
+void initRessources()
+{
+    Q_INIT_RESOURCE(ressources);
+}
