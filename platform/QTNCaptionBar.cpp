@@ -2,26 +2,18 @@
 
 #include <QtGui/QAccessible>
 #include <QtGui/QKeyEvent>
-#include <QtWidgets/QStyleOptionFocusRect>
+#include <QtWidgets/QStyleOption>
 #include <QtWidgets/QStylePainter>
-
-#include <algorithm>
 
 namespace {
 
-// How much of the text colour tints the bar, in percent. Mixing keeps the bar apart from the window
-// in light and in dark palettes alike.
-constexpr int tintAtRest = 9;
-constexpr int tintUnderMouse = 16;
-constexpr int tintPressed = 24;
+// How much of the text colour tints the bar. The tint keeps the bar apart from the window in light
+// and in dark palettes alike.
+constexpr qreal tintAtRest = 0.09;
+constexpr qreal tintUnderMouse = 0.16;
+constexpr qreal tintPressed = 0.24;
 constexpr qreal cornerRadius = 3.0;
-
-QColor mixed(const QColor &base, const QColor &tint, int percent)
-{
-    const auto mix = [percent](int from, int to) { return from + (to - from) * percent / 100; };
-    return QColor(mix(base.red(), tint.red()), mix(base.green(), tint.green()),
-                  mix(base.blue(), tint.blue()));
-}
+constexpr qreal focusLine = 1.5;
 
 } // namespace
 
@@ -109,14 +101,21 @@ void QTNCaptionBar::paintEvent(QPaintEvent *)
     option.initFrom(this);
 
     const bool hovered = option.state.testFlag(QStyle::State_MouseOver);
-    const int tint = isDown() ? tintPressed : hovered ? tintUnderMouse : tintAtRest;
-    const QColor background =
-        mixed(palette().color(QPalette::Window), palette().color(QPalette::WindowText), tint);
+    QColor background = palette().color(QPalette::WindowText);
+    background.setAlphaF(isDown() ? tintPressed : hovered ? tintUnderMouse : tintAtRest);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(background);
     painter.drawRoundedRect(rect(), cornerRadius, cornerRadius);
+    if (option.state & QStyle::State_HasFocus && option.state & QStyle::State_KeyboardFocusChange) {
+        // Drawn here, since the frame that styles offer is hard to see on a tinted bar.
+        constexpr qreal inset = focusLine / 2;
+        painter.setPen(QPen(palette().color(QPalette::Highlight), focusLine));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), cornerRadius,
+                                cornerRadius);
+    }
     painter.restore();
 
     QStyleOption arrow = option;
@@ -135,11 +134,4 @@ void QTNCaptionBar::paintEvent(QPaintEvent *)
         palette(), isEnabled(),
         fontMetrics().elidedText(m_caption, Qt::ElideRight, textRect.width()),
         QPalette::WindowText);
-
-    if (hasFocus()) {
-        QStyleOptionFocusRect focus;
-        focus.initFrom(this);
-        focus.backgroundColor = background;
-        painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
-    }
 }

@@ -1,6 +1,7 @@
 #include "platform/QTNCollapsibleFrame.h"
 
 #include "platform/QTNCaptionBar.h"
+#include "platform/tnPlatform.h"
 
 #include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QGridLayout>
@@ -60,7 +61,7 @@ QVBoxLayout *makeStack(QWidget *widget)
 bool fixGrid(QGridLayout *grid, int width)
 {
     if (grid)
-        grid->setColumnMinimumWidth(0, width);
+        grid->setColumnMinimumWidth(0, qRound(width * tnPlatform::getDpiScaleX()));
     return grid;
 }
 

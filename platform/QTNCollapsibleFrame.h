@@ -29,7 +29,8 @@ public:
     void setCollapsed(bool collapsed);
 
     /// Gives column 0 of the widget's grid layout that minimum width, so that the labels of several
-    /// widgets line up. Nothing happens to a widget without a grid.
+    /// widgets line up. The width is that on an unscaled screen and grows as the labels do. Nothing
+    /// happens to a widget without a grid.
     static void fixLayout(QWidget *widget, int width);
     /// fixLayout for the pages of all collapsible frames below the widget, at any depth. With
     /// layouts, appends the grids that were touched.

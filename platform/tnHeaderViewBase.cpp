@@ -48,10 +48,14 @@ void tnHeaderViewBase::contextMenuEvent(QContextMenuEvent *event)
         connect(action, &QAction::triggered, this,
                 [this, column](bool checked) { toggleColumn(column, checked); });
     }
-    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
-    const QRect area = rect();
-    menu->popup(byKey ? mapToGlobal(isRightToLeft() ? area.bottomRight() : area.bottomLeft())
-                      : event->globalPos());
+    QPoint position = event->globalPos();
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        // Below the first column; what comes with the event is the middle of the header.
+        position = isRightToLeft() ? rect().bottomRight() - QPoint(menu->sizeHint().width(), 0)
+                                   : rect().bottomLeft();
+        position = mapToGlobal(position);
+    }
+    menu->popup(position);
     event->accept();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/QTNCollapsibleFrame.h"
 #include "platform/QTNDoubleSpinBox.h"
+#include "platform/QTNSeparator.h"
 
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QGridLayout>
@@ -38,8 +39,9 @@ QGridLayout *addPage(QTNCollapsibleFrame *frame)
     return grid;
 }
 
+// With a condition, the box and its label are enabled as long as that is checked.
 QDoubleSpinBox *addSpinBox(QGridLayout *grid, const QString &name, const QString &text,
-                           const QString &toolTip)
+                           const QString &toolTip, const QCheckBox *condition = nullptr)
 {
     auto *const box = new QTNDoubleSpinBox;
     box->setObjectName(name);
@@ -52,6 +54,13 @@ QDoubleSpinBox *addSpinBox(QGridLayout *grid, const QString &name, const QString
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     label->setToolTip(toolTip);
     label->setBuddy(box);
+
+    if (condition) {
+        for (QWidget *widget : {static_cast<QWidget *>(box), static_cast<QWidget *>(label)}) {
+            widget->setEnabled(condition->isChecked());
+            QObject::connect(condition, &QCheckBox::toggled, widget, &QWidget::setEnabled);
+        }
+    }
 
     const int row = grid->rowCount();
     grid->addWidget(label, row, LabelColumn);
@@ -117,15 +126,12 @@ void tnTesselationSettings::fillTessellationPage(QGridLayout *grid)
         tr("Joins neighboring surfaces before the tessellation, so that no gaps show between "
            "them."));
 
-    stitchingToleranceSpinBox =
-        addSpinBox(grid, QStringLiteral("stitchingToleranceSpinBox"), tr("Stitching Tolerance"),
-                   tr("The widest gap between two surfaces that stitching closes."));
+    stitchingToleranceSpinBox = addSpinBox(
+        grid, QStringLiteral("stitchingToleranceSpinBox"), tr("Stitching Tolerance"),
+        tr("The widest gap between two surfaces that stitching closes."), useStitchingCheckBox);
     stitchingToleranceSpinBox->setRange(smallestLength, largestTolerance);
     stitchingToleranceSpinBox->setSuffix(millimetres);
     stitchingToleranceSpinBox->setValue(0.1);
-    stitchingToleranceSpinBox->setEnabled(useStitchingCheckBox->isChecked());
-    connect(useStitchingCheckBox, &QCheckBox::toggled, stitchingToleranceSpinBox,
-            &QWidget::setEnabled);
 }
 
 void tnTesselationSettings::fillAdvancedPage(QGridLayout *grid)
@@ -138,12 +144,11 @@ void tnTesselationSettings::fillAdvancedPage(QGridLayout *grid)
         grid, QStringLiteral("fixOrientationCheckBox"), tr("Fix Surface Orientation"),
         tr("Turns surfaces over where needed, so that neighboring ones face the same side."));
 
-    auto *const line = new QFrame;
-    line->setObjectName(QStringLiteral("surfaceOptionsExtra"));
-    line->setFrameStyle(QFrame::HLine | QFrame::Sunken);
-    line->setToolTip(tr("The options above apply to surfaces, those below to the scene's nodes."));
-    grid->addWidget(line, grid->rowCount(), LabelColumn, 1, ColumnCount);
-    surfaceOptionsExtra = line;
+    surfaceOptionsExtra = new QTNSeparator;
+    surfaceOptionsExtra->setObjectName(QStringLiteral("surfaceOptionsExtra"));
+    surfaceOptionsExtra->setToolTip(
+        tr("The options above apply to surfaces, those below to the scene's nodes."));
+    grid->addWidget(surfaceOptionsExtra, grid->rowCount(), LabelColumn, 1, ColumnCount);
 
     mergeGeometriesCheckBox =
         addCheckBox(grid, QStringLiteral("mergeGeometriesCheckBox"), tr("Merge Geometries"),
