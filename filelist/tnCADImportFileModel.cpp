@@ -1,0 +1,455 @@
+#include "filelist/tnCADImportFileModel.h"
+
+#include "module/getService.h"
+#include "platform/tnFileIOService.h"
+#include "platform/tnInterfaceFactory.h"
+#include "platform/tnPulseInterface.h"
+#include "ressources/ressources.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QSet>
+#include <QtGui/QFont>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::array<const char *, tnCADImportFileModel::ColumnCount> columnTitles{
+    QT_TRANSLATE_NOOP("tnCADImportFileModel", "File"),
+    QT_TRANSLATE_NOOP("tnCADImportFileModel", "Type"),
+    QT_TRANSLATE_NOOP("tnCADImportFileModel", "Size"),
+    QT_TRANSLATE_NOOP("tnCADImportFileModel", "State"),
+};
+
+/// The icon of the static look of running rows; the first to be loaded.
+QIcon loadRunIcon()
+{
+    initRessources();
+    return QIcon(QStringLiteral(":/ressources/ImportRun.svg"));
+}
+
+/// The icons of the states, by value; those of running rows are the model's. An icon keeps what it
+/// has rendered, so all requests share one set. It is never destroyed: the end of the process is
+/// too late for icons, their application has gone by then.
+const QIcon &restingIcon(ImportState state)
+{
+    static const auto &icons = *new std::array<QIcon, 7>{
+        QIcon(QStringLiteral(":/ressources/ImportAdd.svg")),
+        QIcon(),
+        QIcon(),
+        QIcon(QStringLiteral(":/ressources/ImportFailed.svg")),
+        QIcon(QStringLiteral(":/ressources/ImportSucceeded.svg")),
+        QIcon(QStringLiteral(":/ressources/ImportIncomplete.svg")),
+        QIcon(QStringLiteral(":/ressources/ImportFailed.svg")),
+    };
+    return icons.at(static_cast<std::size_t>(state));
+}
+
+/// Whether the assembly is among the record's parent, that one's parent and so on.
+bool isPartOf(const tnCADImportFile &file, const tnCADImportFile *assembly)
+{
+    for (auto parent = file.parent().lock(); parent; parent = parent->parent().lock()) {
+        if (parent.get() == assembly)
+            return true;
+    }
+    return false;
+}
+
+bool isCounted(const tnCADImportFile &file, ImportState state, bool skipChildren)
+{
+    return file.state() == state && !(skipChildren && file.hasParent());
+}
+
+bool isFinished(const std::weak_ptr<tnCADImportFile> &link)
+{
+    const auto child = link.lock();
+    return !child || child->state() == ImportState::Succeeded;
+}
+
+bool areChildrenFinished(const tnCADImportFile &file)
+{
+    const int count = static_cast<int>(file.childCount());
+    for (int i = 0; i < count; ++i) {
+        if (!isFinished(file.child(i)))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+tnCADImportFileModel::tnCADImportFileModel(QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_runningIcon(loadRunIcon())
+    , m_busyAnimation(QStringLiteral(":/ressources/busy.gif"))
+{
+    connect(&m_busyAnimation, &QMovie::frameChanged, this, &tnCADImportFileModel::onNextFrame);
+    connect(getService<tnFileIOService>(), &tnFileIOService::fileTypeReceived, this,
+            &tnCADImportFileModel::receiveFileType);
+}
+
+tnCADImportFileModel::~tnCADImportFileModel() = default;
+
+int tnCADImportFileModel::rowCount(const QModelIndex &) const
+{
+    return static_cast<int>(m_rows.size());
+}
+
+int tnCADImportFileModel::columnCount(const QModelIndex &) const
+{
+    return ColumnCount;
+}
+
+QVariant tnCADImportFileModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const int column = index.column();
+    if (role == Qt::TextAlignmentRole)
+        return int(Qt::AlignVCenter | (column == SizeColumn ? Qt::AlignRight : Qt::AlignLeft));
+
+    const tnCADImportFile *file = recordAt(index.row());
+    if (!file)
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+        return displayText(*file, column);
+    case Qt::DecorationRole:
+        if (column != StateColumn)
+            return {};
+        return file->isRunning() ? m_runningIcon : restingIcon(file->state());
+    case Qt::ToolTipRole:
+        return file->toolTip();
+    case Qt::FontRole:
+        if (file->hasParent()) {
+            QFont font;
+            font.setStyle(QFont::StyleItalic);
+            return font;
+        }
+        return {};
+    case SortRole:
+        return sortKey(*file, column);
+    default:
+        return {};
+    }
+}
+
+QVariant tnCADImportFileModel::displayText(const tnCADImportFile &file, int column) const
+{
+    switch (column) {
+    case FileColumn:
+        return file.hasParent() ? QLatin1String("      ") + file.fileName() : file.fileName();
+    case TypeColumn:
+        return tnCADFileTypes::displayNameOrUndefined(file.fileType());
+    case SizeColumn:
+        return file.sizeText();
+    case StateColumn:
+        return file.stateText();
+    default:
+        return {};
+    }
+}
+
+QVariant tnCADImportFileModel::sortKey(const tnCADImportFile &file, int column) const
+{
+    // Up to the whole assembly: parts of parts stay with it as well.
+    if (const auto parent = file.parent().lock())
+        return sortKey(*parent, column);
+    switch (column) {
+    case FileColumn:
+        return file.fileName();
+    case TypeColumn:
+        return tnCADFileTypes::displayNameOrUndefined(file.fileType());
+    case SizeColumn:
+        return file.size();
+    case StateColumn:
+        return static_cast<int>(file.state());
+    default:
+        return {};
+    }
+}
+
+QVariant tnCADImportFileModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0
+        || section >= ColumnCount)
+        return {};
+    return tr(columnTitles.at(static_cast<std::size_t>(section)));
+}
+
+Qt::ItemFlags tnCADImportFileModel::flags(const QModelIndex &index) const
+{
+    Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    const tnCADImportFile *file = recordAt(index.row());
+    if (file && file->hasParent())
+        flags &= ~Qt::ItemIsSelectable;
+    return flags;
+}
+
+void tnCADImportFileModel::addFiles(const QStringList &paths)
+{
+    // A walk over the table for each path would keep people waiting for thousands of files. The
+    // set lives for this call only; a single file is found faster without it.
+    QSet<QString> known;
+    std::size_t rowsSeen = 0;
+    const auto isKnown = [&](const QString &path) {
+        if (paths.size() == 1)
+            return rowOf(path) >= 0;
+        if (rowsSeen > m_rows.size()) { // a listener has removed rows
+            known.clear();
+            rowsSeen = 0;
+        }
+        for (; rowsSeen < m_rows.size(); ++rowsSeen)
+            known.insert(m_rows[rowsSeen]->path());
+        return known.contains(path);
+    };
+
+    bool added = false;
+    for (const QString &path : paths) {
+        if (isKnown(path))
+            continue;
+        const int row = rowCount();
+        beginInsertRows({}, row, row);
+        m_rows.push_back(std::make_shared<tnCADImportFile>(path));
+        requestFileType(*m_rows.back());
+        endInsertRows();
+        added = true;
+    }
+    if (added)
+        emit changed();
+}
+
+bool tnCADImportFileModel::addChildFiles(const QStringList &paths, const QString &parentPath)
+{
+    const int parentRow = rowOf(parentPath);
+    if (parentRow < 0)
+        return false;
+    if (!paths.isEmpty()) {
+        const Record parent = m_rows[static_cast<std::size_t>(parentRow)];
+        int row = parentRow + 1;
+        beginInsertRows({}, row, row + paths.size() - 1);
+        for (const QString &path : paths) {
+            const auto child = std::make_shared<tnCADImportFile>(path);
+            child->setParent(parent);
+            parent->addChild(child);
+            m_rows.insert(m_rows.begin() + row, child);
+            ++row;
+            requestFileType(*child);
+        }
+        endInsertRows();
+    }
+    emit changed();
+    return true;
+}
+
+void tnCADImportFileModel::requestFileType(const tnCADImportFile &file)
+{
+    if (file.hasSharedSuffix())
+        getService<tnFileIOService>()->requestFileType(file.path());
+}
+
+void tnCADImportFileModel::receiveFileType(const QString &path, tnCADFileTypes::FileType type)
+{
+    const int row = rowOf(path);
+    if (row < 0)
+        return;
+    const Record file = m_rows[static_cast<std::size_t>(row)];
+    file->setFileType(type);
+    emit changed();
+    // A listener may have moved the row or taken it away.
+    const auto found = std::find(m_rows.begin(), m_rows.end(), file);
+    if (found != m_rows.end())
+        announceCell(static_cast<int>(found - m_rows.begin()), TypeColumn);
+}
+
+void tnCADImportFileModel::removeFiles(std::set<int> &rows)
+{
+    // What the set gains lies behind the row at hand, so the walk meets it and its own parts too.
+    // The link of a part to its parent decides: the parent's list keeps the links of parts that
+    // have gone, so its length says nothing of the rows below.
+    for (const int row : rows) {
+        const tnCADImportFile *file = recordAt(row);
+        if (!file || !file->hasChildren())
+            continue;
+        int below = row + 1;
+        for (const auto *part = recordAt(below); part && isPartOf(*part, file);
+             part = recordAt(below))
+            rows.insert(below++);
+    }
+
+    bool removed = false;
+    for (auto it = rows.rbegin(); it != rows.rend(); ++it) {
+        const int row = *it;
+        if (!recordAt(row))
+            continue;
+        beginRemoveRows({}, row, row);
+        m_rows.erase(m_rows.begin() + row);
+        endRemoveRows();
+        removed = true;
+    }
+    if (removed)
+        emit changed();
+}
+
+void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildren)
+{
+    std::set<int> rows;
+    for (int row = 0; row < rowCount(); ++row) {
+        if (isCounted(*recordAt(row), state, skipChildren))
+            rows.insert(rows.end(), row);
+    }
+    removeFiles(rows);
+}
+
+void tnCADImportFileModel::clear()
+{
+    beginResetModel();
+    m_rows.clear();
+    endResetModel();
+}
+
+bool tnCADImportFileModel::isEmpty() const
+{
+    return m_rows.empty();
+}
+
+QStringList tnCADImportFileModel::fileNames(bool skipChildren) const
+{
+    QStringList names;
+    for (const Record &file : m_rows) {
+        if (!skipChildren || !file->hasParent())
+            names << file->path();
+    }
+    return names;
+}
+
+void tnCADImportFileModel::collectFileTypes(std::set<tnCADFileTypes::FileType> &types) const
+{
+    const auto &baseCad = tnCADFileTypes::baseCadTypes();
+    for (const Record &file : m_rows) {
+        const auto type = file->fileType();
+        if (type != tnCADFileTypes::Undefined)
+            types.insert(baseCad.count(type) ? tnCADFileTypes::BCAD : type);
+    }
+}
+
+QStringList tnCADImportFileModel::importableFiles(const std::vector<int> &rows) const
+{
+    QStringList paths;
+    for (const int row : rows) {
+        const tnCADImportFile *file = recordAt(row);
+        if (file && !file->hasParent() && file->isImportable())
+            paths << file->path();
+    }
+    return paths;
+}
+
+int tnCADImportFileModel::countFilesInState(ImportState state, bool skipChildren) const
+{
+    return static_cast<int>(std::count_if(m_rows.begin(), m_rows.end(), [=](const Record &file) {
+        return isCounted(*file, state, skipChildren);
+    }));
+}
+
+int tnCADImportFileModel::stateOfRow(int row) const
+{
+    const tnCADImportFile *file = recordAt(row);
+    return file ? static_cast<int>(file->state()) : -1;
+}
+
+tndNode tnCADImportFileModel::nodeOfRow(int row) const
+{
+    const tnCADImportFile *file = recordAt(row);
+    return file ? file->node() : tndNode();
+}
+
+QString tnCADImportFileModel::directoryOfRow(int row) const
+{
+    const tnCADImportFile *file = recordAt(row);
+    return file ? QFileInfo(file->path()).absoluteDir().absolutePath() : QString();
+}
+
+void tnCADImportFileModel::setFileState(const QString &path, ImportState state)
+{
+    if (!tnCADImportFile::isValidState(static_cast<int>(state)))
+        return;
+    const int row = rowOf(path);
+    if (row < 0)
+        return;
+    m_rows[static_cast<std::size_t>(row)]->setState(state);
+    announceCell(row, StateColumn);
+}
+
+void tnCADImportFileModel::setFileProgress(const QString &path, unsigned int percent,
+                                           const QString &message)
+{
+    const int row = rowOf(path);
+    if (row < 0)
+        return;
+    m_rows[static_cast<std::size_t>(row)]->setProgress(percent, message);
+    announceCell(row, StateColumn);
+    static tnPulseInterface *const pulse = tnInterfaceFactory::the().pulse();
+    pulse->notifyActivity();
+}
+
+void tnCADImportFileModel::setFileNode(const QString &path, const tndNode &node)
+{
+    const int row = rowOf(path);
+    if (row >= 0)
+        m_rows[static_cast<std::size_t>(row)]->setNode(node);
+}
+
+void tnCADImportFileModel::startAnimation()
+{
+    if (m_busyAnimation.isValid())
+        m_busyAnimation.start();
+}
+
+void tnCADImportFileModel::stopAnimation()
+{
+    if (m_busyAnimation.isValid())
+        m_busyAnimation.stop();
+}
+
+void tnCADImportFileModel::onNextFrame()
+{
+    QIcon frame(m_busyAnimation.currentPixmap());
+    m_runningIcon.swap(frame);
+    for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row) {
+        if (file->isRunning())
+            announceCell(row, StateColumn, {Qt::DecorationRole});
+    }
+}
+
+void tnCADImportFileModel::promoteCompletedParents()
+{
+    // By number: a listener may change the table in the middle of the walk.
+    for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row) {
+        if (file->hasChildren() && file->state() == ImportState::Incomplete
+            && areChildrenFinished(*file))
+            setFileState(file->path(), ImportState::Succeeded);
+    }
+}
+
+/// Null for a row out of range.
+const tnCADImportFile *tnCADImportFileModel::recordAt(int row) const
+{
+    const auto position = static_cast<std::size_t>(row);
+    return row >= 0 && position < m_rows.size() ? m_rows[position].get() : nullptr;
+}
+
+/// The first row with the path, or -1.
+int tnCADImportFileModel::rowOf(const QString &path) const
+{
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
+                                    [&path](const Record &file) { return file->matches(path); });
+    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+}
+
+void tnCADImportFileModel::announceCell(int row, Column column, const QVector<int> &roles)
+{
+    const QModelIndex cell = index(row, column);
+    emit dataChanged(cell, cell, roles);
+}
