@@ -1,0 +1,3 @@
+#include "logbook/tnLogFormater.h"
+
+tnLogFormater::~tnLogFormater() = default;

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "logbook/tnLogFormater.h"
+
+/// The logbook for people: one block of lines per file, closed by a blank line.
+class tnTextFormater : public tnLogFormater {
+public:
+    QString format(const tnLogbook::Table &table) const override;
+};
