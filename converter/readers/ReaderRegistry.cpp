@@ -2,8 +2,10 @@
 
 #include "core/Text.h"
 #include "readers/IgesReader.h"
+#include "readers/ObjReader.h"
 #include "readers/StepReader.h"
 #include "readers/StlReader.h"
+#include "readers/vrml/VrmlReader.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -26,6 +28,8 @@ const std::vector<Format> &formats()
         {"Step", {"stp", "step", "p21"}, &create<StepReader>},
         {"Iges", {"igs", "iges"}, &create<IgesReader>},
         {"STL", {"stl"}, &create<StlReader>},
+        {"Obj", {"obj"}, &create<ObjReader>},
+        {"VRML", {"wrl", "vrml", "wrz"}, &create<VrmlReader>},
     };
     return table;
 }

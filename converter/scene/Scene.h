@@ -50,6 +50,9 @@ struct Mesh {
     std::vector<Primitive> primitives;
 };
 
+/// Names and values as the file states them.
+using Metadata = std::vector<std::pair<std::string, std::string>>;
+
 struct Node {
     std::string name;
     Transform transform; ///< to the parent's coordinates
@@ -57,7 +60,7 @@ struct Node {
     std::vector<Node> children;
     bool visible = true;
     std::string layer;
-    std::vector<std::pair<std::string, std::string>> metadata;
+    Metadata metadata;
 };
 
 enum class UpAxis { Y, Z };
@@ -66,6 +69,7 @@ enum class UpAxis { Y, Z };
 struct Scene {
     std::vector<Node> roots;
     UpAxis up = UpAxis::Z;
+    Metadata metadata; ///< of the file as a whole
     /// Absolute paths of the part files that could not be read; the rest of the scene is whole.
     std::vector<std::string> missingParts;
 };

@@ -117,6 +117,14 @@ tinygltf::Value textValue(const std::string &text)
     return tinygltf::Value(validUtf8(text));
 }
 
+tinygltf::Value::Object extrasOf(const Metadata &metadata)
+{
+    tinygltf::Value::Object extras;
+    for (const auto &[key, value] : metadata)
+        extras[validUtf8(key)] = textValue(value);
+    return extras;
+}
+
 void setTransform(const Transform &transform, tinygltf::Node &node)
 {
     Transform linearPart = transform;
@@ -147,8 +155,9 @@ tinygltf::Model GltfModelBuilder::build(const Scene &scene, const std::string &s
     tinygltf::Node topNode;
     topNode.name = validUtf8(std::filesystem::path(source).stem().string());
     const bool isZUp = scene.up == UpAxis::Z;
-    topNode.extras = tinygltf::Value(tinygltf::Value::Object{
-        {"sourceAxes", tinygltf::Value(std::string(isZUp ? "Z-up" : "Y-up"))}});
+    tinygltf::Value::Object topExtras = extrasOf(scene.metadata);
+    topExtras["sourceAxes"] = tinygltf::Value(std::string(isZUp ? "Z-up" : "Y-up"));
+    topNode.extras = tinygltf::Value(std::move(topExtras));
     if (isZUp)
         topNode.rotation = {-std::sqrt(0.5), 0, 0, std::sqrt(0.5)};
     for (const Node &root : scene.roots)
@@ -172,9 +181,7 @@ int GltfModelBuilder::addNode(const Node &node)
     setTransform(node.transform, result);
     if (node.mesh)
         result.mesh = addMesh(*node.mesh);
-    tinygltf::Value::Object extras;
-    for (const auto &[key, value] : node.metadata)
-        extras[validUtf8(key)] = textValue(value);
+    tinygltf::Value::Object extras = extrasOf(node.metadata);
     if (!node.layer.empty())
         extras["layer"] = textValue(node.layer);
     if (!node.visible)

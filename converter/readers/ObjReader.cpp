@@ -1,0 +1,252 @@
+#include "readers/ObjReader.h"
+
+#include "core/ConversionError.h"
+#include "core/Text.h"
+#include "readers/FileProbe.h"
+#include "scene/FacetMeshBuilder.h"
+
+#include <tiny_obj_loader.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
+#include <unordered_map>
+
+namespace tnconvert {
+
+namespace {
+
+void checkContent(const std::string &path, std::string_view content)
+{
+    static const std::set<std::string_view> keywords = {
+        "v",    "vn",  "vt",     "vp",     "f",      "l",        "p",       "o",
+        "g",    "s",   "mtllib", "usemtl", "cstype", "deg",      "curv",    "surf",
+        "parm", "end", "mg",     "bevel",  "lod",    "c_interp", "d_interp"};
+    while (!content.empty()) {
+        const std::size_t end = content.find_first_of("\r\n");
+        const std::string_view line = trimmed(content.substr(0, end));
+        content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
+        if (line.empty() || line[0] == '#')
+            continue;
+        if (keywords.count(line.substr(0, line.find_first_of(" \t"))) == 0)
+            break;
+        return;
+    }
+    throwWrongContent(path, "an Obj file", "its first line has no keyword of this format");
+}
+
+/// The library's messages, one for each line.
+void forEachLine(const std::string &text, const std::function<void(const std::string &)> &use)
+{
+    std::istringstream lines(text);
+    std::string line;
+    while (std::getline(lines, line)) {
+        if (!trimmed(line).empty())
+            use(validUtf8(trimmed(line)));
+    }
+}
+
+Material materialOf(const tinyobj::material_t &stated)
+{
+    Material material;
+    material.name = stated.name;
+    for (std::size_t i = 0; i < 3; ++i) {
+        material.color[i] = stated.diffuse[i];
+        material.emissive[i] = stated.emission[i];
+    }
+    material.color[3] = stated.dissolve;
+    material.metallic = stated.metallic;
+    if (stated.roughness > 0)
+        material.roughness = stated.roughness;
+    else if (stated.shininess > 1)
+        material.roughness = std::sqrt(2 / (stated.shininess + 2.0));
+    return material;
+}
+
+/// Turns the library's flat lists into meshes.
+class ObjSceneBuilder {
+public:
+    ObjSceneBuilder(const tinyobj::attrib_t &attributes,
+                    const std::vector<tinyobj::material_t> &materials, Report &report)
+        : m_attributes(attributes)
+        , m_hasColors(!attributes.colors.empty()
+                      && attributes.colors.size() == attributes.vertices.size())
+        , m_report(report)
+    {
+        for (const tinyobj::material_t &material : materials)
+            m_materials.push_back(materialOf(material));
+    }
+
+    Node shapeNode(const tinyobj::shape_t &shape, const Settings &settings)
+    {
+        auto mesh = std::make_shared<Mesh>();
+        mesh->name = shape.name;
+        if (settings.importMeshes)
+            addFacets(shape.mesh, *mesh);
+        if (settings.importCurves)
+            addLines(shape.lines, *mesh);
+        Node node;
+        node.name = shape.name;
+        node.mesh = mesh;
+        return node;
+    }
+
+    void warnOfDropped()
+    {
+        if (m_dropped > 0)
+            m_report.warning(std::to_string(m_dropped)
+                             + " faces without area or with indices out of range are left out.");
+    }
+
+private:
+    /// The facets of one material, with the points that they use.
+    struct Part {
+        FacetMeshBuilder builder;
+        std::unordered_map<int, std::uint32_t> pointOf;
+    };
+
+    void addFacets(const tinyobj::mesh_t &stated, Mesh &mesh)
+    {
+        const bool hasGroups =
+            std::any_of(stated.smoothing_group_ids.begin(), stated.smoothing_group_ids.end(),
+                        [](unsigned id) { return id != 0; });
+        std::map<int, Part> parts;
+        for (std::size_t i = 0; i + 2 < stated.indices.size(); i += 3) {
+            const std::size_t face = i / 3;
+            const int id = face < stated.material_ids.size() ? stated.material_ids[face] : -1;
+            Part &part = parts[id];
+            FacetMeshBuilder::Facet facet;
+            for (std::size_t c = 0; c < 3; ++c)
+                facet.corners[c] = corner(stated.indices[i + c], part);
+            if (hasGroups && face < stated.smoothing_group_ids.size()) {
+                facet.smoothingGroup = stated.smoothing_group_ids[face];
+                part.builder.creaseAngle = M_PI;
+            }
+            part.builder.facets.push_back(facet);
+        }
+        for (auto &[id, part] : parts) {
+            Primitive primitive = part.builder.build();
+            m_dropped += part.builder.droppedFacets();
+            if (id >= 0 && std::size_t(id) < m_materials.size())
+                primitive.material = m_materials[std::size_t(id)];
+            mesh.primitives.push_back(std::move(primitive));
+        }
+    }
+
+    FacetMeshBuilder::Corner corner(const tinyobj::index_t &index, Part &part) const
+    {
+        FacetMeshBuilder::Corner result;
+        // An index beyond all points makes the builder drop the facet.
+        result.point = 0xFFFFFFFF;
+        if (!isPoint(index.vertex_index))
+            return result;
+        const auto [entry, isNew] =
+            part.pointOf.try_emplace(index.vertex_index, std::uint32_t(part.builder.points.size()));
+        if (isNew)
+            part.builder.points.push_back(triple(m_attributes.vertices, index.vertex_index));
+        result.point = entry->second;
+        if (index.normal_index >= 0
+            && std::size_t(index.normal_index) * 3 + 2 < m_attributes.normals.size())
+            result.normal = triple(m_attributes.normals, index.normal_index);
+        if (m_hasColors)
+            result.color = color(index.vertex_index);
+        return result;
+    }
+
+    void addLines(const tinyobj::lines_t &stated, Mesh &mesh)
+    {
+        Primitive primitive;
+        primitive.mode = Primitive::Mode::Lines;
+        std::size_t start = 0;
+        for (const int count : stated.num_line_vertices) {
+            bool continues = false;
+            for (std::size_t i = start; i < start + std::size_t(count) && i < stated.indices.size();
+                 ++i) {
+                const int index = stated.indices[i].vertex_index;
+                if (!isPoint(index)) {
+                    ++m_dropped;
+                    continues = false;
+                    continue;
+                }
+                const Vec3 p = triple(m_attributes.vertices, index);
+                const auto vertex = std::uint32_t(primitive.positions.size());
+                primitive.positions.push_back({float(p.x), float(p.y), float(p.z)});
+                if (continues)
+                    primitive.indices.insert(primitive.indices.end(), {vertex - 1, vertex});
+                continues = true;
+            }
+            start += std::size_t(count);
+        }
+        if (!primitive.indices.empty())
+            mesh.primitives.push_back(std::move(primitive));
+    }
+
+    bool isPoint(int index) const
+    {
+        return index >= 0 && std::size_t(index) * 3 + 2 < m_attributes.vertices.size();
+    }
+
+    static Vec3 triple(const std::vector<tinyobj::real_t> &values, int index)
+    {
+        const std::size_t start = std::size_t(index) * 3;
+        return {values[start], values[start + 1], values[start + 2]};
+    }
+
+    Rgba8 color(int index) const
+    {
+        const Vec3 c = triple(m_attributes.colors, index);
+        const auto byte = [](double v) {
+            return std::uint8_t(std::lround(std::clamp(v, 0.0, 1.0) * 255));
+        };
+        return {byte(c.x), byte(c.y), byte(c.z), 255};
+    }
+
+    const tinyobj::attrib_t &m_attributes;
+    const bool m_hasColors;
+    Report &m_report;
+    std::vector<Material> m_materials;
+    std::size_t m_dropped = 0;
+};
+
+} // namespace
+
+Scene ObjReader::read(const std::string &path, const Settings &settings, Report &report)
+{
+    report.progress(0, "Reading");
+    const std::string content = readWhole(path);
+    checkContent(path, content);
+    tinyobj::attrib_t attributes;
+    std::vector<tinyobj::shape_t> shapes;
+    std::vector<tinyobj::material_t> materials;
+    std::string warnings;
+    std::string errors;
+    std::istringstream stream(content);
+    // The library puts directory and name together without a separator.
+    tinyobj::MaterialFileReader libraries(
+        std::filesystem::path(absolutePath(path)).parent_path().string() + "/");
+    const bool isRead = tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors,
+                                         &stream, &libraries, /*triangulate*/ true,
+                                         /*default_vcols_fallback*/ false);
+    forEachLine(warnings, [&report](const std::string &line) { report.warning(line); });
+    if (!isRead) {
+        std::string reasons;
+        forEachLine(errors, [&reasons](const std::string &line) { reasons += " " + line; });
+        throw ConversionError(
+            fileName(path) + " is damaged:" + (reasons.empty() ? " it cannot be read." : reasons));
+    }
+    report.progress(60, "Reading");
+
+    Scene scene;
+    scene.up = UpAxis::Y;
+    ObjSceneBuilder builder(attributes, materials, report);
+    for (const tinyobj::shape_t &shape : shapes)
+        scene.roots.push_back(builder.shapeNode(shape, settings));
+    builder.warnOfDropped();
+    return scene;
+}
+
+} // namespace tnconvert

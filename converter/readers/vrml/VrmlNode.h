@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tnconvert {
+
+struct VrmlNode;
+using VrmlNodePtr = std::shared_ptr<const VrmlNode>;
+
+/// The value of a field. Which of the members is filled depends on the text, not on the field's
+/// declared type, so that unknown nodes can be read as well. TRUE and FALSE are 1 and 0.
+struct VrmlField {
+    std::vector<double> numbers;
+    std::vector<std::string> strings;
+    std::vector<VrmlNodePtr> nodes;
+    std::string prototypeField; ///< the field that IS refers to
+};
+
+/// One node of a file. A node that is used several times is the same object.
+struct VrmlNode {
+    std::string type;
+    std::string name; ///< given by DEF
+    std::size_t line = 0;
+    std::map<std::string, VrmlField> fields;
+
+    /// The field's value; null when the file does not state it.
+    const VrmlField *field(const char *fieldName) const;
+    /// The first node of the field; null when there is none.
+    VrmlNodePtr child(const char *fieldName) const;
+    const std::vector<VrmlNodePtr> &children(const char *fieldName) const;
+    const std::vector<double> &numbers(const char *fieldName) const;
+    double number(const char *fieldName, double fallback) const;
+    bool flag(const char *fieldName, bool fallback) const;
+    std::string text(const char *fieldName) const;
+};
+
+} // namespace tnconvert

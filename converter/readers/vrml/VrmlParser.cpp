@@ -1,0 +1,322 @@
+#include "readers/vrml/VrmlParser.h"
+
+#include "core/ConversionError.h"
+#include "core/Text.h"
+
+namespace tnconvert {
+
+namespace {
+
+constexpr int depthBound = 400;
+
+/// Prototypes within prototypes can grow without end.
+constexpr std::size_t copyBound = 1'000'000;
+
+class DepthGuard {
+public:
+    explicit DepthGuard(int &depth)
+        : m_depth(depth)
+    {
+        ++m_depth;
+    }
+    ~DepthGuard() { --m_depth; }
+    DepthGuard(const DepthGuard &) = delete;
+    DepthGuard &operator=(const DepthGuard &) = delete;
+
+private:
+    int &m_depth;
+};
+
+bool refersToPrototype(const VrmlNode &node)
+{
+    for (const auto &[name, field] : node.fields) {
+        if (!field.prototypeField.empty())
+            return true;
+        for (const VrmlNodePtr &child : field.nodes) {
+            if (refersToPrototype(*child))
+                return true;
+        }
+    }
+    return false;
+}
+
+bool isEvent(std::string_view word)
+{
+    return word == "eventIn" || word == "eventOut";
+}
+
+bool isDeclaration(std::string_view word)
+{
+    return word == "field" || word == "exposedField";
+}
+
+} // namespace
+
+VrmlParser::VrmlParser(std::string_view text, std::string fileName, Warn warn)
+    : m_lexer(text)
+    , m_fileName(std::move(fileName))
+    , m_warn(std::move(warn))
+{
+}
+
+std::vector<VrmlNodePtr> VrmlParser::parse()
+{
+    return statements(/*isTop*/ true);
+}
+
+void VrmlParser::fail(const std::string &what) const
+{
+    if (m_lexer.kind() == VrmlLexer::Kind::End || m_lexer.isCut())
+        throw ConversionError(m_fileName + " is truncated: it ends at line "
+                              + std::to_string(m_lexer.line()) + " within a node.");
+    throw ConversionError(m_fileName + " is damaged at line " + std::to_string(m_lexer.line())
+                          + ": " + what + ".");
+}
+
+std::string VrmlParser::word(const char *what)
+{
+    // Names that begin with a digit are against the rules, but exist.
+    if (m_lexer.kind() != VrmlLexer::Kind::Word && m_lexer.kind() != VrmlLexer::Kind::Number)
+        fail(std::string("expected ") + what);
+    std::string text(m_lexer.text());
+    m_lexer.next();
+    return text;
+}
+
+void VrmlParser::expect(char sign)
+{
+    if (!m_lexer.isSign(sign))
+        fail(std::string("expected ") + sign);
+    m_lexer.next();
+}
+
+std::vector<VrmlNodePtr> VrmlParser::statements(bool isTop)
+{
+    std::vector<VrmlNodePtr> nodes;
+    while (isTop ? m_lexer.kind() != VrmlLexer::Kind::End : !m_lexer.isSign('}')) {
+        if (m_lexer.isWord("ROUTE")) {
+            route();
+        } else if (m_lexer.isWord("PROTO")) {
+            prototype();
+        } else if (m_lexer.isWord("EXTERNPROTO")) {
+            externalPrototype();
+        } else if (isTop && m_lexer.isSign('}')) {
+            m_warn("A closing brace without its opening one is ignored (line "
+                   + std::to_string(m_lexer.line()) + ").");
+            m_lexer.next();
+        } else if (VrmlNodePtr read = node()) {
+            nodes.push_back(std::move(read));
+        }
+    }
+    return nodes;
+}
+
+VrmlNodePtr VrmlParser::node()
+{
+    const DepthGuard guard(m_depth);
+    if (m_depth > depthBound)
+        fail("the nodes are nested too deeply");
+    std::string type = word("a node");
+    if (type == "NULL")
+        return nullptr;
+    if (type == "USE") {
+        const std::string name = word("a name");
+        const auto found = m_named.find(name);
+        if (found != m_named.end())
+            return found->second;
+        m_warn("The node " + validUtf8(name) + " is used but not defined; it is left out.");
+        return nullptr;
+    }
+    std::string name;
+    if (type == "DEF") {
+        name = word("a name");
+        type = word("a node");
+    }
+    VrmlNodePtr result = nodeBody(type, name);
+    // Entered after its body was read, so no node can contain itself.
+    if (!name.empty())
+        m_named[name] = result;
+    return result;
+}
+
+VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &name)
+{
+    auto result = std::make_shared<VrmlNode>();
+    result->type = type;
+    result->name = name;
+    result->line = m_lexer.line();
+    expect('{');
+    while (!m_lexer.isSign('}'))
+        bodyItem(*result);
+    m_lexer.next();
+    const auto found = m_prototypes.find(type);
+    if (found == m_prototypes.end() || !found->second.content)
+        return result;
+    return instance(*result, found->second);
+}
+
+void VrmlParser::bodyItem(VrmlNode &node)
+{
+    if (m_lexer.isWord("ROUTE"))
+        return route();
+    if (m_lexer.isWord("PROTO"))
+        return prototype();
+    if (m_lexer.isWord("EXTERNPROTO"))
+        return externalPrototype();
+    if (m_lexer.kind() != VrmlLexer::Kind::Word)
+        fail("expected the name of a field");
+    std::string name = word("the name of a field");
+    // Declarations stand in scripts, whose fields are read and forgotten.
+    const bool event = isEvent(name);
+    if (event || isDeclaration(name)) {
+        word("a field type");
+        name = word("the name of a field");
+    }
+    if (event && !m_lexer.isWord("IS"))
+        return;
+    node.fields[name] = value();
+}
+
+VrmlField VrmlParser::value()
+{
+    VrmlField field;
+    if (m_lexer.isWord("IS")) {
+        m_lexer.next();
+        field.prototypeField = word("the name of a field");
+    } else if (m_lexer.isSign('[')) {
+        m_lexer.next();
+        while (!m_lexer.isSign(']'))
+            element(field);
+        m_lexer.next();
+    } else if (m_lexer.kind() == VrmlLexer::Kind::Number) {
+        while (m_lexer.kind() == VrmlLexer::Kind::Number)
+            element(field);
+    } else {
+        element(field);
+    }
+    return field;
+}
+
+void VrmlParser::element(VrmlField &field)
+{
+    switch (m_lexer.kind()) {
+    case VrmlLexer::Kind::Number:
+        field.numbers.push_back(m_lexer.number());
+        m_lexer.next();
+        return;
+    case VrmlLexer::Kind::String:
+        if (m_lexer.isCut())
+            fail("a string has no end");
+        field.strings.push_back(m_lexer.string());
+        m_lexer.next();
+        return;
+    case VrmlLexer::Kind::Word:
+        if (m_lexer.isWord("TRUE") || m_lexer.isWord("FALSE")) {
+            field.numbers.push_back(m_lexer.isWord("TRUE") ? 1 : 0);
+            m_lexer.next();
+        } else if (VrmlNodePtr child = node()) {
+            field.nodes.push_back(std::move(child));
+        }
+        return;
+    case VrmlLexer::Kind::Sign:
+    case VrmlLexer::Kind::End:
+        fail("expected the value of a field");
+    }
+}
+
+void VrmlParser::route()
+{
+    m_lexer.next();
+    word("a route");
+    word("a route");
+    word("a route");
+}
+
+std::map<std::string, VrmlField> VrmlParser::interfaceFields(bool hasDefaults)
+{
+    std::map<std::string, VrmlField> fields;
+    expect('[');
+    while (!m_lexer.isSign(']')) {
+        const std::string kind = word("a declaration");
+        if (!isEvent(kind) && !isDeclaration(kind))
+            fail("expected a declaration");
+        word("a field type");
+        const std::string name = word("the name of a field");
+        if (hasDefaults && isDeclaration(kind))
+            fields[name] = value();
+    }
+    m_lexer.next();
+    return fields;
+}
+
+void VrmlParser::prototype()
+{
+    const DepthGuard guard(m_depth);
+    if (m_depth > depthBound)
+        fail("the prototypes are nested too deeply");
+    m_lexer.next();
+    const std::string name = word("the name of a prototype");
+    Prototype result;
+    result.defaults = interfaceFields(/*hasDefaults*/ true);
+    expect('{');
+    // Names and prototypes defined inside are not known outside.
+    const auto namedOutside = m_named;
+    const auto prototypesOutside = m_prototypes;
+    const std::vector<VrmlNodePtr> content = statements(/*isTop*/ false);
+    m_named = namedOutside;
+    m_prototypes = prototypesOutside;
+    expect('}');
+    // Only the first node of a prototype is drawn.
+    if (!content.empty())
+        result.content = content.front();
+    m_prototypes[name] = std::move(result);
+}
+
+void VrmlParser::externalPrototype()
+{
+    m_lexer.next();
+    const std::string name = word("the name of a prototype");
+    interfaceFields(/*hasDefaults*/ false);
+    value();
+    m_prototypes[name] = Prototype();
+}
+
+VrmlNodePtr VrmlParser::instance(const VrmlNode &use, const Prototype &prototype)
+{
+    std::map<std::string, VrmlField> arguments = prototype.defaults;
+    for (const auto &[name, field] : use.fields)
+        arguments[name] = field;
+    VrmlNodePtr result = copied(prototype.content, arguments);
+    if (use.name.empty())
+        return result;
+    auto named = std::make_shared<VrmlNode>(*result);
+    named->name = use.name;
+    return named;
+}
+
+VrmlNodePtr VrmlParser::copied(const VrmlNodePtr &original,
+                               const std::map<std::string, VrmlField> &arguments)
+{
+    if (!refersToPrototype(*original))
+        return original;
+    if (++m_copies > copyBound)
+        fail("its prototypes grow without end");
+    auto copy = std::make_shared<VrmlNode>(*original);
+    for (auto field = copy->fields.begin(); field != copy->fields.end();) {
+        if (!field->second.prototypeField.empty()) {
+            const auto argument = arguments.find(field->second.prototypeField);
+            if (argument == arguments.end()) {
+                field = copy->fields.erase(field);
+                continue;
+            }
+            field->second = argument->second;
+        } else {
+            for (VrmlNodePtr &child : field->second.nodes)
+                child = copied(child, arguments);
+        }
+        ++field;
+    }
+    return copy;
+}
+
+} // namespace tnconvert

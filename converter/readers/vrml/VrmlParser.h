@@ -1,0 +1,56 @@
+#pragma once
+
+#include "readers/vrml/VrmlLexer.h"
+#include "readers/vrml/VrmlNode.h"
+
+#include <functional>
+
+namespace tnconvert {
+
+/// Reads the nodes of a VRML97 file. Prototypes that the file defines are replaced by their
+/// content.
+class VrmlParser {
+public:
+    using Warn = std::function<void(const std::string &)>;
+
+    /// @p text is the file's content, which must outlive the parser; @p fileName stands in
+    /// messages.
+    VrmlParser(std::string_view text, std::string fileName, Warn warn);
+
+    /// The nodes at the top of the file. Throws ConversionError, with the line, when the text is
+    /// damaged or ends too early.
+    std::vector<VrmlNodePtr> parse();
+
+private:
+    struct Prototype {
+        std::map<std::string, VrmlField> defaults;
+        VrmlNodePtr content; ///< null for external ones
+    };
+
+    std::vector<VrmlNodePtr> statements(bool isTop);
+    VrmlNodePtr node();
+    VrmlNodePtr nodeBody(const std::string &type, const std::string &name);
+    void bodyItem(VrmlNode &node);
+    VrmlField value();
+    void element(VrmlField &field);
+    void prototype();
+    void externalPrototype();
+    std::map<std::string, VrmlField> interfaceFields(bool hasDefaults);
+    void route();
+    VrmlNodePtr instance(const VrmlNode &use, const Prototype &prototype);
+    VrmlNodePtr copied(const VrmlNodePtr &node, const std::map<std::string, VrmlField> &arguments);
+
+    std::string word(const char *what);
+    void expect(char sign);
+    [[noreturn]] void fail(const std::string &what) const;
+
+    VrmlLexer m_lexer;
+    const std::string m_fileName;
+    const Warn m_warn;
+    std::map<std::string, VrmlNodePtr> m_named;
+    std::map<std::string, Prototype> m_prototypes;
+    int m_depth = 0;
+    std::size_t m_copies = 0;
+};
+
+} // namespace tnconvert
