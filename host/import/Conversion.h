@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/tnCADFileTypes.h"
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+
+/// What a converter process is asked to do with one file.
+struct ConversionRequest {
+    QString input; ///< absolute path
+    QString output; ///< absolute path of the glTF binary
+    QString type; ///< display name of the file type
+    QJsonObject settings; ///< translator options by field name
+};
+
+/// Hears how a conversion goes on, always from the event loop and in the GUI thread. It must live
+/// until onConversionEnded() or until the pool is gone.
+class ConversionObserver {
+public:
+    ConversionObserver() = default;
+    Q_DISABLE_COPY_MOVE(ConversionObserver)
+
+    virtual void onProgress(unsigned int percent, const QString &message) = 0;
+    virtual void onWarning(const QString &message) = 0;
+    virtual void onPart(const QString &file) = 0;
+    virtual void onPartFinished(const QString &file, tnCADFileTypes::JobState state, double seconds,
+                                const QString &message) = 0;
+    /// The last call, exactly once; the process writes nothing for this file any more. A message
+    /// says why it is no success. Negative seconds: the converter did not get round to telling.
+    virtual void onConversionEnded(tnCADFileTypes::JobState state, double seconds,
+                                   const QString &message) = 0;
+
+protected:
+    ~ConversionObserver() = default;
+};

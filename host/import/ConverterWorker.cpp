@@ -1,0 +1,358 @@
+#include "host/import/ConverterWorker.h"
+
+#include "platform/tnLog.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QPointer>
+
+#include <algorithm>
+
+using tnCADFileTypes::JobState;
+
+namespace {
+
+constexpr int protocolVersion = 1;
+// Longer than any answer, short enough that a worker gone wild cannot fill the host's memory.
+constexpr int maximalLineLength = 1 << 20;
+constexpr int errorTailLength = 2000;
+// What a process may take to end by itself once it was told to, or once its output is closed.
+constexpr int closeTime = 2000;
+constexpr int exitTime = 500;
+// How long the death of a killed process may take before its file no longer waits for it.
+constexpr int killTime = 1000;
+
+std::optional<JobState> jobState(const QString &name)
+{
+    if (name == QLatin1String("success"))
+        return JobState::Success;
+    if (name == QLatin1String("failure"))
+        return JobState::Failure;
+    if (name == QLatin1String("incomplete"))
+        return JobState::Incomplete;
+    return std::nullopt;
+}
+
+QString text(const QJsonObject &object, const char *key)
+{
+    return object.value(QLatin1String(key)).toString();
+}
+
+double seconds(const QJsonObject &object)
+{
+    return std::max(0.0, object.value(QLatin1String("seconds")).toDouble());
+}
+
+} // namespace
+
+ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &limits,
+                                 QObject *parent)
+    : QObject(parent)
+    , m_program(program)
+    , m_limits(limits)
+    , m_process(std::make_unique<QProcess>())
+{
+    m_deadline.setSingleShot(true);
+    connect(&m_deadline, &QTimer::timeout, this, &ConverterWorker::onDeadline);
+
+    QProcess *process = m_process.get();
+    connect(process, &QProcess::readyReadStandardOutput, this, &ConverterWorker::onOutput);
+    connect(process, &QProcess::readyReadStandardError, this, &ConverterWorker::onErrorOutput);
+    connect(process, &QProcess::readChannelFinished, this, &ConverterWorker::onOutputClosed);
+    connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            &ConverterWorker::onProcessFinished);
+    // Queued: a failing start is reported from within start(), and nobody listens that early.
+    connect(process, &QProcess::errorOccurred, this, &ConverterWorker::onProcessError,
+            Qt::QueuedConnection);
+
+    m_deadline.start(m_limits.startTime);
+    process->start(m_program, {QStringLiteral("--worker")});
+}
+
+ConverterWorker::~ConverterWorker()
+{
+    m_process->disconnect(this);
+    m_process->kill();
+    m_process->waitForFinished();
+}
+
+bool ConverterWorker::isIdle() const
+{
+    return m_state == State::Ready && !m_task.observer && !m_outputClosed;
+}
+
+void ConverterWorker::convert(const ConversionRequest &request, ConversionObserver &observer)
+{
+    Q_ASSERT(!m_task.observer);
+    m_task = {request, &observer};
+    ++m_taskId;
+    m_taskRead = false;
+    if (m_state == State::Ready)
+        sendTask();
+}
+
+void ConverterWorker::abort()
+{
+    m_aborted = true;
+    kill();
+}
+
+void ConverterWorker::kill()
+{
+    if (m_state == State::Dead || m_state == State::Killed)
+        return;
+    m_state = State::Killed;
+    m_deadline.start(killTime);
+    m_process->kill();
+}
+
+std::optional<ConverterWorker::Task> ConverterWorker::takeUnreadTask()
+{
+    if (!m_task.observer)
+        return std::nullopt;
+    return std::exchange(m_task, {});
+}
+
+void ConverterWorker::onOutput()
+{
+    m_buffer += m_process->readAllStandardOutput();
+    // Observers may run events of their own below this call, which come back here; so each line
+    // leaves the buffer before it is looked at, and this object may be gone afterwards.
+    const QPointer<ConverterWorker> self(this);
+    while (self && (m_state == State::Starting || m_state == State::Ready)) {
+        const int end = m_buffer.indexOf('\n');
+        if (end < 0) {
+            if (m_buffer.size() > maximalLineLength)
+                fail(QStringLiteral("The converter sent an endless answer%1.").arg(whileReading()));
+            return;
+        }
+        const QByteArray line = m_buffer.left(end);
+        m_buffer.remove(0, end + 1);
+        readLine(line);
+    }
+}
+
+void ConverterWorker::onErrorOutput()
+{
+    // Kept for the log, in case these are the process's last words.
+    m_errorTail = (m_errorTail + m_process->readAllStandardError()).right(errorTailLength);
+}
+
+void ConverterWorker::onOutputClosed()
+{
+    const QPointer<ConverterWorker> self(this);
+    onOutput();
+    if (!self || m_state == State::Killed || m_state == State::Dead)
+        return;
+    // A process on its way out closes its output too, and how it ends says more about the reason.
+    m_outputClosed = true;
+    m_deadline.start(exitTime);
+}
+
+void ConverterWorker::onProcessError(QProcess::ProcessError error)
+{
+    switch (error) {
+    case QProcess::FailedToStart:
+        if (m_state == State::Dead)
+            return;
+        m_state = State::Dead;
+        m_deadline.stop();
+        endConversion(JobState::Failure, -1.0,
+                      QStringLiteral("The converter program %1 cannot be started: %2")
+                          .arg(m_program, m_process->errorString()));
+        emit ended();
+        return;
+    case QProcess::Crashed: // onProcessFinished() follows
+    case QProcess::Timedout:
+        return;
+    case QProcess::WriteError:
+    case QProcess::ReadError:
+    case QProcess::UnknownError:
+        break;
+    }
+    // A process that has just died cannot be written to either; its end tells the reason.
+    if (m_state == State::Starting || m_state == State::Ready) {
+        m_outputClosed = true;
+        m_deadline.start(exitTime);
+    }
+}
+
+void ConverterWorker::onProcessFinished(int exitCode, QProcess::ExitStatus status)
+{
+    const QPointer<ConverterWorker> self(this);
+    onOutput();
+    if (!self || m_state == State::Dead)
+        return;
+    const bool wasReady = m_state == State::Ready;
+    const bool asked = m_state == State::Closing || m_aborted;
+    m_state = State::Dead;
+    m_deadline.stop();
+
+    if (!asked && !m_errorTail.trimmed().isEmpty())
+        tnLog::warning("The converter's last words: %s", m_errorTail.trimmed().constData());
+
+    const bool betweenFiles = wasReady && !m_taskRead && m_taskId > 1;
+    if (m_aborted) {
+        endConversion(JobState::JobAborted, -1.0, QString());
+    } else if (!m_fault.isEmpty()) {
+        endConversion(JobState::Failure, -1.0, m_fault);
+    } else if (!betweenFiles) {
+        const QString reason = status == QProcess::CrashExit
+            ? QStringLiteral("The converter crashed%1.").arg(whileReading())
+            : QStringLiteral("The converter ended%1 (exit status %2).")
+                  .arg(whileReading())
+                  .arg(exitCode);
+        endConversion(JobState::Failure, -1.0, reason);
+    }
+    if (self)
+        emit ended();
+}
+
+void ConverterWorker::onDeadline()
+{
+    switch (m_state) {
+    case State::Starting:
+    case State::Ready:
+        if (!m_task.observer && !m_outputClosed)
+            close();
+        else if (m_outputClosed)
+            fail(QStringLiteral("The converter closed its output%1.").arg(whileReading()));
+        else
+            fail(QStringLiteral("The converter does not answer."));
+        return;
+    case State::Closing:
+        kill();
+        return;
+    case State::Killed:
+        // The system takes its time; the file's end must not wait for that.
+        endConversion(m_aborted ? JobState::JobAborted : JobState::Failure, -1.0, m_fault);
+        return;
+    case State::Dead:
+        return;
+    }
+}
+
+void ConverterWorker::readLine(const QByteArray &line)
+{
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    const QString event = text(object, "event");
+    const QPointer<ConverterWorker> self(this);
+    if (!readEvent(event, object) && self)
+        fail(QStringLiteral("The converter sent an answer that makes no sense%1.")
+                 .arg(whileReading()));
+}
+
+bool ConverterWorker::readEvent(const QString &event, const QJsonObject &object)
+{
+    if (m_state == State::Starting)
+        return event == QLatin1String("ready") && readReady(object);
+    if (!m_task.observer || object.value(QLatin1String("id")).toDouble(-1) != double(m_taskId))
+        return false;
+    if (event == QLatin1String("finished"))
+        return readFinished(object);
+
+    m_taskRead = true;
+    ConversionObserver &observer = *m_task.observer;
+    if (event == QLatin1String("progress")) {
+        const int percent = object.value(QLatin1String("percent")).toInt();
+        observer.onProgress(unsigned(qBound(0, percent, 100)), text(object, "message"));
+    } else if (event == QLatin1String("warning")) {
+        observer.onWarning(text(object, "message"));
+    } else if (event == QLatin1String("part")) {
+        observer.onPart(text(object, "file"));
+    } else if (event == QLatin1String("partFinished")) {
+        const std::optional<JobState> state = jobState(text(object, "state"));
+        if (!state)
+            return false;
+        observer.onPartFinished(text(object, "file"), *state, seconds(object),
+                                text(object, "message"));
+    } else {
+        return event == QLatin1String("started");
+    }
+    return true;
+}
+
+bool ConverterWorker::readReady(const QJsonObject &object)
+{
+    if (object.value(QLatin1String("version")).toInt() != protocolVersion)
+        return false;
+    for (const QJsonValue &format : object.value(QLatin1String("formats")).toArray())
+        m_formats << format.toString();
+    m_state = State::Ready;
+    if (m_task.observer)
+        sendTask();
+    else
+        m_deadline.start(m_limits.idleTime);
+    return true;
+}
+
+bool ConverterWorker::readFinished(const QJsonObject &object)
+{
+    const std::optional<JobState> state = jobState(text(object, "state"));
+    if (!state)
+        return false;
+    if (object.value(QLatin1String("memory")).toDouble() > double(m_limits.memory))
+        close();
+    else
+        m_deadline.start(m_limits.idleTime);
+    endConversion(*state, seconds(object), text(object, "message"));
+    return true;
+}
+
+void ConverterWorker::sendTask()
+{
+    m_deadline.stop();
+    const ConversionRequest &request = m_task.request;
+    if (!m_formats.contains(request.type)) {
+        // Rather than within convert(): the observer hears nothing from inside its own call.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (m_state != State::Ready)
+                    return;
+                m_deadline.start(m_limits.idleTime);
+                endConversion(JobState::Failure, -1.0,
+                              QStringLiteral("This host has no converter for %1 files.")
+                                  .arg(m_task.request.type));
+            },
+            Qt::QueuedConnection);
+        return;
+    }
+    const QJsonObject object{{QStringLiteral("command"), QStringLiteral("convert")},
+                             {QStringLiteral("id"), m_taskId},
+                             {QStringLiteral("input"), request.input},
+                             {QStringLiteral("output"), request.output},
+                             {QStringLiteral("type"), request.type},
+                             {QStringLiteral("settings"), request.settings}};
+    m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void ConverterWorker::fail(const QString &message)
+{
+    m_fault = message;
+    kill();
+}
+
+void ConverterWorker::close()
+{
+    m_state = State::Closing;
+    m_deadline.start(closeTime);
+    m_process->closeWriteChannel();
+}
+
+void ConverterWorker::endConversion(JobState state, double seconds, const QString &message)
+{
+    const Task task = std::exchange(m_task, {});
+    if (!task.observer)
+        return;
+    emit conversionEnded();
+    task.observer->onConversionEnded(state, seconds, message);
+}
+
+QString ConverterWorker::whileReading() const
+{
+    if (!m_task.observer)
+        return QString();
+    return QStringLiteral(" while reading %1").arg(QFileInfo(m_task.request.input).fileName());
+}

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "host/import/Conversion.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QObject>
+#include <QtCore/QProcess>
+#include <QtCore/QStringList>
+#include <QtCore/QTimer>
+
+#include <memory>
+#include <optional>
+
+/// What a converter process may use up.
+struct WorkerLimits {
+    qint64 memory = qint64(1) << 30; ///< bytes; a worker that reports more is ended between files
+    int idleTime = 10000; ///< ms until a worker without work is ended
+    int startTime = 30000; ///< ms until a new worker must have answered
+};
+
+/// One converter process: starts it, sends it one file after the other and reads its answers. A
+/// process that dies, or writes what is no answer, ends its current file as failed and then itself.
+class ConverterWorker : public QObject {
+    Q_OBJECT
+
+public:
+    /// A conversion as the worker was given it.
+    struct Task {
+        ConversionRequest request;
+        ConversionObserver *observer = nullptr;
+    };
+
+    /// Starts the process at once; what goes wrong with that ends the first conversion as failed.
+    ConverterWorker(const QString &program, const WorkerLimits &limits, QObject *parent);
+    /// Kills the process and waits for its end. The observer hears nothing of it.
+    ~ConverterWorker() override;
+
+    /// Whether convert() may be called.
+    bool isIdle() const;
+    /// Whose file is being converted, or null.
+    const ConversionObserver *observer() const { return m_task.observer; }
+
+    void convert(const ConversionRequest &request, ConversionObserver &observer);
+    /// Kills the process; the current file ends as aborted as soon as the process is gone.
+    void abort();
+    /// Kills the process without waiting for its end, for a quick shutdown of many.
+    void kill();
+
+    /// The task that this worker took to its grave unread: a process that dies between two files
+    /// is no fault of the next file. To be asked for when ended() arrives.
+    std::optional<Task> takeUnreadTask();
+
+signals:
+    /// The worker is done with its current file; the observer is told next.
+    void conversionEnded();
+    /// The process is gone for good.
+    void ended();
+
+private:
+    enum class State { Starting, Ready, Closing, Killed, Dead };
+
+    void onOutput();
+    void onErrorOutput();
+    void onOutputClosed();
+    void onProcessError(QProcess::ProcessError error);
+    void onProcessFinished(int exitCode, QProcess::ExitStatus status);
+    void onDeadline();
+
+    void readLine(const QByteArray &line);
+    bool readEvent(const QString &event, const QJsonObject &object);
+    bool readReady(const QJsonObject &object);
+    bool readFinished(const QJsonObject &object);
+    void sendTask();
+    void fail(const QString &message);
+    void close();
+    void endConversion(tnCADFileTypes::JobState state, double seconds, const QString &message);
+    QString whileReading() const;
+
+    const QString m_program;
+    const WorkerLimits m_limits;
+    const std::unique_ptr<QProcess> m_process;
+    QTimer m_deadline; ///< for the answer that is due next, or for the end of idleness
+    State m_state = State::Starting;
+    Task m_task;
+    qint64 m_taskId = 0;
+    bool m_taskRead = false; ///< the worker has confirmed the current task
+    bool m_aborted = false;
+    bool m_outputClosed = false;
+    QStringList m_formats;
+    QString m_fault; ///< why the process was killed, a sentence for the user
+    QByteArray m_buffer;
+    QByteArray m_errorTail;
+};

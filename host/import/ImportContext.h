@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/import/FragmentLoader.h"
+#include "host/import/ImportSettings.h"
+#include "host/import/OutputNames.h"
+#include "host/import/WorkerPool.h"
+#include "host/scene/Scene.h"
+#include "platform/tnFileIOService.h"
+
+/// What all jobs share. Outlives them.
+struct ImportContext {
+    tnFileIOService &service; ///< whose signals tell of the jobs
+    WorkerPool &pool;
+    FragmentLoader &loader;
+    OutputNames &names;
+    Scene &scene;
+};
+
+/// What a job was asked to do, with the settings as they were at that time.
+struct ImportRequest {
+    quint64 id = 0;
+    QStringList files;
+    tndNode target; ///< null: the root
+    tndNode replaced; ///< not null: the files take this node's place
+    QString outputDirectory; ///< empty: a temporary one
+    bool load = false;
+    bool removeConverted = false;
+    bool direct = false;
+    ImportSettings settings;
+    tndSceneImportSettings sceneSettings;
+};

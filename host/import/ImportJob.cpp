@@ -1,0 +1,120 @@
+#include "host/import/ImportJob.h"
+
+#include "platform/tnLog.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
+    : m_context(context)
+    , m_request(std::move(request))
+{
+    m_clock.start();
+    m_files.reserve(std::size_t(m_request.files.size()));
+    for (const QString &path : qAsConst(m_request.files))
+        m_files.push_back(std::make_unique<FileImport>(*this, path));
+    QMetaObject::invokeMethod(this, &ImportJob::begin, Qt::QueuedConnection);
+}
+
+ImportJob::~ImportJob()
+{
+    m_files.clear();
+    cleanUp();
+}
+
+void ImportJob::cleanUp()
+{
+    m_temporary.reset();
+    for (const QString &path : qAsConst(m_outputs))
+        m_context.names.release(path);
+    m_outputs.clear();
+}
+
+void ImportJob::begin()
+{
+    emit service().startingImport(id(), unsigned(m_files.size()));
+    if (!m_files.empty() && !m_aborted)
+        prepareOutput();
+    m_begun = true;
+    emit workAdded();
+    checkEnd();
+}
+
+void ImportJob::prepareOutput()
+{
+    const QString &wanted = m_request.outputDirectory;
+    m_directory = QDir(wanted.isEmpty() ? QDir::tempPath() : wanted).absolutePath();
+    if (!QDir().mkpath(m_directory)) {
+        m_problem = QStringLiteral("The output directory %1 cannot be created.").arg(m_directory);
+        return;
+    }
+    bool isWritable = QFileInfo(m_directory).isWritable();
+    if (m_request.removeConverted || wanted.isEmpty()) {
+        // A directory of the job's own: nothing collides there, and all of it may go.
+        m_temporary =
+            std::make_unique<QTemporaryDir>(m_directory + QStringLiteral("/.import-XXXXXX"));
+        isWritable = m_temporary->isValid();
+        m_directory = m_temporary->path();
+    }
+    if (!isWritable)
+        m_problem = QStringLiteral("The output directory %1 cannot be written to.")
+                        .arg(QDir::toNativeSeparators(wanted));
+}
+
+bool ImportJob::hasWaitingFile() const
+{
+    return m_begun && !m_aborted && m_started < m_files.size();
+}
+
+void ImportJob::startNext()
+{
+    if (hasWaitingFile())
+        m_files[m_started++]->start();
+}
+
+void ImportJob::abort()
+{
+    if (m_aborted)
+        return;
+    m_aborted = true;
+    const auto abortFiles = [this] {
+        for (std::size_t i = 0; i < m_started; ++i)
+            m_files[i]->abort();
+        checkEnd();
+    };
+    QMetaObject::invokeMethod(this, abortFiles, Qt::QueuedConnection);
+}
+
+QString ImportJob::claimOutput(const QString &baseName, const QString &source)
+{
+    m_outputs << m_context.names.claim(m_directory, baseName, source);
+    return m_outputs.constLast();
+}
+
+tndNode ImportJob::target()
+{
+    if (!m_request.target.isNull() && !m_context.scene.contains(m_request.target)) {
+        tnLog::warning("The node %u to import into is gone; the files go to the scene's root.",
+                       m_request.target.id());
+        m_request.target = tndNode();
+    }
+    return m_request.target;
+}
+
+void ImportJob::onFileFinished()
+{
+    // Told first and counted afterwards: who runs events below the signal must not see the job end
+    // there, with the file's own calls still on the stack.
+    ++m_reported;
+    emit service().importProgressChanged(id(), unsigned(m_reported * 100 / m_files.size()));
+    ++m_ended;
+    QMetaObject::invokeMethod(this, &ImportJob::checkEnd, Qt::QueuedConnection);
+}
+
+void ImportJob::checkEnd()
+{
+    if (!m_begun || m_hasEnded || m_ended < m_started || hasWaitingFile())
+        return;
+    m_hasEnded = true;
+    emit ended();
+}

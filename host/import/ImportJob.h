@@ -1,0 +1,73 @@
+#pragma once
+
+#include "host/import/FileImport.h"
+#include "host/import/ImportContext.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QObject>
+#include <QtCore/QTemporaryDir>
+
+#include <memory>
+#include <vector>
+
+/// One job of the file service: its files, and what they have in common.
+class ImportJob : public QObject {
+    Q_OBJECT
+
+public:
+    /// The job sets out from the event loop. A name that stands twice in the list is two files.
+    ImportJob(const ImportContext &context, ImportRequest request);
+    /// No conversion or load of the job may be running.
+    ~ImportJob() override;
+    /// Gives back the output names and removes the temporary files, once nothing needs them.
+    void cleanUp();
+
+    quint64 id() const { return m_request.id; }
+    const ImportRequest &request() const { return m_request; }
+    const ImportContext &context() const { return m_context; }
+    tnFileIOService &service() const { return m_context.service; }
+    /// Seconds since the job was accepted.
+    double seconds() const { return double(m_clock.elapsed()) / 1000.0; }
+
+    /// Whether startNext() has something to do.
+    bool hasWaitingFile() const;
+    void startNext();
+    /// Takes back the files that wait, at once, and ends those that run, from the event loop.
+    void abort();
+    bool isAborted() const { return m_aborted; }
+
+    // For the job's files.
+    /// Why no file can be converted, a sentence for the user; empty when nothing is wrong.
+    const QString &problem() const { return m_problem; }
+    QString claimOutput(const QString &baseName, const QString &source);
+    bool isOutputTemporary() const { return m_temporary != nullptr; }
+    /// Where the files go in the scene; null for the root.
+    tndNode target();
+    void onFileFinished();
+
+signals:
+    /// A file waits for startNext().
+    void workAdded();
+    /// All files have come to their ends, and startingImport has been sent. From the event loop.
+    void ended();
+
+private:
+    void begin();
+    void prepareOutput();
+    void checkEnd();
+
+    const ImportContext m_context;
+    ImportRequest m_request;
+    QElapsedTimer m_clock;
+    std::unique_ptr<QTemporaryDir> m_temporary;
+    QString m_directory; ///< where the converted files are written
+    QString m_problem;
+    QStringList m_outputs; ///< names to be given back
+    std::vector<std::unique_ptr<FileImport>> m_files;
+    std::size_t m_started = 0; ///< the files before this one
+    std::size_t m_reported = 0; ///< files whose end shows in the progress
+    std::size_t m_ended = 0; ///< files of which nothing more is heard
+    bool m_begun = false;
+    bool m_aborted = false;
+    bool m_hasEnded = false;
+};

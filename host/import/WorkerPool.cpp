@@ -1,0 +1,65 @@
+#include "host/import/WorkerPool.h"
+
+#include <algorithm>
+
+WorkerPool::WorkerPool(const QString &program, const WorkerLimits &limits)
+    : m_program(program)
+    , m_limits(limits)
+{
+}
+
+WorkerPool::~WorkerPool()
+{
+    // All at once, so that their ends are waited for side by side.
+    for (const auto &worker : m_workers) {
+        worker->disconnect(this);
+        worker->kill();
+    }
+}
+
+int WorkerPool::running() const
+{
+    return int(std::count_if(m_workers.begin(), m_workers.end(),
+                             [](const auto &worker) { return worker->observer() != nullptr; }));
+}
+
+void WorkerPool::start(const ConversionRequest &request, ConversionObserver &observer)
+{
+    const auto idle = std::find_if(m_workers.begin(), m_workers.end(),
+                                   [](const auto &worker) { return worker->isIdle(); });
+    ConverterWorker &worker = idle == m_workers.end() ? addWorker() : **idle;
+    worker.convert(request, observer);
+}
+
+void WorkerPool::abort(const ConversionObserver &observer)
+{
+    for (const auto &worker : m_workers) {
+        if (worker->observer() == &observer)
+            worker->abort();
+    }
+}
+
+ConverterWorker &WorkerPool::addWorker()
+{
+    m_workers.push_back(std::make_unique<ConverterWorker>(m_program, m_limits, nullptr));
+    ConverterWorker *worker = m_workers.back().get();
+    connect(worker, &ConverterWorker::conversionEnded, this, &WorkerPool::conversionEnded);
+    connect(worker, &ConverterWorker::ended, this, [this, worker] { onWorkerEnded(worker); });
+    return *worker;
+}
+
+void WorkerPool::onWorkerEnded(ConverterWorker *worker)
+{
+    const auto found = std::find_if(m_workers.begin(), m_workers.end(),
+                                    [worker](const auto &other) { return other.get() == worker; });
+    if (found == m_workers.end())
+        return;
+    // The worker is the sender of this signal, so it must outlive the call.
+    found->release();
+    m_workers.erase(found);
+    worker->setParent(this);
+    worker->deleteLater();
+
+    if (const std::optional<ConverterWorker::Task> task = worker->takeUnreadTask())
+        addWorker().convert(task->request, *task->observer);
+}

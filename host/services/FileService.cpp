@@ -1,0 +1,223 @@
+#include "host/services/FileService.h"
+
+#include "host/import/FileTypeProbe.h"
+#include "host/import/ImportJob.h"
+#include "platform/tnLog.h"
+
+#include <QtConcurrent/QtConcurrentRun>
+#include <QtCore/QThread>
+
+#include <algorithm>
+
+using tnCADFileTypes::FileType;
+
+namespace {
+
+bool isImportable(FileType type)
+{
+    return type != FileType::Python && type != FileType::Undefined && type != FileType::Unsupported;
+}
+
+} // namespace
+
+FileService::FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits)
+    : m_pool(converterProgram, limits)
+    , m_context{*this, m_pool, m_loader, m_names, scene}
+{
+    m_probeThread.setMaxThreadCount(1);
+    connect(&m_pool, &WorkerPool::conversionEnded, this, &FileService::schedule);
+}
+
+FileService::~FileService()
+{
+    m_probeThread.clear();
+}
+
+void FileService::setMaxParallelProcesses(int count)
+{
+    m_maxParallelProcesses = count;
+    schedule();
+}
+
+int FileService::getMaxParallelProcesses()
+{
+    return m_maxParallelProcesses;
+}
+
+void FileService::setImportSettings(FileType type, const tndXlatSettings &settings)
+{
+    m_settings.set(type, settings);
+}
+
+tndXlatSettings FileService::getImportSettings(FileType type)
+{
+    return m_settings.get(type);
+}
+
+tndXlatSettings FileService::getDefaultImportSettings(FileType type)
+{
+    return ImportSettings::defaults(type);
+}
+
+void FileService::setSceneImportSettings(const tndSceneImportSettings &settings)
+{
+    m_sceneSettings = settings;
+}
+
+tndSceneImportSettings FileService::getSceneImportSettings()
+{
+    return m_sceneSettings;
+}
+
+void FileService::setProjectMergeSettings(const tndProjectMergeSettings &settings)
+{
+    m_mergeSettings = settings;
+}
+
+tndProjectMergeSettings FileService::getProjectMergeSettings()
+{
+    return m_mergeSettings;
+}
+
+bool FileService::isFileTypeEnabled(FileType type)
+{
+    return type >= FileType::Cinema4D && type <= FileType::BCAD && isImportable(type);
+}
+
+bool FileService::isHandledByImportDialog(const QString &path)
+{
+    return isFileSupported(path);
+}
+
+quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
+                               const QString &outputDirectory, bool load, bool removeConverted,
+                               bool direct)
+{
+    m_lastDirectory = outputDirectory;
+    ImportRequest request;
+    request.files = files;
+    request.target = target;
+    request.outputDirectory = outputDirectory;
+    request.load = load;
+    request.removeConverted = removeConverted;
+    request.direct = direct;
+    return addJob(std::move(request));
+}
+
+quint64 FileService::reimportFile(const tndNode &node, bool removeConverted)
+{
+    ImportRequest request;
+    request.replaced = node;
+    request.outputDirectory = m_lastDirectory;
+    request.load = true;
+    request.removeConverted = removeConverted;
+    const QString source = m_context.scene.sourceFile(node);
+    if (source.isEmpty())
+        tnLog::warning("The node %u comes from no file, so it is not imported again.", node.id());
+    else
+        request.files << source;
+    return addJob(std::move(request));
+}
+
+void FileService::requestFileType(const QString &path)
+{
+    auto *watcher = new QFutureWatcher<FileType>(this);
+    connect(watcher, &QFutureWatcher<FileType>::finished, this, [this, watcher, path] {
+        watcher->deleteLater();
+        emit fileTypeReceived(path, watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(&m_probeThread, &FileTypeProbe::byContent, path));
+}
+
+void FileService::abortImport(quint64 job)
+{
+    for (const auto &each : m_jobs) {
+        if (each->id() == job)
+            each->abort();
+    }
+}
+
+bool FileService::isFileSupported(const QString &path)
+{
+    return isImportable(FileTypeProbe::byName(path));
+}
+
+bool FileService::isDirectLoadCandidate(const QString &path)
+{
+    return FileImport::isConvertible(FileTypeProbe::byName(path));
+}
+
+QString FileService::fileSuffix(const QString &path)
+{
+    return FileTypeProbe::suffix(path);
+}
+
+FileType FileService::fileType(const QString &path)
+{
+    return FileTypeProbe::byName(path);
+}
+
+quint64 FileService::addJob(ImportRequest request)
+{
+    request.id = ++m_lastId;
+    request.settings = m_settings;
+    request.sceneSettings = m_sceneSettings;
+    m_jobs.push_back(std::make_unique<ImportJob>(m_context, std::move(request)));
+    ImportJob *job = m_jobs.back().get();
+    connect(job, &ImportJob::workAdded, this, &FileService::schedule);
+    connect(job, &ImportJob::ended, this, [this, job] { onJobEnded(job); });
+    return m_lastId;
+}
+
+void FileService::schedule()
+{
+    if (m_isScheduled)
+        return;
+    m_isScheduled = true;
+    QMetaObject::invokeMethod(this, &FileService::onSchedule, Qt::QueuedConnection);
+}
+
+void FileService::onSchedule()
+{
+    m_isScheduled = false;
+    const int limit =
+        m_maxParallelProcesses > 0 ? m_maxParallelProcesses : QThread::idealThreadCount();
+    ImportJob *job = nextJob();
+    if (!job || m_pool.running() >= std::max(1, limit))
+        return;
+    // One at a time: who hears of the start may do anything, to the jobs and to the limit.
+    m_lastServed = job->id();
+    schedule();
+    job->startNext();
+}
+
+ImportJob *FileService::nextJob() const
+{
+    ImportJob *first = nullptr;
+    for (const auto &job : m_jobs) {
+        if (!job->hasWaitingFile())
+            continue;
+        if (job->id() > m_lastServed)
+            return job.get();
+        if (!first)
+            first = job.get();
+    }
+    return first;
+}
+
+void FileService::onJobEnded(ImportJob *job)
+{
+    const auto found = std::find_if(m_jobs.begin(), m_jobs.end(),
+                                    [job](const auto &each) { return each.get() == job; });
+    if (found == m_jobs.end())
+        return;
+    const quint64 id = job->id();
+    const double seconds = job->seconds();
+    // The job is the sender of this signal, so it must outlive the call.
+    found->release();
+    m_jobs.erase(found);
+    job->setParent(this);
+    job->deleteLater();
+    job->cleanUp();
+    emit importFinished(id, seconds);
+}

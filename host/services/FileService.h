@@ -1,0 +1,85 @@
+#pragma once
+
+#include "host/import/FragmentLoader.h"
+#include "host/import/ImportContext.h"
+#include "host/import/ImportSettings.h"
+#include "host/import/OutputNames.h"
+#include "host/import/WorkerPool.h"
+#include "platform/tnFileIOService.h"
+
+#include <QtCore/QThreadPool>
+
+#include <memory>
+#include <vector>
+
+class ImportJob;
+
+/// The host's file service: queues the files of all jobs, has them converted in processes of their
+/// own and loads what comes out. Jobs that run at the same time take turns, file by file. A path
+/// that stands twice in a job is two files, each with its own output and its own signals.
+class FileService : public tnFileIOService {
+    Q_OBJECT
+
+public:
+    /// The scene must outlive the service. The program is started with the first conversion; one
+    /// that cannot be started fails each file.
+    FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits = {});
+    /// Kills the converters and removes temporary files; jobs end without a signal.
+    ~FileService() override;
+
+    void setMaxParallelProcesses(int count) override;
+    int getMaxParallelProcesses() override;
+
+    void setImportSettings(tnCADFileTypes::FileType type, const tndXlatSettings &settings) override;
+    tndXlatSettings getImportSettings(tnCADFileTypes::FileType type) override;
+    tndXlatSettings getDefaultImportSettings(tnCADFileTypes::FileType type) override;
+    void setSceneImportSettings(const tndSceneImportSettings &settings) override;
+    tndSceneImportSettings getSceneImportSettings() override;
+    void setProjectMergeSettings(const tndProjectMergeSettings &settings) override;
+    tndProjectMergeSettings getProjectMergeSettings() override;
+
+    bool isFileTypeEnabled(tnCADFileTypes::FileType type) override;
+    bool isHandledByImportDialog(const QString &path) override;
+
+    /// The failures of a direct job go to the log as well, as no one else shows them.
+    quint64 loadFiles(const QStringList &files, const tndNode &target,
+                      const QString &outputDirectory, bool load, bool removeConverted,
+                      bool direct) override;
+    /// Writes where the last job of loadFiles() wrote. A node without a source file is a job
+    /// without files.
+    quint64 reimportFile(const tndNode &node, bool removeConverted) override;
+
+    void requestFileType(const QString &path) override;
+    void abortImport(quint64 job) override;
+
+    bool isFileSupported(const QString &path) override;
+    bool isDirectLoadCandidate(const QString &path) override;
+    QString fileSuffix(const QString &path) override;
+    tnCADFileTypes::FileType fileType(const QString &path) override;
+
+private:
+    quint64 addJob(ImportRequest request);
+    void schedule();
+    void onSchedule();
+    void onJobEnded(ImportJob *job);
+    ImportJob *nextJob() const;
+
+    // The order matters at the end: pool and loader fall silent first, then the jobs clean up
+    // behind processes that write no more, and they do need the names for that.
+    OutputNames m_names;
+    std::vector<std::unique_ptr<ImportJob>> m_jobs; ///< in the order of their ids
+    WorkerPool m_pool;
+    FragmentLoader m_loader;
+    const ImportContext m_context;
+    QThreadPool m_probeThread;
+
+    int m_maxParallelProcesses = -1;
+    ImportSettings m_settings;
+    tndSceneImportSettings m_sceneSettings;
+    tndProjectMergeSettings m_mergeSettings;
+
+    quint64 m_lastId = 0;
+    quint64 m_lastServed = 0; ///< the job whose file was started last
+    QString m_lastDirectory;
+    bool m_isScheduled = false;
+};
