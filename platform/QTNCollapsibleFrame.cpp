@@ -124,6 +124,10 @@ void QTNCollapsibleFrame::setCollapsed(bool collapsed)
     m_captionBar->setCollapsed(collapsed);
     m_content->setVisible(!collapsed);
     updateGeometry();
+    // Out of sight, layouts pass nothing on: whoever asks for a size hint before the window is
+    // shown would get the old one.
+    for (QWidget *w = parentWidget(); w && !isVisible(); w = w->parentWidget())
+        w->updateGeometry();
     emit collapsedChanged(collapsed);
 }
 
