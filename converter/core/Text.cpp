@@ -107,6 +107,11 @@ std::string fileName(const std::string &path)
     return validUtf8(std::filesystem::path(path).filename().string());
 }
 
+std::string fileStem(const std::string &path)
+{
+    return validUtf8(std::filesystem::path(path).stem().string());
+}
+
 std::string absolutePath(const std::string &path)
 {
     return std::filesystem::absolute(path).lexically_normal().string();

@@ -20,6 +20,9 @@ std::optional<double> parseNumber(std::string_view text);
 /// The file name at the end of @p path, as shown to people.
 std::string fileName(const std::string &path);
 
+/// The file name without its suffix, as a name for what the file contains.
+std::string fileStem(const std::string &path);
+
 /// The absolute, normalised form of @p path.
 std::string absolutePath(const std::string &path);
 

@@ -98,8 +98,9 @@ public:
     void warnOfDropped()
     {
         if (m_dropped > 0)
-            m_report.warning(std::to_string(m_dropped)
-                             + " faces without area or with indices out of range are left out.");
+            m_report.warning(
+                std::to_string(m_dropped)
+                + " faces with indices out of range or impossible coordinates are left out.");
     }
 
 private:

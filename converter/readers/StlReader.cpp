@@ -194,13 +194,13 @@ Scene StlReader::read(const std::string &path, const Settings &settings, Report 
         mesh->primitives.push_back(builder.build());
         dropped += builder.droppedFacets();
         Node node;
-        node.name = solid.name;
+        node.name = solid.name.empty() ? fileStem(path) : solid.name;
         node.mesh = mesh;
         scene.roots.push_back(std::move(node));
     }
     if (dropped > 0)
         report.warning(std::to_string(dropped)
-                       + " triangles without area or with impossible coordinates are left out.");
+                       + " triangles with impossible coordinates are left out.");
     return scene;
 }
 

@@ -87,10 +87,9 @@ std::vector<Vec3> FacetMeshBuilder::facetNormals()
         }
         const Vec3 &a = points[c[0].point];
         const Vec3 normal = (points[c[1].point] - a).cross(points[c[2].point] - a);
-        if (normal.normalized().dot(normal) <= 0) {
-            ++m_dropped;
+        // Nothing is lost with a facet without area, so it is not counted.
+        if (normal.normalized().dot(normal) <= 0)
             continue;
-        }
         kept.push_back(facet);
         normals.push_back(normal);
     }

@@ -25,8 +25,8 @@ public:
     std::vector<Facet> facets;
     double creaseAngle = 0.5; ///< radians; invented normals are smooth across flatter edges
 
-    /// Facets of no area, with coordinates that are no numbers, or with indices out of range are
-    /// left out and counted in droppedFacets().
+    /// Facets without area are left out; so are those with coordinates that are no numbers or with
+    /// indices out of range, which droppedFacets() counts.
     Primitive build();
 
     std::size_t droppedFacets() const { return m_dropped; }

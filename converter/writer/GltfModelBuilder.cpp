@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 
 namespace tnconvert {
@@ -153,7 +152,7 @@ tinygltf::Model GltfModelBuilder::build(const Scene &scene, const std::string &s
 
     m_model.nodes.emplace_back();
     tinygltf::Node topNode;
-    topNode.name = validUtf8(std::filesystem::path(source).stem().string());
+    topNode.name = fileStem(source);
     const bool isZUp = scene.up == UpAxis::Z;
     tinygltf::Value::Object topExtras = extrasOf(scene.metadata);
     topExtras["sourceAxes"] = tinygltf::Value(std::string(isZUp ? "Z-up" : "Y-up"));

@@ -252,6 +252,8 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
     if (!isNew)
         return known->second;
 
+    if (!style.visible && !m_settings.importInvisibleSurfaces && !m_settings.importInvisibleCurves)
+        return {};
     m_report.progress(m_from + (m_to - m_from) * double(m_known.size()) / (m_partCount + 1),
                       "Tessellating");
     const TopoDS_Shape shape = XCAFDoc_ShapeTool::GetShape(part);

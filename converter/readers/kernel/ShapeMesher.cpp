@@ -117,8 +117,8 @@ TopoDS_Shape ShapeMesher::repaired(const TopoDS_Shape &shape,
         const TopoDS_Shape sewn = sewing.SewedShape();
         if (!sewn.IsNull()) {
             for (TopExp_Explorer faces(shape, TopAbs_FACE); faces.More(); faces.Next()) {
-                if (sewing.IsModified(faces.Current()))
-                    noteOrigin(sewing.Modified(faces.Current()), faces.Current());
+                if (sewing.IsModifiedSubShape(faces.Current()))
+                    noteOrigin(sewing.ModifiedSubShape(faces.Current()), faces.Current());
             }
             // Sewing drops what is no face.
             BRep_Builder builder;

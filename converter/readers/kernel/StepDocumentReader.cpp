@@ -29,7 +29,7 @@ StepDocumentReader::StepDocumentReader(Report &report, bool readsParts)
     SetMatMode(Standard_True);
     SetGDTMode(Standard_False);
     SetViewMode(Standard_False);
-    SetSHUOMode(Standard_True);
+    SetSHUOMode(Standard_False);
 }
 
 void StepDocumentReader::load(const std::string &path, Handle(TDocStd_Document) & document)

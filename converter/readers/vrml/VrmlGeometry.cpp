@@ -60,7 +60,7 @@ Primitive VrmlGeometry::primitive(const VrmlNode &geometry)
     (this->*kind->second)(geometry, builder);
     Primitive result = builder.build();
     if (builder.droppedFacets() > 0)
-        m_warn("Triangles without area or with impossible coordinates are left out.");
+        m_warn("Triangles with impossible coordinates are left out.");
     return result;
 }
 

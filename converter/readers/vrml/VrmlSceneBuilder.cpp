@@ -287,7 +287,7 @@ void VrmlSceneBuilder::addInline(const VrmlNode &vrml, Node &parent)
     if (m_inlined.find(path) == m_inlined.end())
         readInlined(path);
     Node node;
-    node.name = vrml.name.empty() ? std::filesystem::path(path).stem().string() : vrml.name;
+    node.name = vrml.name.empty() ? fileStem(path) : vrml.name;
     node.visible = !m_isHidden;
     countNodes(nodeCount(m_inlined[path]));
     node.children = m_inlined[path];
