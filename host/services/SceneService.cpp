@@ -1,0 +1,13 @@
+#include "host/services/SceneService.h"
+
+#include "host/scene/Scene.h"
+
+std::vector<tndNode> SceneService::selectedNodes(bool topmostOnly)
+{
+    return m_scene.selectedNodes(topmostOnly);
+}
+
+tndNode SceneService::rootNode()
+{
+    return m_scene.root();
+}
