@@ -59,7 +59,6 @@ private slots:
     void cleanup();
     void menuShowsAndHides();
     void lastColumnStays();
-    void menuByKey();
     void noModelNoMenu();
     void sortsByClick();
 
@@ -123,9 +122,11 @@ void tst_HeaderView::menuShowsAndHides()
     QPointer<QMenu> old = menu;
     menu->close();
     QTRY_VERIFY(!old);
-    menu = openMenu(m_header);
+    QVERIFY(m_header->focusPolicy() & Qt::TabFocus);
+    menu = openMenu(m_header, QContextMenuEvent::Keyboard);
     QVERIFY(menu);
     QCOMPARE(checked(menu), (QList<bool>{false, true, true}));
+    QCOMPARE(menu->pos(), m_header->mapToGlobal(m_header->rect().bottomLeft()));
 }
 
 void tst_HeaderView::lastColumnStays()
@@ -146,14 +147,6 @@ void tst_HeaderView::lastColumnStays()
     QVERIFY(next);
     QVERIFY(next->actions().at(0)->isEnabled());
     QVERIFY(!next->actions().at(2)->isEnabled());
-}
-
-void tst_HeaderView::menuByKey()
-{
-    QVERIFY(m_header->focusPolicy() & Qt::TabFocus);
-    const QMenu *const menu = openMenu(m_header, QContextMenuEvent::Keyboard);
-    QVERIFY(menu);
-    QCOMPARE(menu->pos(), m_header->mapToGlobal(m_header->rect().bottomLeft()));
 }
 
 void tst_HeaderView::noModelNoMenu()

@@ -72,7 +72,6 @@ private slots:
     void broadcastStopsAtFirstAnswer();
     void checkWrite_data();
     void checkWrite();
-    void createPath();
     void readFilter();
     void settingsRecords();
 };
@@ -167,19 +166,6 @@ void tst_Platform::checkWrite()
     QVERIFY(writable || errors.first().contains(full));
     QVERIFY(!QFileInfo::exists(root.path() + QStringLiteral("/dir/new.txt"))); // only asked
     tnLog::setSink(nullptr);
-}
-
-void tst_Platform::createPath()
-{
-    const QTemporaryDir root;
-    const QString nested = root.path() + QStringLiteral("/a/b");
-    QVERIFY(tnFile::createPath(nested.toStdString()));
-    QVERIFY(QFileInfo(nested).isDir());
-    QVERIFY(tnFile::createPath(nested.toStdString()));
-    QVERIFY(!tnFile::createPath(std::string()));
-    QFile file(nested + QStringLiteral("/file"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(!tnFile::createPath(file.fileName().toStdString() + "/c"));
 }
 
 void tst_Platform::readFilter()
