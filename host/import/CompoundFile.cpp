@@ -6,14 +6,13 @@
 
 namespace {
 
-// Offsets within the header of 512 bytes, and the marks that end a chain of sectors.
+// Offsets within the header of 512 bytes.
 constexpr int headerSize = 512;
 constexpr int sectorShiftOffset = 30;
 constexpr int firstDirectorySectorOffset = 48;
 constexpr int firstDifatSectorOffset = 68;
 constexpr int headerDifatOffset = 76;
 constexpr quint32 headerDifatCount = 109;
-constexpr quint32 lastRegularSector = 0xFFFFFFFA;
 
 // One entry of the directory.
 constexpr int entrySize = 128;
@@ -43,11 +42,13 @@ public:
     {
     }
 
-    /// A whole sector, or nothing where the file is too short.
+    /// A whole sector, or nothing where the file is too short; the marks that end a chain of
+    /// sectors are numbers beyond any file.
     QByteArray read(quint32 sector)
     {
         // The header takes the place of a first sector, so sector 0 is the second one.
-        if (sector > lastRegularSector || !m_device.seek((qint64(sector) + 1) * m_size))
+        const qint64 offset = (qint64(sector) + 1) * m_size;
+        if (offset + m_size > m_device.size() || !m_device.seek(offset))
             return QByteArray();
         const QByteArray bytes = m_device.read(m_size);
         return bytes.size() == m_size ? bytes : QByteArray();

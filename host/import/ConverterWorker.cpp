@@ -51,15 +51,15 @@ ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &lim
     : QObject(parent)
     , m_program(program)
     , m_limits(limits)
-    , m_process(std::make_unique<QProcess>())
+    , m_process(std::make_unique<PipedProcess>())
 {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &ConverterWorker::onDeadline);
 
-    QProcess *process = m_process.get();
-    connect(process, &QProcess::readyReadStandardOutput, this, &ConverterWorker::onOutput);
+    PipedProcess *process = m_process.get();
+    connect(process, &PipedProcess::pipeReady, this, &ConverterWorker::onOutput);
     connect(process, &QProcess::readyReadStandardError, this, &ConverterWorker::onErrorOutput);
-    connect(process, &QProcess::readChannelFinished, this, &ConverterWorker::onOutputClosed);
+    connect(process, &PipedProcess::pipeClosed, this, &ConverterWorker::onOutputClosed);
     connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             &ConverterWorker::onProcessFinished);
     // Queued: a failing start is reported from within start(), and nobody listens that early.
@@ -67,7 +67,7 @@ ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &lim
             Qt::QueuedConnection);
 
     m_deadline.start(m_limits.startTime);
-    process->start(m_program, {QStringLiteral("--worker")});
+    process->startPiped(m_program, {QStringLiteral("--worker")});
 }
 
 ConverterWorker::~ConverterWorker()
@@ -116,7 +116,7 @@ std::optional<ConverterWorker::Task> ConverterWorker::takeUnreadTask()
 
 void ConverterWorker::onOutput()
 {
-    m_buffer += m_process->readAllStandardOutput();
+    m_buffer += m_process->readPipe();
     // Observers may run events of their own below this call, which come back here; so each line
     // leaves the buffer before it is looked at, and this object may be gone afterwards.
     const QPointer<ConverterWorker> self(this);
@@ -141,9 +141,7 @@ void ConverterWorker::onErrorOutput()
 
 void ConverterWorker::onOutputClosed()
 {
-    const QPointer<ConverterWorker> self(this);
-    onOutput();
-    if (!self || m_state == State::Killed || m_state == State::Dead)
+    if (m_state == State::Killed || m_state == State::Dead)
         return;
     // A process on its way out closes its output too, and how it ends says more about the reason.
     m_outputClosed = true;

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "host/import/Conversion.h"
+#include "host/import/PipedProcess.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
-#include <QtCore/QProcess>
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
@@ -78,7 +78,7 @@ private:
 
     const QString m_program;
     const WorkerLimits m_limits;
-    const std::unique_ptr<QProcess> m_process;
+    const std::unique_ptr<PipedProcess> m_process;
     QTimer m_deadline; ///< for the answer that is due next, or for the end of idleness
     State m_state = State::Starting;
     Task m_task;

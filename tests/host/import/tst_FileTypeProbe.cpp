@@ -1,0 +1,197 @@
+#include "host/import/CompoundFile.h"
+#include "host/import/FileTypeProbe.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+using tnCADFileTypes::FileType;
+
+namespace {
+
+constexpr quint32 freeSector = 0xFFFFFFFF;
+constexpr quint32 endOfChain = 0xFFFFFFFE;
+
+template <typename Integer>
+void put(QByteArray &bytes, int offset, Integer value)
+{
+    qToLittleEndian(value, bytes.data() + offset);
+}
+
+/// A compound file of 512-byte sectors: the directory lies in the given chain, four entries to the
+/// sector, the allocation table in sector 0.
+QByteArray compoundFile(const QStringList &names, const QVector<quint32> &chain)
+{
+    QByteArray bytes(512, '\0');
+    bytes.replace(0, 8, CompoundFile::signature());
+    put<quint16>(bytes, 26, 3);
+    put<quint16>(bytes, 28, 0xFFFE);
+    put<quint16>(bytes, 30, 9);
+    put<quint32>(bytes, 44, 1);
+    put<quint32>(bytes, 48, chain.first());
+    put<quint32>(bytes, 68, endOfChain);
+    for (int i = 0; i < 109; ++i)
+        put<quint32>(bytes, 76 + 4 * i, i == 0 ? 0 : freeSector);
+
+    const quint32 last = *std::max_element(chain.begin(), chain.end());
+    bytes.append(int(last + 1) * 512, '\0');
+    for (int i = 0; i < 128; ++i)
+        put<quint32>(bytes, 512 + 4 * i, freeSector);
+    for (int i = 0; i < chain.size(); ++i)
+        put<quint32>(bytes, 512 + 4 * int(chain[i]), chain.value(i + 1, endOfChain));
+    for (int i = 0; i < names.size(); ++i) {
+        const int at = 512 * (int(chain.value(i / 4)) + 1) + 128 * (i % 4);
+        for (int c = 0; c < names[i].size(); ++c)
+            put<quint16>(bytes, at + 2 * c, names[i][c].unicode());
+        put<quint16>(bytes, at + 64, quint16(2 * names[i].size() + 2));
+        bytes[at + 66] = char(i == 0 ? 5 : 1 + i % 2);
+    }
+    return bytes;
+}
+
+} // namespace
+
+class tst_FileTypeProbe : public QObject {
+    Q_OBJECT
+
+private slots:
+    void tellsByName_data();
+    void tellsByName();
+    void tellsSharedSuffixesByContent_data();
+    void tellsSharedSuffixesByContent();
+    void readsTheDirectoryOfACompoundFile();
+    void survivesDamagedCompoundFiles_data();
+    void survivesDamagedCompoundFiles();
+};
+
+void tst_FileTypeProbe::tellsByName_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("suffix");
+    QTest::addColumn<QString>("base");
+    QTest::addColumn<FileType>("type");
+    const auto row = [](const char *path, const char *suffix, const char *base, FileType type) {
+        QTest::newRow(path) << path << suffix << base << type;
+    };
+    row("/a.b/c.STEP", "STEP", "c", FileType::Step);
+    row("two.dots.igs", "igs", "two.dots", FileType::Iges);
+    row("a.CATProduct", "CATProduct", "a", FileType::CatiaV5);
+    row("a.x_t", "x_t", "a", FileType::Parasolid);
+    row("a.prt", "prt", "a", FileType::NX);
+    row("a.ASM", "ASM", "a", FileType::SolidEdge);
+    row("a.PRT.7", "PRT", "a", FileType::ProEngineer);
+    row("a.b.asm.12", "asm", "a.b", FileType::ProEngineer);
+    row("a.neu.3", "neu", "a", FileType::ProEngineer);
+    row("a.step.7", "7", "a.step", FileType::Unsupported);
+    row("a.prt.7b", "7b", "a.prt", FileType::Unsupported);
+    row("a.prt.", "", "a.prt", FileType::Unsupported);
+    row("prt.7", "7", "prt", FileType::Unsupported);
+    row("/x.step/noSuffix", "", "noSuffix", FileType::Unsupported);
+    row(".step", "step", ".step", FileType::Step);
+    row("", "", "", FileType::Unsupported);
+}
+
+void tst_FileTypeProbe::tellsByName()
+{
+    QFETCH(QString, path);
+    QTEST(FileTypeProbe::suffix(path), "suffix");
+    QTEST(FileTypeProbe::baseName(path), "base");
+    QTEST(FileTypeProbe::byName(path), "type");
+}
+
+void tst_FileTypeProbe::tellsSharedSuffixesByContent_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<FileType>("type");
+    const QByteArray creo = "#UGC:2 PART 1174\n";
+    const QByteArray nx = compoundFile({"Root Entry", "images", "UG_PART"}, {1});
+    const QByteArray solidEdge =
+        compoundFile({"Root Entry", "Summary", "Versions", "Preview", "JSitesList", "x"}, {3, 1});
+    QTest::newRow("creo part") << "a.prt" << creo << FileType::ProEngineer;
+    QTest::newRow("creo assembly") << "a.asm" << creo << FileType::ProEngineer;
+    QTest::newRow("nx") << "a.prt" << nx << FileType::NX;
+    QTest::newRow("nx assembly in disguise") << "a.asm" << nx << FileType::NX;
+    QTest::newRow("solid edge") << "a.asm" << solidEdge << FileType::SolidEdge;
+    QTest::newRow("solid edge part") << "a.prt" << solidEdge << FileType::SolidEdge;
+    QTest::newRow("content before version") << "a.prt.4" << nx << FileType::NX;
+    QTest::newRow("content of another suffix") << "a.step" << creo << FileType::Step;
+    QTest::newRow("office document")
+        << "a.asm" << compoundFile({"Root Entry", "WordDocument"}, {1}) << FileType::SolidEdge;
+    QTest::newRow("text") << "a.prt" << QByteArray("Hello") << FileType::NX;
+    QTest::newRow("text with version") << "a.prt.1" << QByteArray("Hello") << FileType::ProEngineer;
+    QTest::newRow("empty") << "a.prt" << QByteArray("") << FileType::NX;
+    QTest::newRow("missing") << "a.asm" << QByteArray() << FileType::SolidEdge;
+}
+
+void tst_FileTypeProbe::tellsSharedSuffixesByContent()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QTemporaryDir directory;
+    QFile file(directory.filePath(name));
+    if (!content.isNull()) {
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), qint64(content.size()));
+        file.close();
+    }
+    QTEST(FileTypeProbe::byContent(file.fileName()), "type");
+    // A folder of that name says nothing either.
+    QVERIFY(!file.exists() || file.remove());
+    QVERIFY(QDir().mkpath(file.fileName()));
+    QCOMPARE(FileTypeProbe::byContent(file.fileName()), FileTypeProbe::byName(name));
+}
+
+void tst_FileTypeProbe::readsTheDirectoryOfACompoundFile()
+{
+    const QStringList names{"Root Entry", "a", "b", "c", "d", "e", "f", "g", "h"};
+    QByteArray bytes = compoundFile(names, {5, 2, 9});
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    QCOMPARE(CompoundFile::entryNames(buffer), names.mid(1));
+}
+
+void tst_FileTypeProbe::survivesDamagedCompoundFiles_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("atLeast");
+    QTest::addColumn<int>("atMost");
+    const QStringList names{"Root Entry", "a", "b", "c", "d"};
+    const QByteArray good = compoundFile(names, {1, 2});
+
+    QByteArray cyclic = good;
+    put<quint32>(cyclic, 512 + 4 * 2, 1);
+    QTest::newRow("chain in a circle") << cyclic << 4 << 8 * 1024;
+    QByteArray stray = good;
+    put<quint32>(stray, 512 + 4 * 1, 0x00FFFFFF);
+    QTest::newRow("chain leaves the file") << stray << 3 << 3;
+    QByteArray farTable = good;
+    put<quint32>(farTable, 48, 0x7FFFFFFF);
+    QTest::newRow("directory out of the table") << farTable << 0 << 0;
+    QByteArray farther = good;
+    put<quint32>(farther, 48, 1);
+    put<quint32>(farther, 76, 0x12345678);
+    QTest::newRow("table out of the file") << farther << 3 << 3;
+    QByteArray shift = good;
+    put<quint16>(shift, 30, 31);
+    QTest::newRow("sectors of 2 GB") << shift << 0 << 0;
+    QByteArray longName = good;
+    put<quint16>(longName, 512 * 2 + 128 + 64, 0xFFFF);
+    QTest::newRow("endless name") << longName << 4 << 4;
+    QTest::newRow("cut within the header") << good.left(300) << 0 << 0;
+    QTest::newRow("cut within the directory") << good.left(512 * 3 + 60) << 3 << 3;
+}
+
+void tst_FileTypeProbe::survivesDamagedCompoundFiles()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, atLeast);
+    QFETCH(int, atMost);
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    const int count = CompoundFile::entryNames(buffer).size();
+    QVERIFY2(count >= atLeast && count <= atMost, qPrintable(QString::number(count)));
+}
+
+QTEST_GUILESS_MAIN(tst_FileTypeProbe)
+#include "tst_FileTypeProbe.moc"
