@@ -1,0 +1,16 @@
+#include "modes/tnLoadMode.h"
+
+tnLoadMode::tnLoadMode(tnCADImportDialog *dialog)
+    : tnImportMode(dialog)
+{
+}
+
+bool tnLoadMode::removesConvertedFiles() const
+{
+    return true;
+}
+
+bool tnLoadMode::loadsIntoScene() const
+{
+    return true;
+}
