@@ -200,8 +200,7 @@ void HeadlessRunner::fail(const QString &reason)
 
 void HeadlessRunner::endCurrent()
 {
-    if (m_result == Result::Succeeded)
-        ++m_succeeded;
+    ++(m_result == Result::Succeeded ? m_succeeded : m_failed);
     // By the event loop, so that thousands of missing files do not pile up on the stack.
     QMetaObject::invokeMethod(this, &HeadlessRunner::startNext, Qt::QueuedConnection);
 }
@@ -212,13 +211,15 @@ void HeadlessRunner::finish()
         return;
     for (const QString &line : SceneReport::lines(m_scene, m_scene.root()))
         m_print(line);
-    const auto all = m_files.size();
-    m_print(QStringLiteral("%1 of %2 files loaded, %3 failed; %4 nodes, %5 triangles")
-                .arg(m_succeeded)
-                .arg(all)
-                .arg(all - m_succeeded)
-                .arg(m_scene.nodeCount())
-                .arg(m_scene.triangleCount(m_scene.root())));
+    const int all = m_files.size();
+    QString counts =
+        QStringLiteral("%1 of %2 files loaded, %3 failed").arg(m_succeeded).arg(all).arg(m_failed);
+    if (const int left = all - m_succeeded - m_failed; left > 0)
+        counts += QStringLiteral(", %1 not tried").arg(left);
+    m_print(counts
+            + QStringLiteral("; %1 nodes, %2 triangles")
+                  .arg(m_scene.nodeCount())
+                  .arg(m_scene.triangleCount(m_scene.root())));
     if (m_signal != 0)
         emit finished(128 + m_signal);
     else

@@ -55,6 +55,7 @@ private:
     Result m_result = Result::Open; ///< of the current file
     QString m_lastStep; ///< repeated progress is printed once
     int m_succeeded = 0;
+    int m_failed = 0;
     int m_signal = 0;
     bool m_isFinished = false;
 };

@@ -1,0 +1,102 @@
+#include "host/app/SceneModel.h"
+#include "host/app/SceneView.h"
+#include "host/scene/Scene.h"
+
+#include <QtTest/QAbstractItemModelTester>
+#include <QtTest/QtTest>
+
+namespace {
+
+std::shared_ptr<const SceneFragment> oneTriangle()
+{
+    auto mesh = std::make_shared<SceneMesh>();
+    mesh->triangles = 1;
+    auto fragment = std::make_shared<SceneFragment>();
+    fragment->meshes.push_back(mesh);
+    fragment->nodes.resize(2);
+    fragment->nodes[0].name = QStringLiteral("group");
+    fragment->nodes[0].children = {1};
+    fragment->nodes[1].mesh = 0;
+    fragment->roots = {0};
+    return fragment;
+}
+
+} // namespace
+
+class TestSceneView : public QObject {
+    Q_OBJECT
+
+private slots:
+    void modelFollowsTheScene();
+    void selectionIsTheScenes();
+
+private:
+    tndNode add(Scene &scene, const tndNode &parent = {})
+    {
+        return scene.addFragment(oneTriangle(), parent, QStringLiteral("/cad/a.stl"), {});
+    }
+};
+
+void TestSceneView::modelFollowsTheScene()
+{
+    Scene scene;
+    const tndNode first = add(scene);
+    SceneModel model(scene);
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::QtTest);
+    const QModelIndex triangles = model.index(0, SceneModel::Triangles, {});
+    QCOMPARE(model.indexOf(first).data().toString(), QStringLiteral("a.stl"));
+    QCOMPARE(model.index(0, SceneModel::SourceFile, {}).data(Qt::ToolTipRole).toString(),
+             QStringLiteral("/cad/a.stl"));
+    QCOMPARE(triangles.data().toString(), QStringLiteral("1"));
+
+    const QModelIndex group = model.index(0, 0, model.indexOf(first));
+    QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    const tndNode guest = add(scene, model.nodeAt(group));
+    QCOMPARE(triangles.data().toString(), QStringLiteral("2"));
+    QCOMPARE(changes.count(), 2); // the counts of the group and of the file
+    QCOMPARE(model.indexOf(guest).parent(), group);
+
+    add(scene);
+    const tndNode replaced =
+        scene.replaceNode(first, oneTriangle(), QStringLiteral("/cad/b.stl"), {});
+    QCOMPARE(model.rowCount({}), 2);
+    QCOMPARE(model.indexOf(replaced).row(), 0);
+    QCOMPARE(model.rowCount(model.indexOf(replaced)), 2); // its own group and the guest
+    QVERIFY(scene.removeNode(replaced));
+    QCOMPARE(model.rowCount({}), 1);
+    QVERIFY(!model.indexOf(guest).isValid());
+}
+
+void TestSceneView::selectionIsTheScenes()
+{
+    Scene scene;
+    const tndNode first = add(scene);
+    const tndNode second = add(scene);
+    SceneView view(scene);
+    const auto select = [&view](int row) {
+        view.selectionModel()->setCurrentIndex(view.model()->index(row, 0),
+                                               QItemSelectionModel::ClearAndSelect
+                                                   | QItemSelectionModel::Rows);
+    };
+
+    select(1);
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
+    scene.setSelection({first});
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{view.model()->index(0, 0)});
+
+    // The view must not choose a neighbour in the place of what has gone.
+    select(0);
+    const tndNode fresh = scene.replaceNode(first, oneTriangle(), QStringLiteral("/cad/b.stl"), {});
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{fresh});
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{view.model()->index(0, 0)});
+    scene.removeNode(fresh);
+    QVERIFY(scene.selectedNodes(true).empty());
+    QVERIFY(!view.selectionModel()->hasSelection());
+    select(0);
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
+}
+
+QTEST_MAIN(TestSceneView)
+
+#include "tst_SceneView.moc"
