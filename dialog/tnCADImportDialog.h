@@ -112,6 +112,7 @@ private:
 
     // Options by file type.
     void updateFixOrientation();
+    void showFixOrientation();
     void onSurfacesChanged(int index);
 
     // The run of a batch.
