@@ -7,7 +7,7 @@ namespace tnCADFileTypes {
 namespace {
 
 /// One row per type, in the order of the values; all groups that a type shows, also those that it
-/// shows only inside of another group.
+/// shows only inside of another group. KXT has a bit that no group answers to.
 constexpr std::array<std::pair<FileType, std::uint32_t>, 32> maskTable{{
     {Cinema4D, 0x100008}, {Cosmo, 0x100108},    {Webplan, 0x100008},    {KXT, 0xD0810C},
     {Lumen, 0x100008},    {Obj, 0x100008},      {OpenSG, 0x0D200C},     {PLMXML, 0x51000D},
