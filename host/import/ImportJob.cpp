@@ -1,9 +1,24 @@
 #include "host/import/ImportJob.h"
 
+#include "platform/tnFile.h"
 #include "platform/tnLog.h"
+#include "platform/tnMessage.h"
+#include "platform/tnPreferences.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+
+namespace {
+
+/// Where files go when the caller names no place: the user's preference, else the system's.
+QString temporaryDirectory()
+{
+    const boost::any &preference = tnPreferences::getData().get("FileIO tmp path");
+    const auto *path = boost::any_cast<QString>(&preference);
+    return path && !path->isEmpty() ? *path : tnFile::getTmpDir();
+}
+
+} // namespace
 
 ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
     : m_context(context)
@@ -42,14 +57,16 @@ void ImportJob::begin()
 
 void ImportJob::prepareOutput()
 {
-    const QString &wanted = m_request.outputDirectory;
-    m_directory = QDir(wanted.isEmpty() ? QDir::tempPath() : wanted).absolutePath();
+    const bool isNamed = !m_request.outputDirectory.isEmpty();
+    const QString parent =
+        QDir(isNamed ? m_request.outputDirectory : temporaryDirectory()).absolutePath();
+    m_directory = parent;
     if (!QDir().mkpath(m_directory)) {
         m_problem = QStringLiteral("The output directory %1 cannot be created.").arg(m_directory);
         return;
     }
     bool isWritable = QFileInfo(m_directory).isWritable();
-    if (m_request.removeConverted || wanted.isEmpty()) {
+    if (m_request.removeConverted || !isNamed) {
         // A directory of the job's own: nothing collides there, and all of it may go.
         m_temporary =
             std::make_unique<QTemporaryDir>(m_directory + QStringLiteral("/.import-XXXXXX"));
@@ -57,8 +74,7 @@ void ImportJob::prepareOutput()
         m_directory = m_temporary->path();
     }
     if (!isWritable)
-        m_problem = QStringLiteral("The output directory %1 cannot be written to.")
-                        .arg(QDir::toNativeSeparators(wanted));
+        m_problem = QStringLiteral("The output directory %1 cannot be written to.").arg(parent);
 }
 
 bool ImportJob::hasWaitingFile() const

@@ -1,4 +1,6 @@
 #include "host/import/ServiceFixture.h"
+#include "platform/tnMessage.h"
+#include "platform/tnPreferences.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
@@ -272,7 +274,7 @@ void tst_FileServiceJobs::leavesNothingBehindWhenAsked_data()
 {
     QTest::addColumn<bool>("hasDirectory");
     QTest::newRow("below the output directory") << true;
-    QTest::newRow("without an output directory") << false;
+    QTest::newRow("in the preferred place") << false;
 }
 
 void tst_FileServiceJobs::leavesNothingBehindWhenAsked()
@@ -281,7 +283,9 @@ void tst_FileServiceJobs::leavesNothingBehindWhenAsked()
     ServiceFixture fixture;
     const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
                             fixture.file("c.step", "junk\nfinish success")};
-    const QString parent = hasDirectory ? fixture.out() : QDir::tempPath();
+    const QString parent = hasDirectory ? fixture.out() : fixture.in() + "/tmp";
+    QDir().mkpath(parent);
+    tnPreferences::getData().set("FileIO tmp path", fixture.in() + "/tmp", true);
     write(fixture.out() + "/a.glb", "old");
     const auto names = [&] {
         return QDir(parent).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -294,6 +298,7 @@ void tst_FileServiceJobs::leavesNothingBehindWhenAsked()
     QCOMPARE(fixture.count(job, "conversionEnded b.step Failure"), 1);
     QCOMPARE(fixture.count(job, "loadEnded c.step Failure"), 1);
     QCOMPARE(names(), before);
+    QCOMPARE(fixture.fakeLog().filter("begin").filter(parent + "/.import-").size(), 3);
     QCOMPARE(read(fixture.out() + "/a.glb"), QByteArray("old"));
 }
 
