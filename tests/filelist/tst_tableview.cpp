@@ -1,52 +1,32 @@
 #include "filelist/tnCADImportFileModel.h"
 #include "filelist/tnCADImportTableView.h"
-#include "filelist/tnHeaderView.h"
-#include "platform/tnPlatform.h"
 #include "tests/support/ScriptedServices.h"
 
 #include <QtCore/QSortFilterProxyModel>
 #include <QtGui/QContextMenuEvent>
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QVBoxLayout>
 
 namespace {
 
-/// The view with the slots that its own class keeps to itself.
-class OpenTableView : public tnCADImportTableView {
-public:
-    using tnCADImportTableView::sort;
-    using tnCADImportTableView::tnCADImportTableView;
-};
-
-/// The list as the dialog puts it together: the view set up by the form, then its models.
+/// The list as the dialog puts it together: the view, set up by the form, then its models.
 struct FileList {
-    QWidget window;
-    OpenTableView view{&window};
-    QSortFilterProxyModel proxy;
+    ScriptedServices services;
     tnCADImportFileModel model;
+    QSortFilterProxyModel proxy;
+    tnCADImportTableView view;
 
-    explicit FileList(bool modelsFirst = false)
+    FileList()
     {
-        (new QVBoxLayout(&window))->addWidget(&view);
-        if (modelsFirst)
-            attachModels();
         view.setSelectionBehavior(QAbstractItemView::SelectRows);
         view.setSortingEnabled(true);
         view.horizontalHeader()->setStretchLastSection(true);
-        view.verticalHeader()->hide();
-        if (!modelsFirst)
-            attachModels();
-    }
-    ~FileList() { view.setModel(nullptr); }
-    Q_DISABLE_COPY_MOVE(FileList)
-
-    void attachModels()
-    {
         proxy.setSourceModel(&model);
         view.setModel(&proxy);
         proxy.setSortRole(tnCADImportFileModel::SortRole);
+        model.addFiles({"/b.step", "/c.stl", "/a.step"});
     }
 
     QString shown() const
@@ -57,188 +37,85 @@ struct FileList {
         return names.join(' ');
     }
 
-    void select(const QStringList &names)
-    {
-        view.clearSelection();
-        for (int row = 0; row < proxy.rowCount(); ++row) {
-            const QModelIndex index = proxy.index(row, 0);
-            if (names.contains(index.data().toString().trimmed()))
-                view.selectionModel()->select(
-                    index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
-        }
-    }
-
-    /// As the window system reports it: with both clicks that a double click is made of.
+    /// With both clicks that the window system makes a double click of.
     void doubleClickHeader(int section)
     {
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
         const QHeaderView *header = view.horizontalHeader();
-        const QPoint middle(header->sectionViewportPosition(section)
-                                + header->sectionSize(section) / 2,
-                            header->height() / 2);
-        QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {},
-                           header->viewport()->mapTo(&window, middle));
+        const QPoint inside(header->sectionViewportPosition(section) + 20, header->height() / 2);
+        QTest::mouseDClick(view.windowHandle(), Qt::LeftButton, {},
+                           header->viewport()->mapTo(&view, inside));
     }
 };
-
-const QStringList files{"/x/b.step", "/x/c.stl", "/x/a.step"};
 
 } // namespace
 
 class tst_TableView : public QObject {
     Q_OBJECT
 
-private:
-    ScriptedServices m_services;
-
 private Q_SLOTS:
-    void freshListStandsInOrderOfArrival_data()
+    void sortsOnlyWhenDoubleClicked()
     {
-        QTest::addColumn<bool>("modelsFirst");
-        QTest::newRow("as the dialog does it") << false;
-        QTest::newRow("sorting enabled on a filled view") << true;
-    }
-
-    void freshListStandsInOrderOfArrival()
-    {
-        QFETCH(bool, modelsFirst);
-        FileList list(modelsFirst);
-        QCOMPARE(list.view.fileModel(), &list.model);
-        list.model.addFiles(files);
+        FileList list;
         QCOMPARE(list.shown(), QString("b.step c.stl a.step"));
-        QCOMPARE(list.view.sortedRows(), (std::vector<int>{0, 1, 2}));
-    }
-
-    void doubleClickFlipsTheOrder()
-    {
-        FileList list;
-        list.model.addFiles(files);
-        list.window.resize(500, 300);
-        list.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&list.window));
-
-        const QString ascending("a.step b.step c.stl");
-        const QString descending("c.stl b.step a.step");
-        for (const QString &expected : {ascending, descending, ascending}) {
+        list.view.setSortingEnabled(true);
+        QCOMPARE(list.shown(), QString("b.step c.stl a.step"));
+        for (const char *expected :
+             {"a.step b.step c.stl", "c.stl b.step a.step", "a.step b.step c.stl"}) {
             list.doubleClickHeader(tnCADImportFileModel::FileColumn);
-            QCOMPARE(list.shown(), expected);
+            QCOMPARE(list.shown(), QString(expected));
         }
-        // Another column takes over the opposite of the order that is shown.
-        list.doubleClickHeader(tnCADImportFileModel::StateColumn);
-        QCOMPARE(list.view.horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
-        list.doubleClickHeader(tnCADImportFileModel::FileColumn);
-        QCOMPARE(list.shown(), ascending);
-        list.model.addFiles({"/x/0.step"});
-        QCOMPARE(list.shown(), "0.step " + ascending);
-    }
-
-    void equalRowsKeepTheOrderOfArrival()
-    {
-        FileList list;
-        list.model.addFiles(files);
-        list.view.sort(tnCADImportFileModel::FileColumn);
-        QCOMPARE(list.shown(), QString("a.step b.step c.stl"));
-        // All sizes are equal, and parts go with their assembly.
-        list.model.addChildFiles({"/x/z.prt"}, "/x/b.step");
+        // All sizes are equal: such rows stand as they came, parts below their assembly.
+        list.model.addChildFiles({"/z.prt"}, "/b.step");
         for (int i = 0; i < 2; ++i) {
-            list.view.sort(tnCADImportFileModel::SizeColumn);
+            list.doubleClickHeader(tnCADImportFileModel::SizeColumn);
             QCOMPARE(list.shown(), QString("b.step z.prt c.stl a.step"));
         }
     }
 
-    void removesTheSelectedRowsOfASortedList()
+    void removesSelectedRowsUnlessLocked()
     {
         FileList list;
-        list.model.addFiles({"/x/b.step", "/x/d.step", "/x/a.step", "/x/c.step"});
-        list.model.addChildFiles({"/x/part.prt"}, "/x/b.step");
-        list.view.sort(tnCADImportFileModel::FileColumn);
-        QCOMPARE(list.shown(), QString("a.step b.step part.prt c.step d.step"));
-
+        list.model.addChildFiles({"/z.prt"}, "/b.step");
+        list.view.sortByColumn(0, Qt::DescendingOrder);
+        QCOMPARE(list.shown(), QString("c.stl b.step z.prt a.step"));
         QSignalSpy changed(&list.model, &tnCADImportFileModel::changed);
         list.view.onRemove();
-        list.select({"part.prt"});
+        list.view.selectRow(2);
         list.view.onRemove();
         QCOMPARE(changed.size(), 0);
 
-        list.select({"b.step", "d.step"});
-        list.view.onRemove();
-        QCOMPARE(list.shown(), QString("a.step c.step"));
-        QCOMPARE(changed.size(), 1);
-
-        list.view.selectAll();
-        list.view.onRemove();
-        QVERIFY(list.model.isEmpty());
-    }
-
-    void lockedViewKeepsItsRows()
-    {
-        FileList list;
-        list.model.addFiles(files);
-        list.select({"b.step"});
+        list.view.selectRow(1);
         list.view.setLocked(true);
         list.view.onRemove();
-        QCOMPARE(list.model.rowCount(), 3);
+        QCOMPARE(changed.size(), 0);
         QCOMPARE(list.view.contextMenuPolicy(), Qt::PreventContextMenu);
         QCOMPARE(int(list.view.editTriggers()), 0);
-
         list.view.setLocked(false);
         QCOMPARE(list.view.contextMenuPolicy(), Qt::DefaultContextMenu);
         QCOMPARE(int(list.view.editTriggers()), 26);
         list.view.onRemove();
         QCOMPARE(list.shown(), QString("c.stl a.step"));
+        QCOMPARE(changed.size(), 1);
     }
 
-    void viewWithoutModelsIsEmpty()
-    {
-        OpenTableView view;
-        view.setSortingEnabled(true);
-        view.sort(0);
-        view.onRemove();
-        QVERIFY(!view.fileModel());
-        QVERIFY(view.sortedRows().empty());
-    }
-
-    void rowsFollowTheScale()
-    {
-        tnPlatform::setDpiScale(1.5, 1.5);
-        FileList list;
-        tnPlatform::setDpiScale(0.0, 0.0);
-        list.model.addFiles(files);
-        QCOMPARE(list.view.rowHeight(1), 36);
-        QVERIFY(!list.view.wordWrap());
-    }
-
-    void headerMenuShowsAndHidesColumns()
+    void headerMenuHidesColumns()
     {
         FileList list;
-        list.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&list.window));
+        list.view.show();
         QHeaderView *header = list.view.horizontalHeader();
-        const QPoint inside(5, 5);
-        QContextMenuEvent event(QContextMenuEvent::Mouse, inside, header->mapToGlobal(inside));
+        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, header->mapToGlobal({5, 5}));
         QApplication::sendEvent(header->viewport(), &event);
-        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        const auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
         QVERIFY(menu);
-        QStringList titles;
-        for (const QAction *action : menu->actions())
-            titles << action->text();
-        QCOMPARE(titles, QStringList({"File", "Type", "Size", "State"}));
         QAction *const size = menu->actions().at(tnCADImportFileModel::SizeColumn);
-        QVERIFY(size->isChecked());
-        size->trigger();
-        QVERIFY(list.view.isColumnHidden(tnCADImportFileModel::SizeColumn));
-        size->trigger();
-        QVERIFY(!list.view.isColumnHidden(tnCADImportFileModel::SizeColumn));
-        menu->close();
-    }
-
-    void headerWithoutViewHasNoColumns()
-    {
-        tnCADImportFileModel model;
-        tnHeaderView<tnCADImportTableView> header(&model, nullptr, nullptr);
-        header.setSectionVisible(0, false);
-        QVERIFY(!header.isSectionHidden(0));
-        QVERIFY(!header.isSectionVisible(0));
-        QVERIFY(!header.viewModel());
+        QCOMPARE(size->text(), QString("Size"));
+        for (bool hidden : {true, false}) {
+            size->trigger();
+            QCOMPARE(list.view.isColumnHidden(tnCADImportFileModel::SizeColumn), hidden);
+            QCOMPARE(size->isChecked(), !hidden);
+        }
     }
 };
 
