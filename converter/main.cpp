@@ -100,6 +100,7 @@ int convertOne(Job job, const std::string &settingsFile)
         for (const std::string &warning : warnings)
             report.warning(warning);
     }
+    announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
     const Outcome outcome = convert(job, report);
     if (!outcome.message.empty())
         std::cerr << "tnconvert: " << outcome.message << '\n';

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 
 #include <fcntl.h>
@@ -12,6 +13,40 @@
 #include <unistd.h>
 
 namespace tnconvert {
+
+namespace {
+
+/// The handler may not allocate, so the sentence waits in here.
+char crashSentence[1024];
+
+extern "C" void reportCrash(int signal)
+{
+    const ssize_t ignored = write(STDERR_FILENO, crashSentence, std::strlen(crashSentence));
+    (void)ignored;
+    // The handlers are used only once, so this ends the process.
+    raise(signal);
+}
+
+} // namespace
+
+void announceCrash(const std::string &sentence)
+{
+    std::snprintf(crashSentence, sizeof crashSentence, "tnconvert: %s\n", sentence.c_str());
+// The sanitizers report more than we could.
+#ifndef __SANITIZE_ADDRESS__
+    // A stack of its own: the usual one may be what has run out.
+    static char stack[1 << 15];
+    stack_t alternate{};
+    alternate.ss_sp = stack;
+    alternate.ss_size = sizeof stack;
+    sigaltstack(&alternate, nullptr);
+    struct sigaction action { };
+    action.sa_handler = &reportCrash;
+    action.sa_flags = int(SA_RESETHAND | SA_ONSTACK);
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        sigaction(signal, &action, nullptr);
+#endif
+}
 
 int takeStandardOutput()
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace tnconvert {
 
 /// Takes the standard output for the program's own lines and hands everyone else's output (the
@@ -13,6 +15,10 @@ void limitMemory();
 
 /// Makes the system kill this process when the one that started it ends.
 void dieWithParent();
+
+/// Makes a crash of this process print @p sentence to the standard error first. The process ends
+/// all the same: nothing in it can be trusted any more.
+void announceCrash(const std::string &sentence);
 
 /// Resident memory of this process in bytes, 0 when it is not known.
 unsigned long long residentMemory();

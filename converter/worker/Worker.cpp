@@ -1,6 +1,7 @@
 #include "worker/Worker.h"
 
 #include "core/Converter.h"
+#include "core/Text.h"
 #include "readers/ReaderRegistry.h"
 #include "worker/EventStream.h"
 #include "worker/ProcessSetup.h"
@@ -99,6 +100,7 @@ bool Worker::serve(const std::string &line)
         job.settings = Settings::fromJson(*settings, warnings);
     for (const std::string &warning : warnings)
         events.warning(warning);
+    announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
     const Outcome outcome = convert(job, events);
     releaseFreeMemory();
     events.finished(outcome);

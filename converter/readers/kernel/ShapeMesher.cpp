@@ -33,7 +33,7 @@ namespace {
 constexpr double leastRelativeDeviation = 2e-5;
 
 /// The subdivision by chord length stops at so many triangles of one face set.
-constexpr std::size_t triangleBound = 2'000'000;
+constexpr std::size_t triangleBound = 500'000;
 
 constexpr double radiansPerDegree = M_PI / 180;
 
@@ -255,8 +255,9 @@ void ShapeMesher::addFace(const TopoDS_Face &face, Primitive &primitive) const
     if (triangulation.IsNull() || triangulation->NbTriangles() == 0)
         return;
     const gp_Trsf toPart = location.Transformation();
-    const bool isTurned = (face.Orientation() == TopAbs_REVERSED);
-    const bool isFlipped = isTurned != toPart.IsNegative();
+    const bool isTurned = face.Orientation() == TopAbs_REVERSED;
+    // The scale factor does not tell mirrors in transformations that come from Iges files.
+    const bool isMirrored = toPart.VectorialPart().Determinant() < 0;
     std::vector<gp_XYZ> normals = surfaceNormals(face, *triangulation);
 
     for (int i = 1; i <= triangulation->NbTriangles(); ++i) {
@@ -272,7 +273,7 @@ void ShapeMesher::addFace(const TopoDS_Face &face, Primitive &primitive) const
                 normal += facetNormal.SquareModulus() > 0 ? facetNormal.Normalized() * 2
                                                           : gp_XYZ(0, 0, 0);
         }
-        if (isFlipped)
+        if (isTurned)
             std::swap(corners[1], corners[2]);
         for (const int corner : corners)
             primitive.indices.push_back(std::uint32_t(corner - 1));
@@ -282,8 +283,8 @@ void ShapeMesher::addFace(const TopoDS_Face &face, Primitive &primitive) const
         gp_XYZ normal = normals[std::size_t(i - 1)];
         if (normal.SquareModulus() > 0)
             normal = gp_Dir(normal).Transformed(toPart).XYZ();
-        // Transforming a direction by a mirror already turns it as the surface turns.
-        primitive.normals.push_back(floats(isTurned ? normal.Reversed() : normal));
+        // A mirrored surface has the normal of its mirrored tangents, which is the opposite one.
+        primitive.normals.push_back(floats(isTurned != isMirrored ? normal.Reversed() : normal));
     }
 }
 

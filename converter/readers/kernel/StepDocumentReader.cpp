@@ -6,6 +6,7 @@
 #include "readers/FileProbe.h"
 #include "readers/kernel/Kernel.h"
 
+#include <Interface_InterfaceModel.hxx>
 #include <STEPCAFControl_ExternFile.hxx>
 #include <STEPConstruct_ExternRefs.hxx>
 #include <Standard_Failure.hxx>
@@ -37,10 +38,23 @@ void StepDocumentReader::load(const std::string &path, Handle(TDocStd_Document) 
     m_report.progress(0, "Reading");
     if (ReadFile(path.c_str()) != IFSelect_RetDone)
         throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
+    warnOfDamage(path, ChangeReader().WS());
     loadParts(ChangeReader().WS(), std::filesystem::path(path).parent_path().string(), document);
     const Handle(KernelProgress) progress = new KernelProgress(m_report, 40, 60, "Transferring");
     if (!Transfer(document, progress->Start()))
         throw ConversionError(fileName(path) + " contains no shape that can be read.");
+}
+
+void StepDocumentReader::warnOfDamage(const std::string &path,
+                                      const Handle(XSControl_WorkSession) & session)
+{
+    const Handle(Interface_InterfaceModel) model = session->Model();
+    int count = 0;
+    for (int i = 1; i <= model->NbEntities(); ++i)
+        count += model->IsErrorEntity(i) ? 1 : 0;
+    if (count > 0)
+        m_report.warning(fileName(path) + " is damaged: " + std::to_string(count)
+                         + " of its entities are not as they should be.");
 }
 
 void StepDocumentReader::loadParts(const Handle(XSControl_WorkSession) & session,
@@ -98,6 +112,7 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         file->SetLoadStatus(part.ReadFile(path.c_str()));
         if (file->GetLoadStatus() != IFSelect_RetDone)
             throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
+        warnOfDamage(path, part.WS());
         const std::size_t missingBefore = m_missingParts.size();
         loadParts(part.WS(), std::filesystem::path(path).parent_path().string(), document);
         TDF_LabelSequence labels;

@@ -24,6 +24,7 @@ public:
     const std::vector<std::string> &missingParts() const { return m_missingParts; }
 
 private:
+    void warnOfDamage(const std::string &path, const Handle(XSControl_WorkSession) & session);
     void loadParts(const Handle(XSControl_WorkSession) & session, const std::string &directory,
                    Handle(TDocStd_Document) & document);
     Handle(STEPCAFControl_ExternFile) enter(const std::string &name);

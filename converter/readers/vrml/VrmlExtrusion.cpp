@@ -140,7 +140,7 @@ void VrmlGeometry::extrusion(const VrmlNode &vrml, FacetMeshBuilder &builder)
         std::vector<Corner> polygon;
         for (std::size_t c = 0; c < corners; ++c)
             polygon.push_back(corner(row, c));
-        addPolygon(polygon, isBottom == isClockwise, builder);
+        addPolygon(polygon, isBottom != isClockwise, builder);
     };
     if (!isRing && vrml.flag("beginCap", true))
         addCap(0, true);

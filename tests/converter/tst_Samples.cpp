@@ -1,0 +1,286 @@
+#include "GlbFile.h"
+#include "RecordingReport.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using tnconvert::Outcome;
+using tnconvert::State;
+
+Q_DECLARE_METATYPE(GlbFile::Box)
+
+/// What the samples become, with the defaults and with other settings.
+class tst_Samples : public QObject {
+    Q_OBJECT
+
+private:
+    /// Converts a sample and hands back the result, which is checked to be well formed.
+    GlbFile converted(const QString &sample, const char *settings = "{}")
+    {
+        m_report = std::make_unique<RecordingReport>();
+        const QString output = m_directory.filePath("result.glb");
+        QFile::remove(output);
+        const Outcome outcome = convertFile(QString(TN_SAMPLES_DIR "/") + sample, output,
+                                            settingsFrom(settings), *m_report);
+        if (outcome.state != State::Success)
+            qWarning("%s", outcome.message.c_str());
+        return GlbFile(output);
+    }
+
+    QTemporaryDir m_directory;
+    std::unique_ptr<RecordingReport> m_report;
+
+private slots:
+    void everyFormat_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<GlbFile::Box>("box");
+        QTest::addColumn<double>("area"); // mm², calculated from the sample's dimensions
+        QTest::addColumn<QString>("axes");
+        const double bracket = 2 * (80 * 60 + 80 * 60) + 2 * (60 * 10 + 10 * 50) // an L, extruded
+            + 4 * (2 * M_PI * 5 * 10 - 2 * M_PI * 25); // holes
+        const double gearRing = 12
+            * (16 * 20 * std::sin(6 * M_PI / 180) // flanks of the teeth
+               + 0.5 * 20 * 20 * std::sin(8 * M_PI / 180)
+               + 0.5 * 16 * 16 * std::sin(10 * M_PI / 180));
+        const auto between = [](double radius1, double radius2, double degrees) {
+            return std::sqrt(radius1 * radius1 + radius2 * radius2
+                             - 2 * radius1 * radius2 * std::cos(degrees * M_PI / 180));
+        };
+        const double gearEdge =
+            12 * (2 * between(16, 20, 6) + between(20, 20, 8) + between(16, 16, 10));
+        const double gear = 2 * gearRing + 8 * gearEdge;
+        const double tip = 20 * std::cos(4 * M_PI / 180);
+        const double housing = 2 * (100 * 60 + 100 * 40 + 60 * 40) // outside
+            + 2 * (90 + 50) * 35 // inner walls; floor and opening cancel out
+            - 2 * M_PI * 100 + 2 * M_PI * 10 * 5; // bore
+        const double wheel = 2 * M_PI * (400 - 36) + 2 * M_PI * (20 + 6) * 10;
+        const double shaft = 2 * M_PI * 36 + 2 * M_PI * 6 * 60;
+        const double gearbox =
+            2 * (120 * 80 + 120 * 50 + 80 * 50) + 2 * (110 + 70) * 45 + 2 * (wheel + shaft);
+        const double chair = 2 * (400 * 40 + 400 * 400 + 40 * 400)
+            + 2 * (400 * 440 + 400 * 30 + 440 * 30) + 4 * (2 * 40 * 40 + 4 * 40 * 420);
+        using Box = GlbFile::Box;
+        QTest::newRow("Iges") << "housing.iges" << Box{{0, 0, 0}, {100, 60, 40}} << housing
+                              << "Z-up";
+        QTest::newRow("Step assembly")
+            << "gearbox.step" << Box{{0, 0, 0}, {120, 80, 70}} << gearbox << "Z-up";
+        QTest::newRow("STL as text")
+            << "gear-ascii.stl" << Box{{-tip, -tip, 0}, {tip, tip, 8}} << gear << "Z-up";
+        QTest::newRow("STL binary")
+            << "gear.stl" << Box{{-tip, -tip, 0}, {tip, tip, 8}} << gear << "Z-up";
+        QTest::newRow("Obj") << "chair.obj" << Box{{0, 0, 0}, {400, 900, 400}} << chair << "Y-up";
+        QTest::newRow("Step") << "bracket.step" << Box{{0, 0, 0}, {80, 60, 60}} << bracket
+                              << "Z-up";
+        QTest::newRow("VRML") << "lamp.wrl" << Box{{-80, -10, -80}, {250, 220, 80}} << 0. << "Y-up";
+    }
+
+    void everyFormat()
+    {
+        QFETCH(QString, sample);
+        QFETCH(GlbFile::Box, box);
+        QFETCH(double, area);
+        QFETCH(QString, axes);
+        const GlbFile file = converted(sample);
+        QCOMPARE(file.problems(), QStringList());
+        QVERIFY(file.triangles() > 0);
+        QVERIFY2(file.box().isNear(box, 0.15), file.box().text());
+        if (area > 0)
+            QVERIFY2(std::fabs(file.area() - area) < area * 0.01,
+                     QByteArray::number(file.area()) + " instead of " + QByteArray::number(area));
+        // The surfaces face outwards and the light falls on the side that faces outwards.
+        QVERIFY(file.volume() > 0);
+        QVERIFY2(file.leastNormalAgreement() > 0.5,
+                 QByteArray::number(file.leastNormalAgreement()));
+        const nlohmann::json &top = file.document()["nodes"][0];
+        QCOMPARE(QString::fromStdString(top["extras"]["sourceAxes"]), axes);
+        QCOMPARE(QString::fromStdString(top["name"]), QFileInfo(sample).completeBaseName());
+        QCOMPARE(top.contains("rotation"), axes == "Z-up");
+        QCOMPARE(QString::fromStdString(file.document()["asset"]["extras"]["source"]),
+                 QString(TN_SAMPLES_DIR "/") + sample);
+        QCOMPARE(m_report->warnings, QStringList());
+        QVERIFY(m_report->isProgressValid);
+    }
+
+    void assemblyKeepsItsStructure()
+    {
+        const GlbFile file = converted("gearbox.step");
+        QCOMPARE(file.paths(),
+                 QStringList({"Gearbox", "Gearbox/Geh\u00E4use", "Gearbox/Drive",
+                              "Gearbox/Drive/Shaft", "Gearbox/Drive/Wheel", "Gearbox/Drive",
+                              "Gearbox/Drive/Shaft", "Gearbox/Drive/Wheel"}));
+        QCOMPARE(file.meshCount(), 3);
+        QCOMPARE(file.instances()[3].mesh, file.instances()[6].mesh);
+        const tnconvert::Vec3 second = file.instances()[6].toFile.point({});
+        QVERIFY((second - tnconvert::Vec3{85, 40, 10}).length() < 1e-6);
+        QCOMPARE(file.colors("Gearbox/Geh\u00E4use"), QStringList("0.60 0.60 0.65 1.00"));
+        QCOMPARE(file.colors("Gearbox/Drive/Wheel"), QStringList("0.20 0.40 0.80 1.00"));
+    }
+
+    void colors_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QStringList>("colors");
+        QTest::newRow("one face of another colour")
+            << "bracket.step"
+            << "Bracket" << QStringList({"0.20 0.40 0.80 1.00", "0.90 0.50 0.10 1.00"});
+        QTest::newRow("Iges") << "housing.iges"
+                              << "Housing" << QStringList("0.20 0.60 0.30 1.00");
+        QTest::newRow("material library") << "chair.obj"
+                                          << "leg-3" << QStringList("0.55 0.35 0.20 1.00");
+        QTest::newRow("VRML") << "lamp.wrl"
+                              << "Lamp/Foot" << QStringList("0.30 0.30 0.35 1.00");
+        QTest::newRow("transparent") << "lamp.wrl"
+                                     << "Lamp/Head//" << QStringList("1.00 1.00 0.80 0.80");
+    }
+
+    void colors()
+    {
+        QFETCH(QString, sample);
+        QFETCH(QString, path);
+        QFETCH(QStringList, colors);
+        QCOMPARE(converted(sample).colors(path), colors);
+    }
+
+    void tessellationFollowsTheSettings()
+    {
+        const auto count = [this](const char *settings) {
+            const GlbFile file = converted("gearbox.step", settings);
+            return file.problems().isEmpty() ? file.triangles() : -1;
+        };
+        const int usual = count("{}");
+        const int fineChords = count(R"({"ChordDeviation": 0.002})");
+        const int coarse = count(R"({"ChordDeviation": 2, "NormalTolerance": 60})");
+        const int fineAngles = count(R"({"ChordDeviation": 2, "NormalTolerance": 3})");
+        const int shortChords = count(R"({"MaxChordLength": 5})");
+        QVERIFY(coarse > 0);
+        QVERIFY2(coarse < usual && usual < fineChords && coarse < fineAngles && usual < shortChords,
+                 QByteArray::number(coarse) + ' ' + QByteArray::number(usual));
+        // Splitting chords changes neither the shape nor the facing of the triangles.
+        const double usualVolume = converted("gearbox.step").volume();
+        const GlbFile split = converted("gearbox.step", R"({"MaxChordLength": 5})");
+        QVERIFY(std::fabs(split.volume() - usualVolume) < 1e-3 * usualVolume);
+    }
+
+    void absurdTolerancesEndSoon_data()
+    {
+        QTest::addColumn<QByteArray>("settings");
+        QTest::newRow("tiny deviation") << QByteArray(R"({"ChordDeviation": 1e-12})");
+        QTest::newRow("tiny chords") << QByteArray(R"({"MaxChordLength": 1e-6})");
+    }
+
+    void absurdTolerancesEndSoon()
+    {
+        QFETCH(QByteArray, settings);
+        QElapsedTimer timer;
+        timer.start();
+        const GlbFile file = converted("assembly/base.stp", settings.constData());
+        QVERIFY2(timer.elapsed() < 60000, QByteArray::number(timer.elapsed()));
+        QVERIFY(file.triangles() > 0);
+        QCOMPARE(m_report->warnings.size(), 1);
+    }
+
+    void geometryIsMergedOrNot()
+    {
+        const GlbFile merged = converted("housing.iges");
+        const GlbFile single = converted("housing.iges", R"({"MergeGeometries": false})");
+        QCOMPARE(merged.meshCount(), 1);
+        QCOMPARE(single.meshCount(), 12); // 6 faces outside, 5 inside and the bore
+        QCOMPARE(single.triangles(), merged.triangles());
+        QVERIFY(single.paths().contains("Housing/Housing 12"));
+    }
+
+    void unshareAndFlush()
+    {
+        const GlbFile usual = converted("gearbox.step");
+        const GlbFile unshared = converted("gearbox.step", R"({"UnshareNodes": true})");
+        QCOMPARE(unshared.meshCount(), 5);
+        const GlbFile flushed = converted("gearbox.step", R"({"FlushTransformations": true})");
+        QCOMPARE(flushed.problems(), QStringList());
+        QCOMPARE(flushed.paths(), usual.paths());
+        for (const GlbFile::Instance &instance : flushed.instances())
+            QVERIFY(instance.toFile.isIdentity());
+        for (const GlbFile *file : {&unshared, &flushed}) {
+            QVERIFY2(file->box().isNear(usual.box(), 1e-3), file->box().text());
+            QVERIFY(file->leastNormalAgreement() > 0.5);
+        }
+    }
+
+    void layers()
+    {
+        const GlbFile grouped = converted("gearbox.step", R"({"CreateLayerGroups": true})");
+        QVERIFY(grouped.paths().contains("Gearbox/Outside/Geh\u00E4use"));
+        QVERIFY(grouped.paths().contains("Gearbox/Drive/Inside/Wheel"));
+        QVERIFY(grouped.box().isNear(converted("gearbox.step").box(), 1e-6));
+    }
+
+    void repairsKeepShapeAndColor_data()
+    {
+        QTest::addColumn<QByteArray>("settings");
+        QTest::newRow("stitching") << QByteArray(R"({"UseStitching": true})");
+        QTest::newRow("orientation") << QByteArray(R"({"FixSurfaceOrientation": true})");
+        QTest::newRow("both") << QByteArray(
+            R"({"UseStitching": true, "FixSurfaceOrientation": true})");
+    }
+
+    void repairsKeepShapeAndColor()
+    {
+        QFETCH(QByteArray, settings);
+        const double volume = converted("bracket.step").volume();
+        const GlbFile file = converted("bracket.step", settings.constData());
+        QCOMPARE(file.problems(), QStringList());
+        QVERIFY(std::fabs(file.volume() - volume) < 1e-3 * volume);
+        QCOMPARE(file.colors("Bracket"),
+                 QStringList({"0.20 0.40 0.80 1.00", "0.90 0.50 0.10 1.00"}));
+    }
+
+    void kindsOfGeometryCanBeLeftOut_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<QByteArray>("settings");
+        QTest::newRow("surfaces") << "bracket.step" << QByteArray(R"({"ImportSurfaces": false})");
+        QTest::newRow("meshes of STL") << "gear.stl" << QByteArray(R"({"ImportMeshes": false})");
+        QTest::newRow("meshes of VRML") << "lamp.wrl" << QByteArray(R"({"ImportMeshes": false})");
+        QTest::newRow("meshes of Obj") << "chair.obj" << QByteArray(R"({"ImportMeshes": false})");
+    }
+
+    void kindsOfGeometryCanBeLeftOut()
+    {
+        QFETCH(QString, sample);
+        QFETCH(QByteArray, settings);
+        RecordingReport report;
+        const QString output = m_directory.filePath("none.glb");
+        const Outcome outcome = convertFile(QString(TN_SAMPLES_DIR "/") + sample, output,
+                                            settingsFrom(settings.constData()), report);
+        QCOMPARE(outcome.state, State::Failure);
+        QVERIFY2(outcome.message.find("no geometry") != std::string::npos, outcome.message.c_str());
+        QVERIFY(!QFile::exists(output));
+    }
+
+    void metadata()
+    {
+        const GlbFile with = converted("lamp.wrl", R"({"ImportMetadata": true})");
+        QCOMPARE(QString::fromStdString(with.document()["nodes"][0]["extras"].value("title", "")),
+                 QString("Lamp"));
+        QVERIFY(!converted("lamp.wrl").document()["nodes"][0]["extras"].contains("title"));
+    }
+
+    void wrongSettingsHaveDefaults()
+    {
+        std::vector<std::string> warnings;
+        const auto object = nlohmann::json::parse(
+            R"({"ChordDeviation": "fine", "NormalTolerance": -3, "ImportCurves": 1,
+                "StitchingTolerance": 0.5, "UnshareNodes": true, "NoSuchField": [1]})");
+        const tnconvert::Settings settings = tnconvert::Settings::fromJson(object, warnings);
+        QCOMPARE(int(warnings.size()), 3);
+        QCOMPARE(settings.chordDeviation, 0.1);
+        QCOMPARE(settings.normalTolerance, 15.0);
+        QCOMPARE(settings.importCurves, false);
+        QCOMPARE(settings.stitchingTolerance, 0.5);
+        QCOMPARE(settings.unshareNodes, true);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Samples)
+#include "tst_Samples.moc"
