@@ -83,6 +83,10 @@ int tnController::broadcast(tnMessage &message)
 {
     const std::vector<tnModuleBase *> receivers = registers().modules;
     for (tnModuleBase *module : receivers) {
+        // A module that has gone meanwhile is passed over.
+        const auto &alive = registers().modules;
+        if (std::find(alive.begin(), alive.end(), module) == alive.end())
+            continue;
         if (const int answer = module->message(message))
             return answer;
     }

@@ -15,10 +15,12 @@ bool tnFile::checkWrite(const std::string &path, bool isFile, bool report)
     bool writable = false;
     if (!path.empty()) {
         const QFileInfo info(QString::fromStdString(path));
-        if (isFile && !info.exists())
-            writable = QFileInfo(info.absolutePath()).isWritable();
-        else
+        if (isFile && !info.exists()) {
+            const QFileInfo parent(info.absolutePath());
+            writable = parent.isDir() && parent.isWritable();
+        } else {
             writable = info.isWritable() && info.isFile() == isFile;
+        }
     }
     if (!writable && report)
         tnLog::error("'%s' is not writable", path.c_str());
