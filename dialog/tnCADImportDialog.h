@@ -39,15 +39,20 @@ public:
 
     /// What of the files the file service supports.
     QStringList filterFiles(const QStringList &files) const;
-    /// The supported files at the urls, folders searched; events are processed meanwhile.
+    /// The supported files at the urls, folders searched. Events are processed meanwhile, so the
+    /// dialog may have gone afterwards; what was found is given only if it hasn't, and if no other
+    /// import was prepared since.
     QStringList searchUrls(const QList<QUrl> &urls);
     /// Adds what of the files is supported and not yet in the list.
     void appendFiles(const QStringList &files);
-    /// Searches the urls in the add folder look and adds what was found.
+    /// Searches the urls in the add folder look and adds what was found, unless the dialog was
+    /// closed or another import prepared meanwhile. Does nothing while a search is running.
     void addDroppedUrls(const QList<QUrl> &urls);
     /// Adds the parts of an assembly below its row; an unknown parent adds nothing.
     void addPartFiles(const QStringList &files, const QString &parent);
 
+    /// Whether the window has the look of a running batch.
+    bool isRunning() const;
     /// The node under which the files go, null when the mode is to decide.
     tndNode targetNode() const { return m_targetNode; }
 
@@ -103,6 +108,7 @@ private:
     // Construction.
     void createModes();
     void setItemToolTips();
+    void fitForm();
     void restoreWindowSettings();
     void saveWindowSettings() const;
     void connectWidgets();
@@ -138,4 +144,6 @@ private:
     int m_finishedPartImports = 0;
     tndNode m_targetNode;
     std::unordered_map<tnCADFileTypes::FileType, tndXlatSettings> m_xlatSettings;
+    int m_preparations = 0; ///< how often an import was prepared
+    int m_runningSearches = 0; ///< more than one when a command comes during a search
 };

@@ -1,0 +1,360 @@
+#include "dialog/tnCADImportDialog.h"
+
+#include "filelist/tnCADImportFileModel.h"
+#include "logbook/logbookPath.h"
+#include "modes/tnImportMode.h"
+#include "module/getService.h"
+#include "platform/tnFileIOService.h"
+#include "platform/tnWaitCursor.h"
+#include "records/tnFileTyp.h"
+#include "states/tnCADImportAddFolderState.h"
+#include "states/tnCADImportInitState.h"
+#include "states/tnCADImportReloadState.h"
+#include "states/tnCADImportRunState.h"
+
+#include <QtCore/QItemSelection>
+#include <QtCore/QMimeData>
+#include <QtCore/QPointer>
+#include <QtCore/QSettings>
+#include <QtGui/QDropEvent>
+
+namespace {
+
+struct WindowSetting {
+    const char *key;
+    QVariant (*current)(const tnCADImportDialog &);
+    void (*restore)(tnCADImportDialog &, const QVariant &);
+};
+
+QTNCollapsibleFrame *frame(const tnCADImportDialog &dialog,
+                           QTNCollapsibleFrame *Ui_tnImportDialog::*member)
+{
+    return dialog.*member;
+}
+
+QTNCollapsibleFrame *frame(const tnCADImportDialog &dialog,
+                           QTNCollapsibleFrame *tnTesselationSettings::*member)
+{
+    return dialog._tesselation->*member;
+}
+
+template <auto member>
+constexpr WindowSetting collapseState(const char *key)
+{
+    return {key,
+            [](const tnCADImportDialog &dialog) {
+                return QVariant(frame(dialog, member)->isCollapsed());
+            },
+            [](tnCADImportDialog &dialog, const QVariant &value) {
+                frame(dialog, member)->setCollapsed(value.toBool());
+            }};
+}
+
+void restoreSplitter(tnCADImportDialog &dialog, const QVariant &value)
+{
+    QSplitter *const splitter = dialog._splitter;
+    const QByteArray before = splitter->saveState();
+    const int handleWidth = splitter->handleWidth();
+    splitter->restoreState(value.toByteArray());
+    // The state holds more than the position, and what is damaged now would be saved again.
+    if (splitter->orientation() != Qt::Horizontal || splitter->handleWidth() != handleWidth)
+        splitter->restoreState(before);
+}
+
+using Form = Ui_tnImportDialog;
+using Tessellation = tnTesselationSettings;
+
+/// In the order in which they are read and written.
+constexpr WindowSetting windowSettings[] = {
+    {"importDialog/geometry",
+     [](const tnCADImportDialog &dialog) { return QVariant(dialog.saveGeometry()); },
+     [](tnCADImportDialog &dialog, const QVariant &value) {
+         dialog.restoreGeometry(value.toByteArray());
+     }},
+    collapseState<&Form::_general_settings>("importDialog/sharedCadOptionsCollapseState"),
+    collapseState<&Form::_advanced_settings>("importDialog/importOptionsCollapseState"),
+    collapseState<&Tessellation::tessellationFrame>("importDialog/tessellationCollapseState"),
+    collapseState<&Tessellation::advancedFrame>("importDialog/advancedOptionsCollapseState"),
+    collapseState<&Form::_file_specific_options>("importDialog/fileSpecificOptionsCollapseState"),
+    collapseState<&Form::_project_settings>("importDialog/projectMergeOptionsCollapseState"),
+    collapseState<&Form::_scene_settings>("importDialog/globalSceneOptionsCollapseState"),
+    {"importDialog/splitterState",
+     [](const tnCADImportDialog &dialog) { return QVariant(dialog._splitter->saveState()); },
+     &restoreSplitter},
+};
+
+struct ItemToolTip {
+    QComboBox *Form::*box;
+    int item;
+    const char *text;
+};
+
+constexpr ItemToolTip itemToolTips[] = {
+    {&Form::m_referenceBehaviorComboBox, 0,
+     QT_TRANSLATE_NOOP("tnCADImportDialog", "Imports the file, keeping all existing references.")},
+    {&Form::m_referenceBehaviorComboBox, 1,
+     QT_TRANSLATE_NOOP("tnCADImportDialog",
+                       "Imports the file, combining all references into the project (original file "
+                       "unchanged).")},
+    {&Form::_globalReferenceBehavior, 0,
+     QT_TRANSLATE_NOOP("tnCADImportDialog",
+                       "Imports the file, but combines all references into the project, removing "
+                       "the file/reference information.")},
+    {&Form::_globalReferenceBehavior, 1,
+     QT_TRANSLATE_NOOP("tnCADImportDialog", "Imports the file, treating it as source reference.")},
+};
+
+constexpr auto indexChanged = QOverload<int>::of(&QComboBox::currentIndexChanged);
+
+} // namespace
+
+tnCADImportDialog::tnCADImportDialog(QWidget *parent)
+    : QDialog(parent)
+{
+    createModes();
+    setupUi(this);
+    setItemToolTips();
+    fitForm();
+    _max_procs->setValue(getService<tnFileIOService>()->getMaxParallelProcesses());
+    _output_dir->setText(defaultOutputDirectory());
+    readSceneImportSettings();
+    readProjectMergeSettings();
+    readXlatSettings();
+    tnCADImportInitState(this).enter();
+    restoreWindowSettings();
+
+    // Handlers are called in the order of connecting, and those of the options rely on it: what a
+    // single option has to say comes before the watchers, which store all of them.
+    connectWidgets();
+    connectService();
+    connectSearch();
+    connectSettingsWatchers();
+}
+
+tnCADImportDialog::~tnCADImportDialog()
+{
+    saveWindowSettings();
+}
+
+void tnCADImportDialog::setItemToolTips()
+{
+    for (const ItemToolTip &toolTip : itemToolTips)
+        (this->*toolTip.box)->setItemData(toolTip.item, tr(toolTip.text), Qt::ToolTipRole);
+}
+
+/// What depends on texts of any length, or on what the widgets bring along.
+void tnCADImportDialog::fitForm()
+{
+    // The view makes its header before all other widgets, which would be the first stop of the Tab
+    // key then.
+    setTabOrder(tableView, tableView->horizontalHeader());
+}
+
+void tnCADImportDialog::restoreWindowSettings()
+{
+    const QSettings settings;
+    for (const WindowSetting &setting : windowSettings) {
+        const QString key = QLatin1String(setting.key);
+        if (settings.contains(key))
+            setting.restore(*this, settings.value(key));
+    }
+}
+
+void tnCADImportDialog::saveWindowSettings() const
+{
+    QSettings settings;
+    for (const WindowSetting &setting : windowSettings)
+        settings.setValue(QLatin1String(setting.key), setting.current(*this));
+}
+
+void tnCADImportDialog::connectWidgets()
+{
+    connect(fileModel(), &tnCADImportFileModel::changed, this,
+            &tnCADImportDialog::updateImportButton);
+    connect(fileModel(), &tnCADImportFileModel::changed, this, &tnCADImportDialog::updateFileTypes);
+
+    connect(_pbAdd, &QPushButton::clicked, tableView, &tnCADImportTableView::onAdd);
+    connect(_pbRemove, &QPushButton::clicked, tableView, &tnCADImportTableView::onRemove);
+    connect(_pbDefaults, &QPushButton::clicked, this, &tnCADImportDialog::onDefaults);
+    connect(_pbImport, &QPushButton::clicked, this, &tnCADImportDialog::onImport);
+    connect(_pbClose, &QPushButton::clicked, this, &tnCADImportDialog::onClose);
+    connect(_pbReloadOk, &QPushButton::clicked, this, &tnCADImportDialog::onReloadOk);
+    connect(_pbReloadCancel, &QPushButton::clicked, this, &tnCADImportDialog::onClose);
+    connect(_tbOutputPath, &QPushButton::clicked, this,
+            &tnCADImportDialog::onSelectOutputDirectory);
+    for (const QPushButton *button : {_assetManager, _assetManager2})
+        connect(button, &QPushButton::clicked, this, &tnCADImportDialog::onAssetManager);
+    connect(_cbFileType, indexChanged, this, &tnCADImportDialog::onTypeChanged);
+    connect(_cbMode, indexChanged, this, &tnCADImportDialog::selectMode);
+    connect(_cbImportSurfaces, indexChanged, this, &tnCADImportDialog::onSurfacesChanged);
+    connect(_abort, &QPushButton::clicked, this, &tnCADImportDialog::onAbort);
+    connect(_materialAssignment, indexChanged, this,
+            [this](int index) { _assetManager2->setVisible(index == 2); });
+    connect(m_importerVersion, indexChanged, this, &tnCADImportDialog::showFixOrientation);
+    for (QComboBox *box : {m_referenceBehaviorComboBox, _globalReferenceBehavior}) {
+        connect(box, indexChanged, this, [box](int index) {
+            box->setToolTip(box->itemData(index, Qt::ToolTipRole).toString());
+        });
+    }
+}
+
+void tnCADImportDialog::connectSearch()
+{
+    const tnFileTyp *const search = &tnFileTyp::instance();
+    connect(search, &tnFileTyp::enterDirectory, _lbDirectory, &QLabel::setText);
+    connect(_pbAbort, &QPushButton::clicked, search, &tnFileTyp::stopSearch);
+    const auto showProgress = [this](bool visible) {
+        _lbDirectory->setVisible(visible);
+        _pbAbort->setVisible(visible);
+    };
+    connect(search, &tnFileTyp::startSearch, this, [showProgress] { showProgress(true); });
+    connect(search, &tnFileTyp::endSearch, this, [showProgress] { showProgress(false); });
+
+    connect(tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this](const QItemSelection &selected) { _pbRemove->setEnabled(!selected.isEmpty()); });
+}
+
+/// The working copy of the options follows the screen at any time.
+void tnCADImportDialog::connectSettingsWatchers()
+{
+    for (const auto *box : findChildren<QCheckBox *>())
+        connect(box, &QCheckBox::toggled, this, &tnCADImportDialog::updateSettings);
+    for (const auto *box : findChildren<QDoubleSpinBox *>()) {
+        connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                &tnCADImportDialog::updateSettings);
+    }
+    for (const auto *box : findChildren<QComboBox *>())
+        connect(box, indexChanged, this, &tnCADImportDialog::updateSettings);
+}
+
+tnCADImportFileModel *tnCADImportDialog::fileModel() const
+{
+    return tableView->fileModel();
+}
+
+void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &node, int entry)
+{
+    // Whoever began the list before has been overtaken, and with him his search.
+    ++m_preparations;
+    if (m_runningSearches > 0)
+        tnFileTyp::instance().stopSearch();
+
+    fileModel()->clear();
+    int mode = _cbMode->currentIndex();
+    switch (entry) {
+    case AddFolder:
+        tnCADImportAddFolderState(this).enter();
+        break;
+    case Run:
+        tnCADImportRunState(this).enter();
+        break;
+    case Reload: {
+        tnCADImportReloadState(this, files.size() >= 2).enter();
+        // Files that are in the scene are always replaced there.
+        const QSignalBlocker quietMode(_cbMode);
+        const QSignalBlocker quietBehavior(_globalReferenceBehavior);
+        _cbMode->setCurrentIndex(0);
+        _globalReferenceBehavior->setCurrentIndex(1);
+        mode = 0;
+        break;
+    }
+    default:
+        tnCADImportAddFilesState(this).enter();
+    }
+    selectMode(mode);
+    readXlatSettings();
+    const tnCADFileTypes::FileType type = currentType();
+    showXlatSettings(type);
+    applyFileTypeGroups(type);
+    appendFiles(files);
+    m_targetNode = node;
+}
+
+QStringList tnCADImportDialog::filterFiles(const QStringList &files) const
+{
+    return tnFileTyp::instance().supportedFiles(files);
+}
+
+// A search lets events through, so afterwards the list may have been begun afresh and the dialog
+// may have been closed or have gone. What was found belongs to nobody then.
+
+QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
+{
+    const QPointer<tnCADImportDialog> self(this);
+    const int preparations = m_preparations;
+    ++m_runningSearches;
+    const QStringList files = tnFileTyp::instance().searchFiles(urls);
+    if (!self)
+        return {};
+    --m_runningSearches;
+    return preparations == m_preparations ? files : QStringList();
+}
+
+void tnCADImportDialog::appendFiles(const QStringList &files)
+{
+    fileModel()->addFiles(filterFiles(files));
+}
+
+void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
+{
+    // There is one stop flag for all searches: two at a time would stop each other.
+    if (m_runningSearches > 0)
+        return;
+    const QPointer<tnCADImportDialog> self(this);
+    const int preparations = m_preparations;
+    bool closed = false;
+    const auto closing = connect(this, &QDialog::finished, this, [&closed] {
+        closed = true;
+        tnFileTyp::instance().stopSearch();
+    });
+    tnCADImportAddFolderState(this).enter();
+    const tnWaitCursor waitCursor;
+    const QStringList files = searchUrls(urls);
+    disconnect(closing);
+    if (!self || preparations != m_preparations)
+        return;
+    tnCADImportAddFilesState(this).enter();
+    if (!closed)
+        fileModel()->addFiles(files);
+}
+
+void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)
+{
+    fileModel()->addChildFiles(filterFiles(files), parent);
+}
+
+bool tnCADImportDialog::isRunning() const
+{
+    return _progress->isVisibleTo(this);
+}
+
+void tnCADImportDialog::onClose()
+{
+    fileModel()->clear();
+    _abort->setEnabled(true);
+    reject();
+}
+
+void tnCADImportDialog::onReloadOk()
+{
+    writeSettingsToService();
+    fileModel()->clear();
+    accept();
+}
+
+void tnCADImportDialog::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls() && m_runningSearches == 0)
+        event->acceptProposedAction();
+}
+
+void tnCADImportDialog::dropEvent(QDropEvent *event)
+{
+    if (!event->mimeData()->hasUrls() || m_runningSearches > 0)
+        return;
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty())
+        return;
+    addDroppedUrls(urls);
+    event->acceptProposedAction();
+}
