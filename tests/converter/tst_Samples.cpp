@@ -9,6 +9,32 @@ using tnconvert::State;
 
 Q_DECLARE_METATYPE(GlbFile::Box)
 
+namespace {
+
+/// An Iges file with one line from 0 0 0 to 30 40 0 and nothing else.
+QByteArray igesLine(bool isHidden)
+{
+    const QList<QPair<char, QByteArray>> lines{
+        {'S', "A line"},
+        {'G', "1H,,1H;,4Hline,8Hline.igs,4Htest,4Htest,32,38,6,308,15,4Hline,1.,2,2HMM,"},
+        {'G', "1,0.01,15H20260101.000000,1E-6,100.,,,11,0,15H20260101.000000;"},
+        {'D',
+         "     110       1       0       0       0       0       0       0"
+             + QByteArray(isHidden ? "01000000" : "00000000")},
+        {'D', "     110       0       0       1       0"},
+        {'P', QByteArray("110,0.,0.,0.,30.,40.,0.;").leftJustified(64) + "       1"},
+        {'T', "S      1G      2D      2P      1"},
+    };
+    QByteArray result;
+    QMap<char, int> counts;
+    for (const auto &[section, text] : lines)
+        result += text.leftJustified(72) + section
+            + QByteArray::number(++counts[section]).rightJustified(7) + '\n';
+    return result;
+}
+
+} // namespace
+
 /// What the samples become, with the defaults and with other settings.
 class tst_Samples : public QObject {
     Q_OBJECT
@@ -256,6 +282,44 @@ private slots:
         QCOMPARE(outcome.state, State::Failure);
         QVERIFY2(outcome.message.find("no geometry") != std::string::npos, outcome.message.c_str());
         QVERIFY(!QFile::exists(output));
+    }
+
+    void freeCurves_data()
+    {
+        QTest::addColumn<bool>("isHidden");
+        QTest::addColumn<QByteArray>("settings");
+        QTest::addColumn<int>("segments"); // 0: the conversion fails
+        const QByteArray curves(R"({"ImportCurves": true})");
+        QTest::newRow("not wanted") << false << QByteArray("{}") << 0;
+        QTest::newRow("wanted") << false << curves << 1;
+        QTest::newRow("split") << false
+                               << QByteArray(R"({"ImportCurves": true, "MaxChordLength": 13})")
+                               << 4;
+        QTest::newRow("hidden") << true << curves << 0;
+        QTest::newRow("hidden ones wanted")
+            << true << QByteArray(R"({"ImportCurves": true, "ImportInvisibleCurves": true})") << 1;
+    }
+
+    void freeCurves()
+    {
+        QFETCH(bool, isHidden);
+        QFETCH(QByteArray, settings);
+        QFETCH(int, segments);
+        const QString input = m_directory.filePath("line.igs");
+        const QString output = m_directory.filePath("line.glb");
+        QFile::remove(output);
+        writeFile(input, igesLine(isHidden));
+        RecordingReport report;
+        const Outcome outcome =
+            convertFile(input, output, settingsFrom(settings.constData()), report);
+        QVERIFY2((outcome.state == State::Success) == (segments > 0), outcome.message.c_str());
+        if (segments == 0)
+            return;
+        const GlbFile file(output);
+        QCOMPARE(file.problems(), QStringList());
+        QCOMPARE(file.segments(), segments);
+        const GlbFile::Box expected{{0, 0, 0}, {30, 40, 0}};
+        QVERIFY2(file.box().isNear(expected, 1e-4), file.box().text());
     }
 
     void metadata()
