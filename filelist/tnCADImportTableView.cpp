@@ -6,9 +6,19 @@
 #include "platform/tnPlatform.h"
 #include "records/tnFileTyp.h"
 
+#include <QtCore/QPointer>
 #include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QTimer>
 
+#include <algorithm>
 #include <set>
+
+namespace {
+
+/// Milliseconds in which changes to the rows gather before the sorting is put right.
+constexpr int repairDelay = 50;
+
+} // namespace
 
 tnCADImportTableView::tnCADImportTableView(QWidget *parent)
     : QTableView(parent)
@@ -18,12 +28,16 @@ tnCADImportTableView::tnCADImportTableView(QWidget *parent)
     header->setSortIndicator(-1, header->sortIndicatorOrder());
     setHorizontalHeader(header);
     connect(header, &QHeaderView::sectionDoubleClicked, this, &tnCADImportTableView::sort);
-    // The proxy leaves equal rows as it shows them, where the order of the source is wanted. This
-    // connection is older than that of the sorting, so it comes first.
-    connect(header, &QHeaderView::sortIndicatorChanged, this, [this] {
-        if (auto *rows = model())
-            rows->sort(-1);
-    });
+    // This connection is older than that of the sorting, so it comes first: the proxy leaves equal
+    // rows as it shows them, where the order of the source is wanted.
+    connect(header, &QHeaderView::sortIndicatorChanged, this,
+            [this, watched = QPointer<QAbstractItemModel>()]() mutable {
+                if (model())
+                    model()->sort(-1);
+                if (watched != model())
+                    watchRows();
+                watched = model();
+            });
 
     verticalHeader()->setDefaultSectionSize(static_cast<int>(tnPlatform::getTreeViewIconSizeY()));
     setWordWrap(false);
@@ -84,6 +98,41 @@ void tnCADImportTableView::sort(int column)
 {
     const bool ascending = horizontalHeader()->sortIndicatorOrder() == Qt::AscendingOrder;
     sortByColumn(column, ascending ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void tnCADImportTableView::watchRows()
+{
+    // A sorted proxy moves a changed row by itself and puts new ones behind all their equals. The
+    // parts of an assembly sort like the assembly, so they would be left behind or led astray.
+    auto *repair = new QTimer(model());
+    repair->setSingleShot(true);
+    repair->setInterval(repairDelay);
+    connect(repair, &QTimer::timeout, this, &tnCADImportTableView::bringPartsBack);
+    connect(model(), &QAbstractItemModel::rowsInserted, repair, qOverload<>(&QTimer::start));
+    connect(model(), &QAbstractItemModel::dataChanged, repair,
+            [this, repair](const QModelIndex &first, const QModelIndex &last,
+                           const QVector<int> &roles) {
+                // Frames of the animation name their role, and change no order.
+                const int column = proxy() ? proxy()->sortColumn() : -1;
+                const bool sorts = first.column() <= column && column <= last.column();
+                if (sorts && roles.isEmpty() && !repair->isActive())
+                    repair->start();
+            });
+}
+
+void tnCADImportTableView::bringPartsBack()
+{
+    const auto *files = fileModel();
+    const int column = files ? proxy()->sortColumn() : -1;
+    const auto isPart = [files](int row) {
+        return !(files->index(row, 0).flags() & Qt::ItemIsSelectable);
+    };
+    const std::vector<int> rows = sortedRows();
+    if (column < 0 || std::none_of(rows.begin(), rows.end(), isPart))
+        return;
+    const Qt::SortOrder order = proxy()->sortOrder();
+    model()->sort(-1);
+    model()->sort(column, order);
 }
 
 const QSortFilterProxyModel *tnCADImportTableView::proxy() const

@@ -36,6 +36,8 @@ protected Q_SLOTS:
     void sort(int column);
 
 private:
+    void watchRows();
+    void bringPartsBack();
     const QSortFilterProxyModel *proxy() const;
 
     bool m_locked = false;

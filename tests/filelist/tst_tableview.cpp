@@ -74,6 +74,16 @@ private Q_SLOTS:
         }
     }
 
+    void partsStayBelowTheirAssembly()
+    {
+        FileList list;
+        list.view.sortByColumn(tnCADImportFileModel::StateColumn, Qt::AscendingOrder);
+        list.model.addChildFiles({"/z.prt"}, "/b.step");
+        QTRY_COMPARE(list.shown(), QString("b.step z.prt c.stl a.step"));
+        list.model.setFileState("/b.step", ImportState::Loading);
+        QTRY_COMPARE(list.shown(), QString("c.stl a.step b.step z.prt"));
+    }
+
     void removesSelectedRowsUnlessLocked()
     {
         FileList list;
