@@ -3,7 +3,6 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QThread>
@@ -14,20 +13,14 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <iostream>
-#include <string>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 namespace {
 
-struct Run {
-    QJsonObject request;
-    double memory = 1000.0;
-    bool hasFinished = false;
-
-    QString input() const { return request.value("input").toString(); }
-    QString output() const { return request.value("output").toString(); }
-};
+QJsonObject request;
+double memory = 1000.0;
+bool hasFinished = false;
 
 void writeLine(const QByteArray &line)
 {
@@ -38,6 +31,7 @@ void writeLine(const QByteArray &line)
 void send(const QString &event, QJsonObject object)
 {
     object.insert("event", event);
+    object.insert("id", request.value("id"));
     writeLine(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
@@ -62,67 +56,51 @@ QByteArray emptyScene(const QString &source)
 {
     QByteArray json = R"({"asset":{"version":"2.0","extras":{"source":")" + source.toUtf8()
         + R"("}},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})";
-    while (json.size() % 4 != 0)
-        json += ' ';
+    json.append((4 - json.size() % 4) % 4, ' ');
+    const quint32 size = quint32(json.size());
     QByteArray head(20, '\0');
-    const quint32 words[] = {0x46546C67, 2, quint32(20 + json.size()), quint32(json.size()),
-                             0x4E4F534A};
-    for (int i = 0; i < 5; ++i)
-        qToLittleEndian(words[i], head.data() + 4 * i);
+    const quint32 words[] = {0x46546C67, 2, 20 + size, size, 0x4E4F534A};
+    qToLittleEndian<quint32>(words, 5, head.data());
     return head + json;
 }
 
-void finish(Run &run, const QString &state, const QString &message)
-{
-    run.hasFinished = true;
-    log("end");
-    send("finished",
-         {{"id", run.request.value("id")},
-          {"state", state},
-          {"seconds", 0.5},
-          {"message", message},
-          {"memory", run.memory}});
-}
-
-void runCommand(Run &run, const QString &line)
+void runCommand(const QString &line)
 {
     const QString command = line.section(' ', 0, 0);
     const QString rest = line.section(' ', 1);
     const QString first = rest.section(' ', 0, 0);
-    const QJsonValue id = run.request.value("id");
-    const QString sibling = QFileInfo(run.input()).absolutePath() + '/' + first;
+    const QString second = rest.section(' ', 1);
+    const QString output = request.value("output").toString();
+    const QString input = request.value("input").toString();
+    const QString sibling = QFileInfo(input).absolutePath() + '/' + first;
 
     if (command == "sleep") {
         QThread::msleep(first.toULong());
     } else if (command == "progress") {
-        send("progress", {{"id", id}, {"percent", first.toInt()}, {"message", "Reading"}});
+        send(command, {{"percent", first.toInt()}, {"message", "Reading"}});
     } else if (command == "warning") {
-        send("warning", {{"id", id}, {"message", rest}});
+        send(command, {{"message", rest}});
     } else if (command == "part") {
-        send("part", {{"id", id}, {"file", sibling}});
+        send(command, {{"file", sibling}});
     } else if (command == "partdone") {
+        const QString message = second.section(' ', 1);
         send("partFinished",
-             {{"id", id},
-              {"file", sibling},
-              {"state", rest.section(' ', 1, 1)},
-              {"seconds", 0.125},
-              {"message", rest.section(' ', 2)}});
+             {{"file", sibling},
+              {"state", second.section(' ', 0, 0)},
+              {"message", message},
+              {"seconds", 0.125}});
     } else if (command == "half") {
-        writeFile(run.output() + ".part", "half");
+        writeFile(output + ".part", "half");
     } else if (command == "junk") {
-        writeFile(run.output(), "this is no glTF");
+        writeFile(output, "this is no glTF");
     } else if (command == "write") {
-        writeFile(run.output() + ".part", emptyScene(run.input()));
-        std::rename(QFile::encodeName(run.output() + ".part"), QFile::encodeName(run.output()));
+        writeFile(output, emptyScene(input));
     } else if (command == "memory") {
-        run.memory = first.toDouble();
+        memory = first.toDouble();
     } else if (command == "say") {
         writeLine(rest.toUtf8());
     } else if (command == "flood") {
-        for (int i = 0; i < 4096; ++i)
-            std::fputs(QByteArray(1024, 'x').constData(), stdout);
-        std::fflush(stdout);
-        pause();
+        std::fputs(QByteArray(4 << 20, 'x').constData(), stdout);
     } else if (command == "close") {
         close(STDOUT_FILENO);
         pause();
@@ -133,27 +111,29 @@ void runCommand(Run &run, const QString &line)
     } else if (command == "hang") {
         pause();
     } else if (command == "finish") {
-        finish(run, first, rest.section(' ', 1));
+        hasFinished = true;
+        log("end");
+        send("finished",
+             {{"state", first}, {"seconds", 0.5}, {"message", second}, {"memory", memory}});
     } else {
         std::abort();
     }
 }
 
-void convert(const QJsonObject &request)
+void convert()
 {
-    Run run;
-    run.request = request;
+    hasFinished = false;
     log("begin " + QJsonDocument(request).toJson(QJsonDocument::Compact));
-    send("started", {{"id", request.value("id")}});
-    QFile file(run.input());
+    send("started", {});
+    QFile file(request.value("input").toString());
     if (!file.open(QIODevice::ReadOnly))
         std::abort();
     for (const QString &line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
-        runCommand(run, line);
-    if (run.hasFinished)
+        runCommand(line);
+    if (hasFinished)
         return;
-    runCommand(run, "write");
-    finish(run, "success", QString());
+    runCommand("write");
+    runCommand("finish success");
 }
 
 } // namespace
@@ -166,11 +146,11 @@ int main()
         return 3;
     if (greeting == "silence")
         pause();
-    writeLine(greeting.isEmpty()
-                  ? R"({"event":"ready","version":1,"formats":["Step","Iges","STL","VRML"]})"
-                  : greeting);
-    std::string line;
-    while (std::getline(std::cin, line))
-        convert(QJsonDocument::fromJson(QByteArray::fromStdString(line)).object());
+    const char usual[] = R"({"event":"ready","version":1,"formats":["Step","Iges","STL","VRML"]})";
+    writeLine(greeting.isEmpty() ? usual : greeting);
+    for (std::string line; std::getline(std::cin, line);) {
+        request = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+        convert();
+    }
     return 0;
 }

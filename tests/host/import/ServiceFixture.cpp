@@ -1,8 +1,6 @@
 #include "host/import/ServiceFixture.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtTest/QTest>
 
 using Service = tnFileIOService;
@@ -10,102 +8,66 @@ using tnCADFileTypes::JobState;
 
 namespace {
 
-QString base(const QString &path)
+QString text(const QString &value)
 {
-    return QFileInfo(path).fileName();
+    return ' ' + (value.startsWith('/') ? QFileInfo(value).completeBaseName() : value);
 }
 
-QString stateName(JobState state)
+QString text(unsigned int value)
 {
-    static const QStringList names{"Success", "Failure", "JobAborted", "Incomplete"};
-    return names.value(int(state), "?");
+    return ' ' + QString::number(value);
+}
+
+QString text(JobState state)
+{
+    static const QStringList names{" Success", " Failure", " JobAborted", " Incomplete"};
+    return names.value(int(state), " ?");
 }
 
 } // namespace
+
+template <typename... Arguments>
+void ServiceFixture::listen(const QString &label, void (Service::*signal)(quint64, Arguments...))
+{
+    const auto note = [this, label](const auto &value) -> QString {
+        using Value = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, double>)
+            seconds[label] << value;
+        else if constexpr (std::is_same_v<Value, tndNode>)
+            node = value;
+        else
+            return text(value);
+        return QString();
+    };
+    QObject::connect(service.get(), signal, service.get(),
+                     [this, label, note](quint64 job, const Arguments &...arguments) {
+                         record(job, (label + ... + note(arguments)));
+                     });
+}
 
 ServiceFixture::ServiceFixture(const WorkerLimits &limits, const QString &program)
 {
     qputenv("TN_FAKE_LOG", QFile::encodeName(m_directory.filePath("log")));
     service = std::make_unique<FileService>(scene, program, limits);
-    connectConversionSignals();
-    connectLoadSignals();
-}
-
-ServiceFixture::~ServiceFixture() = default;
-
-void ServiceFixture::connectConversionSignals()
-{
-    Service *s = service.get();
-    QObject::connect(s, &Service::startingImport, s, [this](quint64 job, unsigned count) {
-        record(job, QString("startingImport %1").arg(count));
-    });
-    QObject::connect(s, &Service::importFinished, s,
-                     [this](quint64 job, double) { record(job, "importFinished"); });
-    QObject::connect(s, &Service::importProgressChanged, s, [this](quint64 job, unsigned value) {
-        record(job, QString("importProgressChanged %1").arg(value));
-    });
-    QObject::connect(s, &Service::childFileImportAdded, s,
-                     [this](quint64 job, const QString &parent, const QString &child) {
-                         record(job, "childAdded " + base(parent) + ' ' + base(child));
-                     });
-    QObject::connect(s, &Service::childFileImportFinished, s,
-                     [this](quint64 job, const QString &parent, const QString &child) {
-                         record(job, "childFinished " + base(parent) + ' ' + base(child));
-                     });
-    QObject::connect(s, &Service::conversionFinished, s, [this](quint64 job, double value) {
-        seconds["conversionFinished"] = value;
-        record(job, "conversionFinished");
-    });
-    QObject::connect(s, &Service::fileConversionStarted, s,
-                     [this](quint64 job, const QString &path) {
-                         record(job, "conversionStarted " + base(path));
-                     });
-    QObject::connect(s, &Service::fileConversionFinished, s,
-                     [this](quint64 job, const QString &path, JobState state, double value) {
-                         seconds["fileConversionFinished " + base(path)] = value;
-                         record(job, "conversionEnded " + base(path) + ' ' + stateName(state));
-                     });
-    QObject::connect(s, &Service::fileConversionFailed, s,
-                     [this](quint64 job, const QString &path, const QString &message) {
-                         record(job, "conversionFailed " + base(path) + ' ' + message);
-                     });
-    QObject::connect(
-        s, &Service::fileConversionProgressChanged, s,
-        [this](quint64 job, const QString &path, unsigned percent, const QString &message) {
-            record(job, QString("progress %1 %2 %3").arg(base(path)).arg(percent).arg(message));
-        });
-    QObject::connect(s, &Service::childrenFileConversionFinished, s,
-                     [this](quint64 job, const QString &path, double value) {
-                         seconds["childrenFileConversionFinished"] = value;
-                         record(job, "partsEnded " + base(path));
-                     });
-}
-
-void ServiceFixture::connectLoadSignals()
-{
-    Service *s = service.get();
-    QObject::connect(
-        s, &Service::fileAddedToLoadQueue, s,
-        [this](quint64 job, const QString &path) { record(job, "loadQueued " + base(path)); });
-    QObject::connect(s, &Service::fileLoadingStarted, s, [this](quint64 job, const QString &path) {
-        record(job, "loadStarted " + base(path));
-    });
-    QObject::connect(s, &Service::fileAddedToScene, s,
-                     [this](quint64 job, const QString &path, const tndNode &node) {
-                         nodes[base(path)] = node;
-                         record(job, "added " + base(path));
-                     });
-    QObject::connect(s, &Service::fileLoadingFailed, s,
-                     [this](quint64 job, const QString &path, const QString &message) {
-                         record(job, "loadFailed " + base(path) + ' ' + message);
-                     });
-    QObject::connect(s, &Service::fileLoadingFinished, s,
-                     [this](quint64 job, const QString &path, JobState state) {
-                         record(job, "loadEnded " + base(path) + ' ' + stateName(state));
-                     });
-    QObject::connect(s, &Service::fileTypeReceived, s,
+    listen("starting", &Service::startingImport);
+    listen("finished", &Service::importFinished);
+    listen("percent", &Service::importProgressChanged);
+    listen("part+", &Service::childFileImportAdded);
+    listen("part-", &Service::childFileImportFinished);
+    listen("timed", &Service::conversionFinished);
+    listen("converting", &Service::fileConversionStarted);
+    listen("converted", &Service::fileConversionFinished);
+    listen("failed", &Service::fileConversionFailed);
+    listen("progress", &Service::fileConversionProgressChanged);
+    listen("parts", &Service::childrenFileConversionFinished);
+    listen("queued", &Service::fileAddedToLoadQueue);
+    listen("loading", &Service::fileLoadingStarted);
+    listen("added", &Service::fileAddedToScene);
+    listen("loadFailed", &Service::fileLoadingFailed);
+    listen("loaded", &Service::fileLoadingFinished);
+    QObject::connect(service.get(), &Service::fileTypeReceived, service.get(),
                      [this](const QString &path, tnCADFileTypes::FileType type) {
-                         record(0, QString("type %1 %2").arg(base(path)).arg(int(type)));
+                         record(0, "type" + text(path) + text(unsigned(type)));
                      });
 }
 
@@ -119,10 +81,10 @@ void ServiceFixture::record(quint64 job, const QString &entry)
 
 QString ServiceFixture::file(const QString &name, const QByteArray &script) const
 {
-    const QString path = in() + '/' + name;
-    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QString path = QDir::cleanPath(in() + '/' + name);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(script) != script.size())
+    if (!QDir().mkpath(QFileInfo(path).absolutePath()) || !file.open(QIODevice::WriteOnly)
+        || file.write(script) != script.size())
         qFatal("%s cannot be written", qUtf8Printable(path));
     return path;
 }
@@ -137,8 +99,8 @@ QStringList ServiceFixture::files(int count, const QByteArray &script) const
 
 QStringList ServiceFixture::outNames() const
 {
-    return QDir(out()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
-                                 QDir::Name);
+    const auto all = QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot;
+    return QDir(out()).entryList(all, QDir::Name);
 }
 
 quint64 ServiceFixture::convert(const QStringList &files)
@@ -146,9 +108,14 @@ quint64 ServiceFixture::convert(const QStringList &files)
     return service->loadFiles(files, tndNode(), out(), false, false, false);
 }
 
+quint64 ServiceFixture::load(const QStringList &files, bool remove, const tndNode &target)
+{
+    return service->loadFiles(files, target, out(), true, remove, false);
+}
+
 bool ServiceFixture::wait(quint64 job) const
 {
-    return QTest::qWaitFor([&] { return count(job, "importFinished") > 0; }, 30000);
+    return QTest::qWaitFor([&] { return count(job, "finished") > 0; }, 30000);
 }
 
 int ServiceFixture::count(quint64 job, const QString &beginning) const

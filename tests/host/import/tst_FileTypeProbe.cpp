@@ -59,9 +59,8 @@ private slots:
     void tellsByName();
     void tellsSharedSuffixesByContent_data();
     void tellsSharedSuffixesByContent();
-    void readsTheDirectoryOfACompoundFile();
-    void survivesDamagedCompoundFiles_data();
-    void survivesDamagedCompoundFiles();
+    void readsSoundAndDamagedCompoundFiles_data();
+    void readsSoundAndDamagedCompoundFiles();
 };
 
 void tst_FileTypeProbe::tellsByName_data()
@@ -75,8 +74,6 @@ void tst_FileTypeProbe::tellsByName_data()
     };
     row("/a.b/c.STEP", "STEP", "c", FileType::Step);
     row("two.dots.igs", "igs", "two.dots", FileType::Iges);
-    row("a.CATProduct", "CATProduct", "a", FileType::CatiaV5);
-    row("a.x_t", "x_t", "a", FileType::Parasolid);
     row("a.prt", "prt", "a", FileType::NX);
     row("a.ASM", "ASM", "a", FileType::SolidEdge);
     row("a.PRT.7", "PRT", "a", FileType::ProEngineer);
@@ -88,7 +85,6 @@ void tst_FileTypeProbe::tellsByName_data()
     row("prt.7", "7", "prt", FileType::Unsupported);
     row("/x.step/noSuffix", "", "noSuffix", FileType::Unsupported);
     row(".step", "step", ".step", FileType::Step);
-    row("", "", "", FileType::Unsupported);
 }
 
 void tst_FileTypeProbe::tellsByName()
@@ -109,11 +105,9 @@ void tst_FileTypeProbe::tellsSharedSuffixesByContent_data()
     const QByteArray solidEdge =
         compoundFile({"Root Entry", "Summary", "Versions", "Preview", "JSitesList", "x"}, {3, 1});
     QTest::newRow("creo part") << "a.prt" << creo << FileType::ProEngineer;
-    QTest::newRow("creo assembly") << "a.asm" << creo << FileType::ProEngineer;
     QTest::newRow("nx") << "a.prt" << nx << FileType::NX;
     QTest::newRow("nx assembly in disguise") << "a.asm" << nx << FileType::NX;
     QTest::newRow("solid edge") << "a.asm" << solidEdge << FileType::SolidEdge;
-    QTest::newRow("solid edge part") << "a.prt" << solidEdge << FileType::SolidEdge;
     QTest::newRow("content before version") << "a.prt.4" << nx << FileType::NX;
     QTest::newRow("content of another suffix") << "a.step" << creo << FileType::Step;
     QTest::newRow("office document")
@@ -142,55 +136,39 @@ void tst_FileTypeProbe::tellsSharedSuffixesByContent()
     QCOMPARE(FileTypeProbe::byContent(file.fileName()), FileTypeProbe::byName(name));
 }
 
-void tst_FileTypeProbe::readsTheDirectoryOfACompoundFile()
-{
-    const QStringList names{"Root Entry", "a", "b", "c", "d", "e", "f", "g", "h"};
-    QByteArray bytes = compoundFile(names, {5, 2, 9});
-    QBuffer buffer(&bytes);
-    QVERIFY(buffer.open(QIODevice::ReadOnly));
-    QCOMPARE(CompoundFile::entryNames(buffer), names.mid(1));
-}
-
-void tst_FileTypeProbe::survivesDamagedCompoundFiles_data()
+void tst_FileTypeProbe::readsSoundAndDamagedCompoundFiles_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("atLeast");
-    QTest::addColumn<int>("atMost");
-    const QStringList names{"Root Entry", "a", "b", "c", "d"};
-    const QByteArray good = compoundFile(names, {1, 2});
-
-    QByteArray cyclic = good;
-    put<quint32>(cyclic, 512 + 4 * 2, 1);
-    QTest::newRow("chain in a circle") << cyclic << 4 << 8 * 1024;
-    QByteArray stray = good;
-    put<quint32>(stray, 512 + 4 * 1, 0x00FFFFFF);
-    QTest::newRow("chain leaves the file") << stray << 3 << 3;
-    QByteArray farTable = good;
-    put<quint32>(farTable, 48, 0x7FFFFFFF);
-    QTest::newRow("directory out of the table") << farTable << 0 << 0;
-    QByteArray farther = good;
-    put<quint32>(farther, 48, 1);
-    put<quint32>(farther, 76, 0x12345678);
-    QTest::newRow("table out of the file") << farther << 3 << 3;
-    QByteArray shift = good;
-    put<quint16>(shift, 30, 31);
-    QTest::newRow("sectors of 2 GB") << shift << 0 << 0;
-    QByteArray longName = good;
-    put<quint16>(longName, 512 * 2 + 128 + 64, 0xFFFF);
-    QTest::newRow("endless name") << longName << 4 << 4;
-    QTest::newRow("cut within the header") << good.left(300) << 0 << 0;
-    QTest::newRow("cut within the directory") << good.left(512 * 3 + 60) << 3 << 3;
+    QTest::addColumn<QString>("names"); // "..." when there may be more
+    const QByteArray good = compoundFile({"Root Entry", "a", "b", "c", "d", "e"}, {5, 2});
+    QTest::newRow("sound") << good << "abcde";
+    const auto damaged = [&good](const char *title, int offset, quint32 value, const char *names) {
+        QByteArray bytes = good;
+        put<quint32>(bytes, offset, value);
+        QTest::newRow(title) << bytes << names;
+    };
+    damaged("chain in a circle", 512 + 4 * 2, 5, "abcde...");
+    damaged("chain leaves the file", 512 + 4 * 5, 0x00FFFFFF, "abc");
+    damaged("directory out of the file", 48, 0x7FFFFFFF, "");
+    damaged("table out of the file", 76, 0x12345678, "abc");
+    damaged("sectors of 2 GB", 28, 0x001FFFFE, "");
+    damaged("endless name", 512 * 6 + 128 + 64, 0x0001FFFF, "a...");
+    QTest::newRow("cut within the header") << good.left(300) << "";
+    QTest::newRow("cut within the directory") << good.left(512 * 6 + 60) << "";
 }
 
-void tst_FileTypeProbe::survivesDamagedCompoundFiles()
+void tst_FileTypeProbe::readsSoundAndDamagedCompoundFiles()
 {
     QFETCH(QByteArray, bytes);
-    QFETCH(int, atLeast);
-    QFETCH(int, atMost);
+    QFETCH(QString, names);
     QBuffer buffer(&bytes);
     QVERIFY(buffer.open(QIODevice::ReadOnly));
-    const int count = CompoundFile::entryNames(buffer).size();
-    QVERIFY2(count >= atLeast && count <= atMost, qPrintable(QString::number(count)));
+    const QStringList read = CompoundFile::entryNames(buffer);
+    QVERIFY(read.size() < 10000);
+    if (names.endsWith("..."))
+        QVERIFY2(read.join("").startsWith(names.chopped(3)), qPrintable(read.join("").left(99)));
+    else
+        QCOMPARE(read.join(""), names);
 }
 
 QTEST_GUILESS_MAIN(tst_FileTypeProbe)
