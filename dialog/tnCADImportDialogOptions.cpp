@@ -122,6 +122,9 @@ void tnCADImportDialog::showXlatSettings(FileType type)
     }
     if (effective == Heron)
         m_healStitch->setCurrentIndex(settings.getUseHealStitch() ? 0 : 1);
+
+    // The stores on the way went by widgets half filled, and by the type on show before.
+    m_fixOrientationChecked = settings.getFixSurfaceOrientation();
 }
 
 tndXlatSettings tnCADImportDialog::collectXlatSettings()
@@ -197,6 +200,9 @@ void tnCADImportDialog::applyFileTypeGroups(FileType type)
     m_healStitchLabel->hide();
     m_importerVersion->setVisible(type == CatiaV5);
     m_importerVersionLabel->setVisible(type == CatiaV5);
+    // No widget tells that the type itself disables the box.
+    if (type == CatiaV5)
+        showFixOrientation();
 }
 
 void tnCADImportDialog::applyGroupMask(unsigned int mask)
