@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -16,15 +17,21 @@ namespace tnconvert {
 
 namespace {
 
+constexpr int crashSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+
 /// The handler may not allocate, so the sentence waits in here.
 char crashSentence[1024];
+struct sigaction previousActions[std::size(crashSignals)];
 
 extern "C" void reportCrash(int signal)
 {
     const ssize_t ignored = write(STDERR_FILENO, crashSentence, std::strlen(crashSentence));
     (void)ignored;
-    // The handlers are used only once, so this ends the process.
-    raise(signal);
+    // After the return the fault happens again and goes to whoever was in charge before.
+    for (std::size_t i = 0; i < std::size(crashSignals); ++i) {
+        if (crashSignals[i] == signal)
+            sigaction(signal, &previousActions[i], nullptr);
+    }
 }
 
 } // namespace
@@ -32,20 +39,24 @@ extern "C" void reportCrash(int signal)
 void announceCrash(const std::string &sentence)
 {
     std::snprintf(crashSentence, sizeof crashSentence, "tnconvert: %s\n", sentence.c_str());
-// The sanitizers report more than we could.
+    static const bool isInstalled = [] {
+// The sanitizers have a signal stack of their own.
 #ifndef __SANITIZE_ADDRESS__
-    // A stack of its own: the usual one may be what has run out.
-    static char stack[1 << 15];
-    stack_t alternate{};
-    alternate.ss_sp = stack;
-    alternate.ss_size = sizeof stack;
-    sigaltstack(&alternate, nullptr);
-    struct sigaction action { };
-    action.sa_handler = &reportCrash;
-    action.sa_flags = int(SA_RESETHAND | SA_ONSTACK);
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
-        sigaction(signal, &action, nullptr);
+        // The usual stack may be what has run out.
+        static char stack[1 << 15];
+        stack_t alternate{};
+        alternate.ss_sp = stack;
+        alternate.ss_size = sizeof stack;
+        sigaltstack(&alternate, nullptr);
 #endif
+        struct sigaction action { };
+        action.sa_handler = &reportCrash;
+        action.sa_flags = SA_ONSTACK;
+        for (std::size_t i = 0; i < std::size(crashSignals); ++i)
+            sigaction(crashSignals[i], &action, &previousActions[i]);
+        return true;
+    }();
+    (void)isInstalled;
 }
 
 int takeStandardOutput()
