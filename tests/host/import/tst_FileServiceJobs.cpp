@@ -290,12 +290,20 @@ void tst_FileServiceJobs::takesNoHarmFromAWorkerThatDiesIdle()
     ServiceFixture fixture;
     const QStringList files = fixture.files(1, "sleep 0");
     QVERIFY(fixture.wait(fixture.convert(files)));
-    // Before the service can have seen the end, and after it.
-    for (const int pause : {0, 100}) {
+    const auto killWorker = [&fixture] {
         QCOMPARE(kill(fixture.fakeProcesses().constLast(), SIGKILL), 0);
         QTest::qSleep(100);
-        if (pause > 0)
-            QTest::qWait(pause);
+    };
+    // Once long before the next file, and once too late for the service to see it.
+    for (const bool isSeen : {true, false}) {
+        if (isSeen) {
+            killWorker();
+            QTest::qWait(100);
+        }
+        fixture.onSignal = [&](quint64, const QString &entry) {
+            if (entry == "converting f0" && !isSeen)
+                killWorker();
+        };
         const quint64 job = fixture.convert(files);
         QVERIFY(fixture.wait(job));
         QCOMPARE(fixture.count(job, "converted f0 Success"), 1);
