@@ -6,10 +6,10 @@
 #include "modes/tnConvertMode.h"
 #include "modes/tnImportMode.h"
 #include "modes/tnLoadMode.h"
+#include "module/getPulse.h"
 #include "module/getService.h"
 #include "platform/tnFile.h"
 #include "platform/tnFileIOService.h"
-#include "platform/tnInterfaceFactory.h"
 #include "platform/tnLog.h"
 #include "platform/tnPulseInterface.h"
 #include "states/tnCADImportAddFilesState.h"
@@ -114,8 +114,7 @@ void tnCADImportDialog::updateImportState()
                     .arg(m_partImports)
                     .arg(m_partImports - m_finishedPartImports);
     _result->setText(text);
-    static tnPulseInterface *const pulse = tnInterfaceFactory::the().pulse();
-    pulse->notifyActivity();
+    getPulse()->notifyActivity();
 }
 
 void tnCADImportDialog::onStartingImport(unsigned int fileCount)

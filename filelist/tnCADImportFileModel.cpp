@@ -1,8 +1,8 @@
 #include "filelist/tnCADImportFileModel.h"
 
+#include "module/getPulse.h"
 #include "module/getService.h"
 #include "platform/tnFileIOService.h"
-#include "platform/tnInterfaceFactory.h"
 #include "platform/tnPulseInterface.h"
 #include "ressources/ressources.h"
 
@@ -194,13 +194,16 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
     // set lives for this call only; a single file is found faster without it.
     QSet<QString> known;
     std::size_t rowsSeen = 0;
+    const auto forget = [&] {
+        known.clear();
+        rowsSeen = 0;
+    };
+    const QObject listenersRemove;
+    connect(this, &QAbstractItemModel::rowsRemoved, &listenersRemove, forget);
+    connect(this, &QAbstractItemModel::modelReset, &listenersRemove, forget);
     const auto isKnown = [&](const QString &path) {
         if (paths.size() == 1)
             return rowOf(path) >= 0;
-        if (rowsSeen > m_rows.size()) { // a listener has removed rows
-            known.clear();
-            rowsSeen = 0;
-        }
         for (; rowsSeen < m_rows.size(); ++rowsSeen)
             known.insert(m_rows[rowsSeen]->path());
         return known.contains(path);
@@ -390,8 +393,7 @@ void tnCADImportFileModel::setFileProgress(const QString &path, unsigned int per
         return;
     m_rows[static_cast<std::size_t>(row)]->setProgress(percent, message);
     announceCell(row, StateColumn);
-    static tnPulseInterface *const pulse = tnInterfaceFactory::the().pulse();
-    pulse->notifyActivity();
+    getPulse()->notifyActivity();
 }
 
 void tnCADImportFileModel::setFileNode(const QString &path, const tndNode &node)

@@ -30,13 +30,21 @@ tnCADImportTableView::tnCADImportTableView(QWidget *parent)
     connect(header, &QHeaderView::sectionDoubleClicked, this, &tnCADImportTableView::sort);
     // This connection is older than that of the sorting, so it comes first: the proxy leaves equal
     // rows as it shows them, where the order of the source is wanted.
+    auto *repair = new QTimer(this);
+    repair->setSingleShot(true);
+    repair->setInterval(repairDelay);
+    connect(repair, &QTimer::timeout, this, &tnCADImportTableView::restoreOrder);
     connect(header, &QHeaderView::sortIndicatorChanged, this,
-            [this, watched = QPointer<QAbstractItemModel>()]() mutable {
+            [this, repair, watched = QPointer<QAbstractItemModel>()]() mutable {
                 if (model())
                     model()->sort(-1);
-                if (watched != model())
-                    watchRows();
+                if (watched == model())
+                    return;
+                if (watched)
+                    watched->disconnect(repair);
                 watched = model();
+                if (watched)
+                    watchRows(repair);
             });
 
     verticalHeader()->setDefaultSectionSize(static_cast<int>(tnPlatform::getTreeViewIconSizeY()));
@@ -100,39 +108,53 @@ void tnCADImportTableView::sort(int column)
     sortByColumn(column, ascending ? Qt::DescendingOrder : Qt::AscendingOrder);
 }
 
-void tnCADImportTableView::watchRows()
+void tnCADImportTableView::watchRows(QTimer *repair)
 {
     // A sorted proxy moves a changed row by itself and puts new ones behind all their equals. The
     // parts of an assembly sort like the assembly, so they would be left behind or led astray.
-    auto *repair = new QTimer(model());
-    repair->setSingleShot(true);
-    repair->setInterval(repairDelay);
-    connect(repair, &QTimer::timeout, this, &tnCADImportTableView::bringPartsBack);
-    connect(model(), &QAbstractItemModel::rowsInserted, repair, qOverload<>(&QTimer::start));
+    const auto startRepair = [repair] {
+        if (!repair->isActive())
+            repair->start();
+    };
+    connect(model(), &QAbstractItemModel::rowsInserted, repair, startRepair);
     connect(model(), &QAbstractItemModel::dataChanged, repair,
-            [this, repair](const QModelIndex &first, const QModelIndex &last,
-                           const QVector<int> &roles) {
+            [this, startRepair](const QModelIndex &first, const QModelIndex &last,
+                                const QVector<int> &roles) {
                 // Frames of the animation name their role, and change no order.
                 const int column = proxy() ? proxy()->sortColumn() : -1;
-                const bool sorts = first.column() <= column && column <= last.column();
-                if (sorts && roles.isEmpty() && !repair->isActive())
-                    repair->start();
+                if (first.column() <= column && column <= last.column() && roles.isEmpty())
+                    startRepair();
             });
 }
 
-void tnCADImportTableView::bringPartsBack()
+/// Sorts again where rows have come to stand out of order; most changes leave nothing to do.
+void tnCADImportTableView::restoreOrder()
 {
-    const auto *files = fileModel();
-    const int column = files ? proxy()->sortColumn() : -1;
-    const auto isPart = [files](int row) {
-        return !(files->index(row, 0).flags() & Qt::ItemIsSelectable);
-    };
-    const std::vector<int> rows = sortedRows();
-    if (column < 0 || std::none_of(rows.begin(), rows.end(), isPart))
+    const int column = fileModel() ? proxy()->sortColumn() : -1;
+    if (column < 0 || isInOrder(sortedRows(), column))
         return;
     const Qt::SortOrder order = proxy()->sortOrder();
     model()->sort(-1);
     model()->sort(column, order);
+}
+
+/// Whether the source rows stand by their keys, and equal ones as in the source.
+bool tnCADImportTableView::isInOrder(const std::vector<int> &rows, int column) const
+{
+    const auto *files = fileModel();
+    const bool ascending = proxy()->sortOrder() == Qt::AscendingOrder;
+    const auto keyOf = [files, column](int row) {
+        return files->index(row, column).data(tnCADImportFileModel::SortRole);
+    };
+    const auto compare = [](const QVariant &a, const QVariant &b) {
+        if (a.type() == QVariant::String)
+            return a.toString().compare(b.toString());
+        return int(a.toLongLong() > b.toLongLong()) - int(a.toLongLong() < b.toLongLong());
+    };
+    return std::is_sorted(rows.begin(), rows.end(), [&](int a, int b) {
+        const int keys = compare(keyOf(a), keyOf(b));
+        return keys == 0 ? a < b : (keys < 0) == ascending;
+    });
 }
 
 const QSortFilterProxyModel *tnCADImportTableView::proxy() const

@@ -5,11 +5,12 @@
 #include <vector>
 
 class QSortFilterProxyModel;
+class QTimer;
 class tnCADImportFileModel;
 
 /// The list of files: a table over a sorting proxy over tnCADImportFileModel. Its rows stand in the
-/// order in which they came until the user sorts with a double click on a header section. Rows in
-/// the interface are source rows.
+/// order in which they came until the user sorts by a header section. Rows in the interface are
+/// source rows.
 class tnCADImportTableView : public QTableView {
     Q_OBJECT
 
@@ -36,8 +37,9 @@ protected Q_SLOTS:
     void sort(int column);
 
 private:
-    void watchRows();
-    void bringPartsBack();
+    void watchRows(QTimer *repair);
+    void restoreOrder();
+    bool isInOrder(const std::vector<int> &rows, int column) const;
     const QSortFilterProxyModel *proxy() const;
 
     bool m_locked = false;

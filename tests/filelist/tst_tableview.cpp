@@ -55,7 +55,7 @@ class tst_TableView : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void sortsOnlyWhenDoubleClicked()
+    void standsAsItCameUntilSorted()
     {
         FileList list;
         QCOMPARE(list.shown(), QString("b.step c.stl a.step"));
@@ -82,6 +82,23 @@ private Q_SLOTS:
         QTRY_COMPARE(list.shown(), QString("b.step z.prt c.stl a.step"));
         list.model.setFileState("/b.step", ImportState::Loading);
         QTRY_COMPARE(list.shown(), QString("c.stl a.step b.step z.prt"));
+    }
+
+    void sortsAgainOnlyForRowsOutOfOrder()
+    {
+        FileList list;
+        list.view.sortByColumn(tnCADImportFileModel::StateColumn, Qt::AscendingOrder);
+        list.view.selectRow(2);
+        list.model.setFileState("/c.stl", ImportState::Succeeded);
+        list.model.setFileState("/b.step", ImportState::Succeeded);
+        QTRY_COMPARE(list.shown(), QString("a.step b.step c.stl"));
+        QCOMPARE(list.view.selectionModel()->selectedRows().size(), 1);
+        QVERIFY(list.view.selectionModel()->isRowSelected(0, {}));
+
+        QSignalSpy layout(list.view.model(), &QAbstractItemModel::layoutChanged);
+        list.model.setFileProgress("/b.step", 50, "half way");
+        QTest::qWait(200);
+        QCOMPARE(layout.size(), 0);
     }
 
     void removesSelectedRowsUnlessLocked()
