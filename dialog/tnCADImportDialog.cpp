@@ -114,13 +114,13 @@ tnCADImportDialog::tnCADImportDialog(QWidget *parent)
     createModes();
     setupUi(this);
     setItemToolTips();
-    fitForm();
     _max_procs->setValue(getService<tnFileIOService>()->getMaxParallelProcesses());
     _output_dir->setText(defaultOutputDirectory());
     readSceneImportSettings();
     readProjectMergeSettings();
     readXlatSettings();
     tnCADImportInitState(this).enter();
+    fitForm();
     restoreWindowSettings();
 
     // Handlers are called in the order of connecting, and those of the options rely on it: what a
@@ -142,12 +142,29 @@ void tnCADImportDialog::setItemToolTips()
         (this->*toolTip.box)->setItemData(toolTip.item, tr(toolTip.text), Qt::ToolTipRole);
 }
 
-/// What depends on texts of any length, or on what the widgets bring along.
+/// What is not the form's but that of the texts, fonts and widgets that come together in it.
 void tnCADImportDialog::fitForm()
 {
     // The view makes its header before all other widgets, which would be the first stop of the Tab
     // key then.
     setTabOrder(tableView, tableView->horizontalHeader());
+
+    // No text may widen the window: neither a status, nor a path of any length, nor the one label
+    // that is wider than its column.
+    _result->setWordWrap(true);
+    label_10->setWordWrap(true);
+    _lbDirectory->setTextFormat(Qt::PlainText);
+    _lbDirectory->setSizePolicy(QSizePolicy::Ignored, _lbDirectory->sizePolicy().verticalPolicy());
+
+    // The last column stretches, but not below its own width, which would be a scroll bar's worth.
+    tableView->horizontalHeader()->resizeSection(tnCADImportFileModel::StateColumn, 60);
+
+    // The panel is to do without a horizontal scroll bar, and its scroll bar is frame enough.
+    QMargins margins = gridLayout_5->contentsMargins();
+    margins.setLeft(0);
+    margins.setRight(2);
+    gridLayout_5->setContentsMargins(margins);
+    gridLayout_3->setHorizontalSpacing(gridLayout->horizontalSpacing());
 }
 
 void tnCADImportDialog::restoreWindowSettings()

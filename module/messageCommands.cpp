@@ -1,10 +1,43 @@
 #include "module/messageCommands.h"
 
+#include "dialog/tnCADImportDialog.h"
 #include "module/getFromMessage.h"
+#include "module/getService.h"
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
+#include "platform/tnFileIOService.h"
+
+#include <QtCore/QEventLoop>
+#include <QtCore/QPointer>
 
 #include <vector>
+
+namespace {
+
+/// Blocks until the dialog has finished, with events being processed, and answers with its result.
+/// Gives false, without an answer, when the dialog went instead.
+bool waitForDialog(const QPointer<tnCADImportDialog> &dialog, tnMessage &message)
+{
+    if (!dialog)
+        return false;
+    QEventLoop loop;
+    QObject::connect(dialog, &QDialog::finished, &loop, &QEventLoop::quit);
+    QObject::connect(dialog, &QObject::destroyed, &loop, &QEventLoop::quit);
+    // Out of sight, nobody can close the dialog after a batch that failed or did not start.
+    QObject::connect(getService<tnFileIOService>(), &tnFileIOService::importFinished, &loop,
+                     [&loop, &dialog] {
+                         if (dialog && !dialog->isVisible())
+                             loop.quit();
+                     });
+    if (dialog->isVisible() || dialog->isRunning())
+        loop.exec();
+    if (!dialog)
+        return false;
+    message.set("result", dialog->result(), true);
+    return true;
+}
+
+} // namespace
 
 void importCAD(tnMessage &message)
 {
@@ -21,12 +54,17 @@ void importCAD(tnMessage &message)
 
     QList<QUrl> urls;
     std::vector<QString> files;
+    bool opened = false;
     if (getFromMessage(message, "urls", urls)) {
-        module->openUrls(urls, tndNode(parentNodeId), loadState, true);
+        opened = module->openUrls(urls, tndNode(parentNodeId), loadState, true);
     } else if (getFromMessage(message, "files", files)) {
         const QStringList list(files.begin(), files.end());
-        module->openFiles(list, tndNode(parentNodeId), loadState, true);
+        opened = module->openFiles(list, tndNode(parentNodeId), loadState, true);
+    } else {
+        opened = module->openWithChooser();
     }
+    if (opened && wait)
+        waitForDialog(module->dialog(), message);
 }
 
 void reloadCAD(tnMessage &message)
@@ -50,5 +88,16 @@ void reloadCAD(tnMessage &message)
     if (tnController::isNoGUI() || tnController::isHideGUI())
         showDialog = false;
 
-    module->openFiles(files, parent, tnCAD::Reload, showDialog);
+    if (!module->openFiles(files, parent, tnCAD::Reload, showDialog))
+        return;
+    const QPointer<tnCADImportDialog> dialog = module->dialog();
+    bool startImport = !showDialog; // nobody else could
+    if (showDialog)
+        getFromMessage(message, "startImport", startImport);
+    if (startImport)
+        dialog->onImport();
+    if (wait && waitForDialog(dialog, message)) {
+        message.set("materialAssignmentMode", dialog->_materialAssignment->currentIndex(), true);
+        message.set("importAnimations", dialog->_importAnimations->isChecked(), true);
+    }
 }

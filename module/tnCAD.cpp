@@ -1,5 +1,7 @@
 #include "module/tnCAD.h"
 
+#include "dialog/tnCADImportDialog.h"
+#include "filelist/tnFileImportDialog.h"
 #include "module/getService.h"
 #include "module/messageCommands.h"
 #include "platform/tnController.h"
@@ -7,13 +9,30 @@
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
 #include "platform/tnScenegraphService.h"
-#include "records/tnFileTyp.h"
+
+#include <QtWidgets/QApplication>
 
 #include <algorithm>
 
 namespace {
 
 constexpr unsigned int moduleFlags = 0x20010;
+
+/// Without one, the first widget would end the process.
+bool canHaveWindows()
+{
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        return true;
+    tnLog::error("tnCAD: the import needs a dialog, and there is no application to show it");
+    return false;
+}
+
+/// Ends a dialog that has no parent to end it.
+struct LastDialog {
+    QPointer<tnCADImportDialog> dialog;
+
+    ~LastDialog() { delete dialog; }
+};
 
 } // namespace
 
@@ -31,6 +50,8 @@ tnCAD::~tnCAD()
 {
     tnController::subCB("importCAD");
     tnController::subCB("reloadCAD");
+    qRemovePostRoutine(&tnCAD::deleteDialog);
+    delete m_dialog;
 }
 
 void *tnCAD::moduleQuery()
@@ -47,11 +68,40 @@ int tnCAD::message(tnMessage &message)
     return 0;
 }
 
+tnCADImportDialog *tnCAD::dialog() const
+{
+    return m_dialog;
+}
+
+void tnCAD::deleteDialog()
+{
+    delete s_instance->m_dialog;
+}
+
+tnCADImportDialog *tnCAD::ensureDialog()
+{
+    if (!m_dialog && canHaveWindows()) {
+        // A dialog without parent would outlive an application that goes before the module, and no
+        // widget survives that. Each application calls its routines once.
+        qAddPostRoutine(&tnCAD::deleteDialog);
+        m_dialog = new tnCADImportDialog(tnController::getMainWindow());
+        // Objects in static storage go in the reverse order of their making. The module is older
+        // than what the dialog's making has brought up in the libraries, the settings for one,
+        // without which the dialog can't end; this one is younger.
+        static LastDialog last;
+        last.dialog = m_dialog;
+    }
+    return m_dialog;
+}
+
 bool tnCAD::openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show)
 {
     if (files.isEmpty())
         return false;
-    const QStringList filtered = tnFileTyp::instance().supportedFiles(files);
+    tnCADImportDialog *const dialog = ensureDialog();
+    if (!dialog)
+        return false;
+    const QStringList filtered = dialog->filterFiles(files);
     if (filtered.isEmpty())
         return false;
 
@@ -59,14 +109,34 @@ bool tnCAD::openFiles(const QStringList &files, const tndNode &parent, int loadS
     if (state != Reload && filtered.size() == 1
         && tryDirectLoad(filtered.first(), parent, loadState))
         return false;
-    return handOverToDialog(filtered, parent, state, show);
+    dialog->prepareImport(filtered, parent, state);
+    if (show)
+        dialog->show();
+    return true;
 }
 
 bool tnCAD::openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadState, bool show)
 {
     if (urls.isEmpty())
         return false;
-    return openFiles(tnFileTyp::instance().searchFiles(urls), parent, loadState, show);
+    tnCADImportDialog *const dialog = ensureDialog();
+    if (!dialog)
+        return false;
+    const QPointer<tnCAD> self(this);
+    const QStringList files = dialog->searchUrls(urls);
+    return self && openFiles(files, parent, loadState, show);
+}
+
+bool tnCAD::openWithChooser()
+{
+    if (!canHaveWindows())
+        return false;
+    const QPointer<tnCAD> self(this);
+    tnFileImportDialog chooser;
+    if (chooser.exec() != QDialog::Accepted)
+        return false;
+    const QStringList files = chooser.selectedImportFiles();
+    return self && openFiles(files, tndNode(), AddFiles, true);
 }
 
 bool tnCAD::tryDirectLoad(const QString &file, const tndNode &parent, int loadState)
@@ -80,18 +150,4 @@ bool tnCAD::tryDirectLoad(const QString &file, const tndNode &parent, int loadSt
         return false;
     files->loadFiles({file}, parent, QString(), true, true, true);
     return true;
-}
-
-void tnCAD::setDialogHandOver(DialogHandOver handOver)
-{
-    m_dialogHandOver = std::move(handOver);
-}
-
-bool tnCAD::handOverToDialog(const QStringList &files, const tndNode &parent, int state, bool show)
-{
-    if (m_dialogHandOver)
-        return m_dialogHandOver(files, parent, state, show);
-    tnLog::warning("tnCAD: %d file(s) need the import dialog, which this build does not have",
-                   static_cast<int>(files.size()));
-    return false;
 }

@@ -4,24 +4,24 @@
 #include "platform/tndNode.h"
 
 #include <QtCore/QList>
+#include <QtCore/QPointer>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
-#include <functional>
+class tnCADImportDialog;
 
 /// The CAD import module: registers the commands importCAD and reloadCAD and decides which of their
 /// files go straight to the host's file service and which are the user's to look over first. One
 /// object per process; GUI thread only.
+///
+/// It owns the import dialog, which is made on first need as a child of the host's main window and
+/// goes with the first of main window, application and module.
 class tnCAD : public tnModuleBase {
     Q_OBJECT
 
 public:
     /// The workflow that a command asks for; see "loadState" in docs/host-integration.md.
     enum LoadState { DirectLoad = -1, AddFiles = 0, AddFolder = 1, Run = 2, Reload = 3 };
-
-    /// Takes the files into the import dialog. Gives true when the dialog is in charge of them.
-    using DialogHandOver =
-        std::function<bool(const QStringList &files, const tndNode &parent, int state, bool show)>;
 
     tnCAD();
     ~tnCAD() override;
@@ -33,25 +33,30 @@ public:
     void moduleNotify() override;
     int message(tnMessage &message) override;
 
-    /// Opens what of the files can be imported, under the parent (null: the host decides). Gives
-    /// true when the dialog holds the files and is in charge, false when there was nothing to open
-    /// or the file service has taken the one file directly.
-    bool openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show);
-    /// The same for files and folders; folders are searched, with events being processed meanwhile.
-    bool openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadState, bool show);
+    /// The import dialog, null as long as nothing has needed one. Events may delete it.
+    tnCADImportDialog *dialog() const;
 
-    /// The one way from here to the dialog.
-    void setDialogHandOver(DialogHandOver handOver);
+    /// Opens what of the files can be imported, under the parent (null: the host decides). Gives
+    /// true when the dialog holds the files and is in charge, false when there was nothing to open,
+    /// the file service has taken the one file directly, or there is no application to have a
+    /// dialog in.
+    bool openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show);
+    /// The same for files and folders. Folders are searched, with events being processed meanwhile:
+    /// another command that comes then takes precedence, and this gives false.
+    bool openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadState, bool show);
+    /// The same for what the user chooses, modally, to be added to the scene.
+    bool openWithChooser();
 
 Q_SIGNALS:
     /// The host has begun a new scene.
     void onNewScene();
 
 private:
+    static void deleteDialog();
+    tnCADImportDialog *ensureDialog();
     bool tryDirectLoad(const QString &file, const tndNode &parent, int loadState);
-    bool handOverToDialog(const QStringList &files, const tndNode &parent, int state, bool show);
 
     static tnCAD *s_instance;
 
-    DialogHandOver m_dialogHandOver;
+    QPointer<tnCADImportDialog> m_dialog;
 };

@@ -22,7 +22,8 @@ public:
     QString caption() const;
     void setCaption(const QString &caption);
 
-    /// Takes the page over; further pages stand below the first. Null is ignored.
+    /// Takes the page over, in a smaller font and with its grids drawn together; further pages
+    /// stand below the first. Null is ignored.
     void addPage(QWidget *page);
 
     bool isCollapsed() const;

@@ -1,3 +1,5 @@
+#include "dialog/tnCADImportDialog.h"
+#include "filelist/tnCADImportFileModel.h"
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
 #include "platform/tnMessage.h"
@@ -6,15 +8,24 @@
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
+#include <QtWidgets/QFileDialog>
 
 namespace {
 
-struct HandOver {
-    QStringList files;
-    tndNode parent;
-    int state;
-    bool show;
-};
+QStringList listed(const tnCADImportDialog &dialog)
+{
+    return dialog.tableView->fileModel()->fileNames(false);
+}
+
+/// The entry code whose look the dialog has.
+int look(const tnCADImportDialog &dialog)
+{
+    if (dialog.windowTitle() == "Re-import File")
+        return tnCADImportDialog::Reload;
+    if (!dialog._progress->isHidden())
+        return tnCADImportDialog::Run;
+    return dialog._pbAbort->isHidden() ? tnCADImportDialog::AddFiles : tnCADImportDialog::AddFolder;
+}
 
 void writeFile(const QString &path)
 {
@@ -33,19 +44,14 @@ class tst_Commands : public QObject {
 private:
     std::unique_ptr<ScriptedServices> m_services;
     std::unique_ptr<tnCAD> m_module;
-    std::vector<HandOver> m_handOvers;
+
+    tnCADImportDialog *dialog() const { return m_module->dialog(); }
 
 private Q_SLOTS:
     void init()
     {
-        m_handOvers.clear();
         m_services = std::make_unique<ScriptedServices>();
         m_module = std::make_unique<tnCAD>();
-        m_module->setDialogHandOver(
-            [this](const QStringList &files, const tndNode &parent, int state, bool show) {
-                m_handOvers.push_back({files, parent, state, show});
-                return true;
-            });
     }
 
     void cleanup()
@@ -95,7 +101,8 @@ private Q_SLOTS:
         QTest::newRow("other negative") << true << true << true << -2 << false << 0;
         QTest::newRow("no candidate") << true << false << true << -1 << false << 0;
         QTest::newRow("scene refuses") << true << true << false << -1 << false << 0;
-        QTest::newRow("unknown state passes") << true << true << true << 9 << false << 9;
+        QTest::newRow("unknown state") << true << true << true << 9 << false << 0;
+        QTest::newRow("run") << true << true << true << 2 << false << 2;
         QTest::newRow("a reload never") << false << true << true << 3 << false << 3;
     }
 
@@ -117,17 +124,17 @@ private Q_SLOTS:
 
         const auto &loads = m_services->files.loads;
         QTEST(loads.size() == 1, "direct");
-        QTEST(m_handOvers.empty(), "direct");
+        QTEST(!dialog()->isVisible(), "direct");
         if (loads.size() == 1) {
             QCOMPARE(loads[0].files, QStringList("/a/b.step"));
             QCOMPARE(loads[0].target, tndNode(12));
             QVERIFY(loads[0].directory.isEmpty());
             QVERIFY(loads[0].load && loads[0].remove && loads[0].direct);
         } else {
-            QCOMPARE(m_handOvers[0].files, QStringList("/a/b.step"));
-            QCOMPARE(m_handOvers[0].parent, tndNode(12));
-            QTEST(m_handOvers[0].state, "state");
-            QVERIFY(m_handOvers[0].show);
+            QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
+            QCOMPARE(dialog()->targetNode(), tndNode(12));
+            QTEST(look(*dialog()), "state");
+            QVERIFY(!dialog()->isModal());
         }
     }
 
@@ -138,9 +145,8 @@ private Q_SLOTS:
         message.set("loadState", -1, true);
         tnController::callCB("importCAD", message);
         QVERIFY(m_services->files.directLoadQuestions.empty());
-        QCOMPARE(m_handOvers.size(), std::size_t(1));
-        QCOMPARE(m_handOvers[0].state, 0);
-        QVERIFY(m_handOvers[0].parent.isNull());
+        QCOMPARE(look(*dialog()), 0);
+        QVERIFY(dialog()->targetNode().isNull() && dialog()->isVisible());
     }
 
     void urlsComeFirstUnlessTheyAreUnreadable()
@@ -155,47 +161,87 @@ private Q_SLOTS:
         message.set("urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}, true);
         message.set("files", std::vector<QString>{"/other.step", "/more.step"}, true);
         tnController::callCB("importCAD", message);
-        QCOMPARE(m_handOvers.size(), std::size_t(1));
-        QCOMPARE(QSet<QString>(m_handOvers[0].files.begin(), m_handOvers[0].files.end()),
+        const QStringList found = listed(*dialog());
+        QCOMPARE(QSet<QString>(found.begin(), found.end()),
                  QSet<QString>({folder.filePath("a.step"), folder.filePath("sub/b.stl")}));
 
         message.set("urls", QStringList{folder.path()}, true);
         CapturedStream err(stderr);
         tnController::callCB("importCAD", message);
         QVERIFY(err.take().contains("'urls' has wrong type"));
-        QCOMPARE(m_handOvers.size(), std::size_t(2));
-        QCOMPARE(m_handOvers[1].files, QStringList({"/other.step", "/more.step"}));
+        QCOMPARE(listed(*dialog()), QStringList({"/other.step", "/more.step"}));
     }
 
     void nothingToImportEndsTheCommand()
     {
         tnMessage message;
-        message.set("files", std::vector<QString>{"/a/notes.txt"}, true);
-        tnController::callCB("importCAD", message);
+        message.set("wait", true, true);
         message.set("files", std::vector<QString>(), true);
         tnController::callCB("importCAD", message);
         message.set("urls", QList<QUrl>(), true);
         tnController::callCB("importCAD", message);
-        QVERIFY(m_handOvers.empty());
-        QVERIFY(m_services->files.loads.empty());
+        QVERIFY(!dialog());
+        message = tnMessage();
+        message.set("wait", true, true);
+        message.set("files", std::vector<QString>{"/a/notes.txt"}, true);
+        tnController::callCB("importCAD", message);
+        QVERIFY(dialog() && !dialog()->isVisible());
+        QVERIFY(m_services->files.loads.empty() && message.get("result").empty());
+    }
+
+    void chooser_data()
+    {
+        QTest::addColumn<bool>("accept");
+        QTest::newRow("cancelled") << false;
+        QTest::newRow("chosen") << true;
+    }
+
+    void chooser()
+    {
+        QFETCH(bool, accept);
+        QTemporaryDir folder;
+        writeFile(folder.filePath("a.step"));
+        QTimer::singleShot(0, this, [&] {
+            auto *const chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QVERIFY(chooser);
+            chooser->selectFile(folder.filePath("a.step"));
+            QMetaObject::invokeMethod(chooser, accept ? "accept" : "reject");
+        });
+        tnMessage message;
+        message.set("loadState", 3, true);
+        message.set("parentNodeId", 12u, true);
+        message.set("wait", !accept, true);
+        tnController::callCB("importCAD", message);
+        QCOMPARE(dialog() != nullptr, accept);
+        QVERIFY(message.get("result").empty());
+        if (accept) {
+            QCOMPARE(listed(*dialog()), QStringList(folder.filePath("a.step")));
+            QVERIFY(look(*dialog()) == 0 && dialog()->targetNode().isNull());
+        }
     }
 
     void reload_data()
     {
         QTest::addColumn<int>("gui"); // 0 shown, 1 none, 2 hidden
         QTest::addColumn<QVariant>("showDialog");
+        QTest::addColumn<QVariant>("startImport");
         QTest::addColumn<bool>("shown");
-        QTest::newRow("default") << 0 << QVariant() << true;
-        QTest::newRow("asked for") << 0 << QVariant(true) << true;
-        QTest::newRow("not wanted") << 0 << QVariant(false) << false;
-        QTest::newRow("no GUI") << 1 << QVariant(true) << false;
-        QTest::newRow("hidden GUI") << 2 << QVariant() << false;
+        QTest::addColumn<bool>("started");
+        const QVariant none;
+        QTest::newRow("default") << 0 << none << none << true << false;
+        QTest::newRow("start") << 0 << QVariant(true) << QVariant(true) << true << true;
+        QTest::newRow("no start") << 0 << none << QVariant(false) << true << false;
+        QTest::newRow("start of a wrong type") << 0 << none << QVariant(1) << true << false;
+        QTest::newRow("unseen") << 0 << QVariant(false) << QVariant(false) << false << true;
+        QTest::newRow("no GUI") << 1 << QVariant(true) << QVariant(false) << false << true;
+        QTest::newRow("hidden GUI") << 2 << none << none << false << true;
     }
 
     void reload()
     {
         QFETCH(int, gui);
         QFETCH(QVariant, showDialog);
+        QFETCH(QVariant, startImport);
         tnController::setNoGUI(gui == 1);
         tnController::setHideGUI(gui == 2);
         m_services->files.handledByDialog = false;
@@ -205,14 +251,23 @@ private Q_SLOTS:
         message.set("parent", 4, true);
         if (showDialog.isValid())
             message.set("showDialog", showDialog.toBool(), true);
+        if (startImport.type() == QVariant::Bool)
+            message.set("startImport", startImport.toBool(), true);
+        else if (startImport.isValid())
+            message.set("startImport", startImport.toInt(), true);
+        CapturedStream err(stderr);
         tnController::callCB("reloadCAD", message);
+        err.take();
 
-        QVERIFY(m_services->files.loads.empty());
-        QCOMPARE(m_handOvers.size(), std::size_t(1));
-        QCOMPARE(m_handOvers[0].files, QStringList("/a/b.step"));
-        QCOMPARE(m_handOvers[0].parent, tndNode(4));
-        QCOMPARE(m_handOvers[0].state, 3);
-        QTEST(m_handOvers[0].show, "shown");
+        const auto &loads = m_services->files.loads;
+        QTEST(loads.size() == 1, "started");
+        QVERIFY(loads.empty() || (!loads[0].direct && loads[0].target == tndNode(4)));
+        QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
+        QCOMPARE(dialog()->targetNode(), tndNode(4));
+        QCOMPARE(dialog()->windowTitle(),
+                 QString(loads.empty() ? "Re-import File" : "Import File(s)"));
+        QTEST(dialog()->isVisible(), "shown");
+        QVERIFY(message.get("result").empty());
     }
 
     void reloadTakesOnlyItsOwnTypes()
@@ -221,7 +276,7 @@ private Q_SLOTS:
         message.set("files", std::vector<QString>{"/a/b.step"}, true);
         CapturedStream err(stderr);
         tnController::callCB("reloadCAD", message);
-        QVERIFY(m_handOvers.empty());
+        QVERIFY(!dialog());
 
         message.set("files", QStringList{"/a/b.step"}, true);
         message.set("parent", 4u, true);
@@ -229,10 +284,80 @@ private Q_SLOTS:
         const QByteArray printed = err.take();
         QVERIFY(printed.contains("'files' has wrong type"));
         QVERIFY(printed.contains("'parent' has wrong type"));
-        QCOMPARE(m_handOvers.size(), std::size_t(1));
-        QVERIFY(m_handOvers[0].parent.isNull());
+        QVERIFY(dialog()->targetNode().isNull());
+    }
+
+    void waitsForTheAnswer()
+    {
+        tnMessage reload;
+        reload.set("files", QStringList{"/a/b.step", "/a/c.stl"}, true);
+        reload.set("wait", true, true);
+        tnMessage import;
+        import.set("files", std::vector<QString>{"/a/d.step", "/a/e.stl"}, true);
+        import.set("wait", true, true);
+        // The second command comes while the first one waits; the dialog's end is that of both.
+        QTimer::singleShot(0, this, [&] { tnController::callCB("importCAD", import); });
+        QTimer::singleShot(100, this, [&] {
+            QCOMPARE(listed(*dialog()), QStringList({"/a/d.step", "/a/e.stl"}));
+            dialog()->_materialAssignment->setCurrentIndex(2);
+            dialog()->_importAnimations->setChecked(true);
+            dialog()->_pbReloadOk->click();
+        });
+        tnController::callCB("reloadCAD", reload);
+        QCOMPARE(boost::any_cast<int>(import.get("result")), 1);
+        QCOMPARE(boost::any_cast<int>(reload.get("result")), 1);
+        QCOMPARE(boost::any_cast<int>(reload.get("materialAssignmentMode")), 2);
+        QVERIFY(boost::any_cast<bool>(reload.get("importAnimations")));
+        QVERIFY(import.get("materialAssignmentMode").empty());
+        QVERIFY(dialog() && !dialog()->isVisible());
+    }
+
+    void aWaitEndsWithTheDialogOrTheModule()
+    {
+        for (const bool module : {false, true}) {
+            tnMessage message;
+            message.set("files", QStringList{"/a/b.step"}, true);
+            message.set("wait", true, true);
+            QTimer::singleShot(0, this, [&] {
+                if (module)
+                    m_module.reset();
+                else
+                    delete dialog();
+            });
+            tnController::callCB("reloadCAD", message);
+            QVERIFY(message.get("result").empty());
+        }
+    }
+
+    void anUnseenWaitEndsWithTheBatch_data()
+    {
+        QTest::addColumn<bool>("writable");
+        QTest::newRow("failed") << true;
+        QTest::newRow("not started") << false;
+    }
+
+    void anUnseenWaitEndsWithTheBatch()
+    {
+        QFETCH(bool, writable);
+        tnController::setNoGUI(true);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        tnMessage message;
+        message.set("files", QStringList{"/a/b.step"}, true);
+        tnController::callCB("reloadCAD", message);
+        emit m_services->files.importFinished(1, 1);
+        if (!writable)
+            dialog()->_output_dir->setText(file.fileName() + "/below");
+        message.set("wait", true, true);
+        QTimer::singleShot(0, this, [&] {
+            emit m_services->files.fileConversionFailed(2, "/a/b.step", "broken");
+            emit m_services->files.importFinished(2, 1);
+        });
+        tnController::callCB("reloadCAD", message);
+        QCOMPARE(m_services->files.loads.size(), std::size_t(writable ? 2 : 1));
+        QCOMPARE(boost::any_cast<int>(message.get("result")), 0);
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Commands)
+QTEST_MAIN(tst_Commands)
 #include "tst_commands.moc"
