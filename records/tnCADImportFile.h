@@ -6,6 +6,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -37,8 +38,13 @@ public:
 
     /// The path as it was given; never changes.
     QString path() const { return m_path; }
-    /// Exact comparison with the path, case included.
-    bool matches(const QString &path) const { return m_path == path; }
+    /// Exact comparison with the path, case included. From the end on, as the files of one folder
+    /// begin alike: lookups walk over whole lists of them.
+    bool matches(const QString &path) const
+    {
+        return m_path.size() == path.size()
+            && std::equal(m_path.crbegin(), m_path.crend(), path.crbegin());
+    }
     /// The name without directory.
     QString fileName() const { return m_fileName; }
     /// What the file service takes for the suffix, without dot, in the file's own case.
