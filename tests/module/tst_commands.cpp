@@ -189,35 +189,29 @@ private Q_SLOTS:
         QVERIFY(m_services->files.loads.empty() && message.get("result").empty());
     }
 
-    void chooser_data()
+    void withoutFilesTheUserIsAsked()
     {
-        QTest::addColumn<bool>("accept");
-        QTest::newRow("cancelled") << false;
-        QTest::newRow("chosen") << true;
-    }
-
-    void chooser()
-    {
-        QFETCH(bool, accept);
         QTemporaryDir folder;
-        writeFile(folder.filePath("a.step"));
-        QTimer::singleShot(0, this, [&] {
-            auto *const chooser = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            QVERIFY(chooser);
-            chooser->selectFile(folder.filePath("a.step"));
-            QMetaObject::invokeMethod(chooser, accept ? "accept" : "reject");
-        });
-        tnMessage message;
-        message.set("loadState", 3, true);
-        message.set("parentNodeId", 12u, true);
-        message.set("wait", !accept, true);
-        tnController::callCB("importCAD", message);
-        QCOMPARE(dialog() != nullptr, accept);
-        QVERIFY(message.get("result").empty());
-        if (accept) {
-            QCOMPARE(listed(*dialog()), QStringList(folder.filePath("a.step")));
-            QVERIFY(look(*dialog()) == 0 && dialog()->targetNode().isNull());
+        const QString path = folder.filePath("a.step");
+        writeFile(path);
+        for (const bool accept : {false, true}) {
+            QTimer::singleShot(0, this, [&] {
+                auto *const chooser =
+                    qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+                QVERIFY(chooser);
+                chooser->selectFile(path);
+                QMetaObject::invokeMethod(chooser, accept ? "accept" : "reject");
+            });
+            tnMessage message;
+            message.set("loadState", 3, true);
+            message.set("parentNodeId", 12u, true);
+            message.set("wait", !accept, true);
+            tnController::callCB("importCAD", message);
+            QCOMPARE(dialog() != nullptr, accept);
+            QVERIFY(message.get("result").empty());
         }
+        QCOMPARE(listed(*dialog()), QStringList(path));
+        QVERIFY(look(*dialog()) == 0 && dialog()->targetNode().isNull());
     }
 
     void reload_data()
@@ -329,33 +323,24 @@ private Q_SLOTS:
         }
     }
 
-    void anUnseenWaitEndsWithTheBatch_data()
-    {
-        QTest::addColumn<bool>("writable");
-        QTest::newRow("failed") << true;
-        QTest::newRow("not started") << false;
-    }
-
     void anUnseenWaitEndsWithTheBatch()
     {
-        QFETCH(bool, writable);
         tnController::setNoGUI(true);
-        QTemporaryFile file;
-        QVERIFY(file.open());
         tnMessage message;
         message.set("files", QStringList{"/a/b.step"}, true);
-        tnController::callCB("reloadCAD", message);
-        emit m_services->files.importFinished(1, 1);
-        if (!writable)
-            dialog()->_output_dir->setText(file.fileName() + "/below");
         message.set("wait", true, true);
         QTimer::singleShot(0, this, [&] {
-            emit m_services->files.fileConversionFailed(2, "/a/b.step", "broken");
-            emit m_services->files.importFinished(2, 1);
+            emit m_services->files.fileConversionFailed(1, "/a/b.step", "broken");
+            emit m_services->files.importFinished(1, 1);
         });
         tnController::callCB("reloadCAD", message);
-        QCOMPARE(m_services->files.loads.size(), std::size_t(writable ? 2 : 1));
         QCOMPARE(boost::any_cast<int>(message.get("result")), 0);
+
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        dialog()->_output_dir->setText(file.fileName() + "/below"); // so nothing starts
+        tnController::callCB("reloadCAD", message);
+        QCOMPARE(m_services->files.loads.size(), std::size_t(1));
     }
 };
 

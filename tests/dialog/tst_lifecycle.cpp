@@ -1,0 +1,340 @@
+#include "dialog/tnCADImportDialog.h"
+#include "filelist/tnCADImportFileModel.h"
+#include "module/tnCAD.h"
+#include "platform/tnController.h"
+#include "platform/tnMessage.h"
+#include "platform/tnPlatform.h"
+#include "records/tnFileTyp.h"
+#include "tests/support/ScriptedServices.h"
+
+#include <QtCore/QMimeData>
+#include <QtCore/QPointer>
+#include <QtCore/QProcess>
+#include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+#include <QtWidgets/QScrollBar>
+
+namespace {
+
+const QStringList keys{"importDialog/advancedOptionsCollapseState",
+                       "importDialog/fileSpecificOptionsCollapseState",
+                       "importDialog/geometry",
+                       "importDialog/globalSceneOptionsCollapseState",
+                       "importDialog/importOptionsCollapseState",
+                       "importDialog/projectMergeOptionsCollapseState",
+                       "importDialog/sharedCadOptionsCollapseState",
+                       "importDialog/splitterState",
+                       "importDialog/tessellationCollapseState"};
+
+/// In the order of the collapse states among the keys.
+std::vector<QTNCollapsibleFrame *> frames(const tnCADImportDialog &dialog)
+{
+    return {dialog._tesselation->advancedFrame,
+            dialog._file_specific_options,
+            dialog._scene_settings,
+            dialog._advanced_settings,
+            dialog._project_settings,
+            dialog._general_settings,
+            dialog._tesselation->tessellationFrame};
+}
+
+/// Importable files: one in the folder, one in a folder of it.
+struct Folder {
+    QTemporaryDir dir;
+    QString top = dir.filePath("a.step");
+    QString deep = dir.filePath("sub/b.igs");
+    QList<QUrl> urls{QUrl::fromLocalFile(dir.path())};
+
+    Folder()
+    {
+        QDir(dir.path()).mkdir("sub");
+        for (const QString &path : {top, deep, dir.filePath("notes.txt")})
+            QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+    }
+};
+
+bool drop(tnCADImportDialog &dialog, const QList<QUrl> &urls)
+{
+    QMimeData data;
+    data.setUrls(urls);
+    QDragEnterEvent enter({1, 1}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&dialog, &enter); // makes the dialog the target
+    QDropEvent event({1, 1}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    event.ignore();
+    QCoreApplication::sendEvent(&dialog, &event);
+    return event.isAccepted();
+}
+
+QSet<QString> listed(const tnCADImportDialog &dialog)
+{
+    const QStringList files = dialog.tableView->fileModel()->fileNames(false);
+    return {files.begin(), files.end()};
+}
+
+tnCADImportDialog *openDialog()
+{
+    tnMessage message;
+    message.set("files", QStringList{"/cad/a.step", "/cad/b.igs"}, true);
+    tnController::callCB("reloadCAD", message);
+    tnCADImportDialog *const dialog = tnCAD::instance()->dialog();
+    if (dialog)
+        dialog->tableView->selectAll();
+    return dialog;
+}
+
+/// Runs in a process of its own: the module, which ends with the process, and what goes before it.
+int dieInOrder(const QByteArray &order, int argc, char **argv)
+{
+    static ScriptedServices services;
+    auto application = std::make_unique<QApplication>(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("tn"));
+    QCoreApplication::setApplicationName(QStringLiteral("exit"));
+    std::unique_ptr<QWidget> mainWindow;
+    if (order.startsWith("window")) {
+        mainWindow = std::make_unique<QWidget>();
+        tnController::setMainWindow(mainWindow.get());
+    }
+    static tnCAD module;
+    const QPointer<tnCADImportDialog> dialog = openDialog();
+    if (order == "exit") // the application stays, and the module goes before it
+        std::exit(0);
+    order.startsWith("window") ? mainWindow.reset() : application.reset();
+    QSettings settings("tn", "exit");
+    if (dialog || settings.allKeys() != keys)
+        return 2;
+    settings.clear(); // whatever comes now would come twice
+    settings.sync();
+    if (order == "window exit")
+        std::exit(0);
+    application.reset();
+    return openDialog() ? 3 : 0; // without application there is none
+}
+
+} // namespace
+
+class tst_Lifecycle : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QSettings().clear(); }
+
+    void windowSettingsComeBack()
+    {
+        ScriptedServices services;
+        for (const unsigned int pattern : {0x55u, 0x2au, 0x33u}) {
+            {
+                tnCADImportDialog dialog(nullptr);
+                for (std::size_t i = 0; i < 7; ++i)
+                    frames(dialog)[i]->setCollapsed((pattern >> i & 1) != 0);
+                dialog.resize(740, 500 + int(pattern));
+                dialog._pbReloadOk->click();
+                QVERIFY(QSettings().allKeys().isEmpty());
+            }
+            QCOMPARE(QSettings().allKeys(), keys);
+            QCOMPARE(QSettings().value(keys[0]).toBool(), (pattern & 1) != 0);
+            {
+                const tnCADImportDialog dialog(nullptr);
+                for (std::size_t i = 0; i < 7; ++i)
+                    QCOMPARE(frames(dialog)[i]->isCollapsed(), (pattern >> i & 1) != 0);
+                QCOMPARE(dialog.height(), 500 + int(pattern));
+            }
+            QSettings().clear();
+        }
+    }
+
+    void damagedSettingsDoNoHarm()
+    {
+        ScriptedServices services;
+        const QByteArray upright = QSplitter(Qt::Vertical).saveState();
+        const QByteArray cut = QWidget().saveGeometry().left(20);
+        for (const QVariant &value : {QVariant("\x01 garbage"), QVariant(QStringList{"a", "b"}),
+                                      QVariant(-7), QVariant(cut), QVariant(upright)}) {
+            for (const QString &key : keys)
+                QSettings().setValue(key, value);
+            tnCADImportDialog dialog(nullptr);
+            dialog.show();
+            QCOMPARE(dialog._splitter->orientation(), Qt::Horizontal);
+            QVERIFY(dialog._settings->width() >= 440 && dialog.tableView->width() > 200);
+        }
+    }
+
+    void theWindowHoldsItsContents()
+    {
+        ScriptedServices services;
+        tnPlatform::setDpiScale(1, 1);
+        tnCADImportDialog dialog(nullptr);
+        tnPlatform::setDpiScale(0, 0);
+        dialog.prepareImport({"/cad/a.step"}, {}, 0);
+        emit services.files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
+        dialog.show();
+        QVERIFY(dialog._settings->verticalScrollBar()->maximum() > 0);
+        QCOMPARE(dialog._settings->horizontalScrollBar()->maximum(), 0);
+        QCOMPARE(dialog.tableView->horizontalScrollBar()->maximum(), 0);
+        QCOMPARE(dialog.size(), QSize(810, 600));
+        const QWidget *stop = dialog.nextInFocusChain();
+        while (!stop->isVisible() || !(stop->focusPolicy() & Qt::TabFocus))
+            stop = stop->nextInFocusChain();
+        QCOMPARE(stop->objectName(), QString("_cbFileType"));
+    }
+
+    void aReloadReplacesWhatWasThere()
+    {
+        ScriptedServices services;
+        tnCADImportDialog dialog(nullptr);
+        dialog._cbMode->setCurrentIndex(2);
+        dialog.prepareImport({"/cad/a.step"}, tndNode(5), 0);
+        dialog.prepareImport({"/cad/b.igs", "/cad/no.txt"}, tndNode(6), 3);
+        QCOMPARE(listed(dialog), QSet<QString>{"/cad/b.igs"});
+        QVERIFY(dialog._cbMode->currentIndex() == 0 && !dialog._cbMode->signalsBlocked());
+        QCOMPARE(dialog._globalReferenceBehavior->currentIndex(), 1);
+        dialog.onImport();
+        QVERIFY(services.files.loads.at(0).load); // not the mode that converts only
+        QCOMPARE(services.files.loads.at(0).target, tndNode(6));
+    }
+
+    void handlersComeBeforeTheWatchers()
+    {
+        ScriptedServices services;
+        auto &stored = services.files.xlatSettings;
+        stored[tnCADFileTypes::Iges].setChordDeviation(7);
+        tnCADImportDialog dialog(nullptr);
+        dialog.prepareImport({"/cad/a.step", "/cad/b.igs"}, {}, 0);
+        emit services.files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
+        emit services.files.fileTypeReceived("/cad/b.igs", tnCADFileTypes::Iges);
+        // Options stored before those of the new type are shown would be those of the old one.
+        dialog._cbFileType->setCurrentIndex(dialog._cbFileType->findText("Step"));
+        dialog._tesselation->chordDeviationSpinBox->setValue(3);
+        dialog._cbFileType->setCurrentIndex(dialog._cbFileType->findText("Iges"));
+        dialog._globalReferenceBehavior->setCurrentIndex(1);
+        dialog._globalReferenceBehavior->setCurrentIndex(0);
+        QVERIFY(dialog._globalReferenceBehavior->toolTip().contains("combines all references"));
+
+        dialog._abort->setEnabled(false);
+        dialog.reject(); // as Escape does: nothing but hiding
+        QVERIFY(listed(dialog).size() == 2 && !dialog._abort->isEnabled());
+        dialog._pbReloadOk->click();
+        QCOMPARE(stored[tnCADFileTypes::Step].getChordDeviation(), 3.0);
+        QCOMPARE(stored[tnCADFileTypes::Iges].getChordDeviation(), 7.0);
+        QVERIFY(dialog.result() == QDialog::Accepted && listed(dialog).isEmpty());
+    }
+
+    void dropsAreSearched()
+    {
+        ScriptedServices services;
+        Folder folder;
+        tnCADImportDialog dialog(nullptr);
+        int visits = 0;
+        bool stop = false;
+        connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, &dialog,
+                [&](const QString &entry) {
+                    ++visits;
+                    QCOMPARE(dialog._lbDirectory->text(), entry);
+                    QVERIFY(!dialog._pbAbort->isHidden() && dialog._pbImport->isHidden());
+                    QVERIFY(QGuiApplication::overrideCursor());
+                    if (stop)
+                        dialog._pbAbort->click();
+                });
+        dialog.prepareImport({}, {}, 0);
+        QVERIFY(!drop(dialog, {}));
+        QVERIFY(drop(dialog, folder.urls) && visits > 1);
+        QCOMPARE(listed(dialog), (QSet<QString>{folder.top, folder.deep}));
+        QVERIFY(dialog._pbAbort->isHidden() && !dialog._pbImport->isHidden());
+        QVERIFY(!QGuiApplication::overrideCursor());
+
+        dialog.prepareImport({}, {}, 0);
+        visits = 0;
+        stop = true;
+        QVERIFY(drop(dialog, QList<QUrl>{QUrl::fromLocalFile(folder.top)} + folder.urls));
+        QVERIFY(visits == 1 && listed(dialog).contains(folder.top));
+    }
+
+    void anythingMayHappenDuringASearch_data()
+    {
+        QTest::addColumn<bool>("open");
+        QTest::addColumn<QString>("left");
+        QTest::newRow("drop") << true << "old.step a.step b.igs";
+        QTest::newRow("close") << false << "";
+        QTest::newRow("escape") << false << "old.step";
+        QTest::newRow("prepare") << true << "new.step";
+        QTest::newRow("search") << true << "other.stl";
+        QTest::newRow("delete") << false << "";
+    }
+
+    void anythingMayHappenDuringASearch()
+    {
+        ScriptedServices services;
+        Folder folder;
+        QTemporaryDir other;
+        QVERIFY(QFile(other.filePath("other.stl")).open(QIODevice::WriteOnly));
+        const QList<QUrl> otherUrl{QUrl::fromLocalFile(other.path())};
+        QPointer<tnCADImportDialog> dialog = new tnCADImportDialog(nullptr);
+        dialog->prepareImport({"/cad/old.step"}, {}, 0);
+        dialog->show();
+        const QByteArray what = QTest::currentDataTag();
+        bool once = false;
+        const auto meanwhile = [&] {
+            if (std::exchange(once, true))
+                return;
+            if (what == "drop")
+                QVERIFY(!drop(*dialog, otherUrl));
+            if (what == "close")
+                dialog->_pbClose->click();
+            if (what == "escape")
+                dialog->reject();
+            if (what == "prepare")
+                dialog->prepareImport({"/cad/new.step"}, {}, 3);
+            if (what == "search")
+                dialog->prepareImport(dialog->searchUrls(otherUrl), {}, 0);
+            if (what == "delete")
+                delete dialog;
+        };
+        const auto connection = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, qApp,
+                                        meanwhile, Qt::QueuedConnection);
+        dialog->addDroppedUrls(folder.urls);
+        disconnect(connection);
+        QVERIFY(once && !QGuiApplication::overrideCursor());
+        QCOMPARE(!dialog, what == "delete");
+        if (!dialog)
+            return;
+        QStringList files;
+        for (const QString &path : dialog->tableView->fileModel()->fileNames(false))
+            files << QFileInfo(path).fileName();
+        QTEST(files.join(' '), "left");
+        QTEST(dialog->isVisible(), "open");
+        QCOMPARE(dialog->windowTitle() == "Re-import File", what == "prepare");
+        delete dialog;
+    }
+
+    void whoeverDiesFirst_data()
+    {
+        QTest::addColumn<QString>("order");
+        for (const char *order : {"application", "exit", "window application", "window exit"})
+            QTest::newRow(order) << QString(order);
+    }
+
+    void whoeverDiesFirst()
+    {
+        QFETCH(QString, order);
+        QSettings settings("tn", "exit");
+        settings.clear();
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QCoreApplication::applicationFilePath(), {"--die", order});
+        QVERIFY(process.waitForFinished());
+        QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
+                 process.readAll());
+        settings.sync();
+        QCOMPARE(settings.allKeys(), order == "exit" ? keys : QStringList());
+    }
+};
+
+int main(int argc, char **argv)
+{
+    if (argc == 3 && qstrcmp(argv[1], "--die") == 0)
+        return dieInOrder(argv[2], argc, argv);
+    QApplication application(argc, argv);
+    tst_Lifecycle test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_lifecycle.moc"

@@ -1,0 +1,151 @@
+#include "dialog/tnCADImportDialog.h"
+#include "platform/tnPlatform.h"
+#include "states/tnCADImportAddFolderState.h"
+#include "states/tnCADImportReloadState.h"
+#include "states/tnCADImportRunState.h"
+#include "tests/support/ScriptedServices.h"
+
+#include <QtCore/QSettings>
+#include <QtTest/QtTest>
+
+namespace {
+
+const QString newImport = QStringLiteral(
+    "_applyMaterialsLabel _applyMaterials _assetManager frame_7 _modeLabel _cbMode frame_10 "
+    "_lbOutputDir _output_dir _tbOutputPath _globalReferenceBehaviorFrame _line1 ");
+const QString merge = QStringLiteral(
+    "_materialAssignmentLabel _materialAssignment _assetManager2 frame_13 _preserveTransformations "
+    "_preserveAnimations _preserveTouchSensors _preserveRenderLayerSettings _line2 ");
+const QString type = QStringLiteral("_fileTypeFrame ");
+const QString buttons = QStringLiteral("frame_4 _pbDefaults _pbImport _pbClose ");
+const QString addRemove = QStringLiteral("_pbAdd _pbRemove ");
+const QString search = QStringLiteral("_lbDirectory _pbAbort ");
+const QString progress = QStringLiteral("_progress _abort ");
+const QString reloadButtons = QStringLiteral("frame_9 _pbReloadOk _pbReloadCancel ");
+const QString all =
+    newImport + merge + type + buttons + addRemove + search + progress + reloadButtons;
+
+const QString ready =
+    QStringLiteral("Ready to import. Drag and drop to add more files and folders.");
+
+enum State { AddFiles, AddFolder, ReloadOne, ReloadMany, Run };
+
+void enter(tnCADImportDialog &dialog, int state)
+{
+    switch (state) {
+    case AddFiles:
+        return tnCADImportAddFilesState(&dialog).enter();
+    case AddFolder:
+        return tnCADImportAddFolderState(&dialog).enter();
+    case ReloadOne:
+    case ReloadMany:
+        return tnCADImportReloadState(&dialog, state == ReloadMany).enter();
+    default:
+        tnCADImportRunState(&dialog).enter();
+    }
+}
+
+} // namespace
+
+class tst_States : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { QSettings().clear(); }
+
+    void look_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("hidden");
+        QTest::addColumn<bool>("settings");
+        QTest::addColumn<bool>("locked");
+        QTest::addColumn<QStringList>("texts");
+
+        const QStringList importing{ready, "Global Scene Options", "Import File(s)"};
+        const QStringList again{"Ready to re-import.", "Re-import Options", "Re-import File"};
+        QTest::newRow("add files")
+            << int(AddFiles) << newImport + type + buttons + addRemove
+            << merge + search + progress + reloadButtons << true << false << importing;
+        QTest::newRow("add folder") << int(AddFolder) << newImport + type + search
+                                    << merge + buttons + progress << false << false << importing;
+        QTest::newRow("reload one")
+            << int(ReloadOne) << merge + buttons
+            << newImport + type + search + progress + reloadButtons + addRemove << true << true
+            << again;
+        QTest::newRow("reload many")
+            << int(ReloadMany) << merge + buttons + type
+            << newImport + search + progress + reloadButtons + addRemove << true << true << again;
+        QTest::newRow("run") << int(Run) << progress << buttons + search + reloadButtons + addRemove
+                             << false << false
+                             << QStringList{"Convert file(s)", importing[1], importing[2]};
+    }
+
+    void look()
+    {
+        QFETCH(int, state);
+        QFETCH(QString, shown);
+        QFETCH(QString, hidden);
+        ScriptedServices services;
+        tnCADImportDialog dialog(nullptr);
+        for (const bool before : {true, false}) {
+            for (const QString &name : all.split(' ', Qt::SkipEmptyParts))
+                dialog.findChild<QWidget *>(name)->setVisible(before);
+            enter(dialog, state);
+            for (const QString &name : all.split(' ', Qt::SkipEmptyParts)) {
+                const bool expected =
+                    shown.contains(name + ' ') || (before && !hidden.contains(name + ' '));
+                QVERIFY2(dialog.findChild<QWidget *>(name)->isHidden() != expected,
+                         qPrintable(name));
+            }
+        }
+        QTEST(dialog._settings->isEnabled(), "settings");
+        QTEST(!dialog.acceptDrops(), "locked");
+        QTEST(dialog.tableView->editTriggers() == QAbstractItemView::NoEditTriggers, "locked");
+        const QStringList texts{dialog._result->text(), dialog._scene_settings->caption(),
+                                dialog.windowTitle()};
+        QTEST(texts, "texts");
+    }
+
+    void assetManagerOfAReload()
+    {
+        ScriptedServices services;
+        tnCADImportDialog dialog(nullptr);
+        enter(dialog, ReloadOne);
+        QVERIFY(!dialog._assetManager2->isHidden()); // not on screen: as listed
+        dialog.show();
+        for (const int index : {0, 2, 1}) {
+            const QSignalBlocker quiet(dialog._materialAssignment);
+            dialog._materialAssignment->setCurrentIndex(index);
+            enter(dialog, ReloadOne);
+            QCOMPARE(dialog._assetManager2->isVisible(), index == 2);
+        }
+        dialog._materialAssignment->setCurrentIndex(2);
+        enter(dialog, AddFiles);
+        QVERIFY(!dialog._assetManager2->isVisible());
+    }
+
+    void scale()
+    {
+        ScriptedServices services;
+        for (const double factor : {1.0, 1.5, 1.333}) {
+            QSettings().clear();
+            tnPlatform::setDpiScale(factor, factor * 2);
+            const tnCADImportDialog dialog(nullptr);
+            QCOMPARE(dialog.size(), QSize(int(810 * factor), int(600 * factor * 2)));
+            QCOMPARE(dialog._settings->minimumWidth(), int(440 * factor));
+            for (const int column : {0, 1, 2})
+                QCOMPARE(dialog.tableView->columnWidth(column), column == 0 ? 120 : 60);
+            QCOMPARE(
+                dialog._tbOutputPath->minimumSize(),
+                QSize(tnPlatform::getMediumIconSizeX() + 2, tnPlatform::getMediumIconSizeY() + 2));
+            QVERIFY(dialog._tesselation->tessellationFrame->isCollapsed()
+                    && dialog._tesselation->advancedFrame->isCollapsed());
+            QVERIFY(dialog._file_specific_options->isHidden());
+            tnPlatform::setDpiScale(0, 0);
+        }
+    }
+};
+
+QTEST_MAIN(tst_States)
+#include "tst_states.moc"
