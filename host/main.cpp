@@ -44,10 +44,17 @@ int runHeadless(HostServices &services, const QStringList &arguments)
                           [](const QString &line) { print(stdout, line); });
     SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::received, &runner, &HeadlessRunner::abort);
-    QObject::connect(&runner, &HeadlessRunner::finished, qApp, &QCoreApplication::exit,
-                     Qt::QueuedConnection);
+    // Not the loop's own result: whoever else may end the loop does not know how the run went.
+    int status = failed;
+    QObject::connect(&runner, &HeadlessRunner::finished, qApp, [&status](int exitStatus) {
+        status = exitStatus;
+        QCoreApplication::quit();
+    });
+    // A plug-in's dialog that closes behind its files must not end the run.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
     QTimer::singleShot(0, &runner, &HeadlessRunner::start);
-    return QCoreApplication::exec();
+    QCoreApplication::exec();
+    return status;
 }
 
 int runWindow(HostServices &services, const QStringList &pluginErrors, const QStringList &files)
