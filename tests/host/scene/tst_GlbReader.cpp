@@ -1,11 +1,63 @@
 #include "host/scene/GlbReader.h"
-#include "host/scene/TriangleGlb.h"
 
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QtEndian>
 #include <QtTest/QtTest>
 
-#include <cmath>
+namespace {
+
+/// One triangle with the corners (0,0,0), (1,0,0), (0,2,3) in metres, below a node that is moved by
+/// (1,0,0) metres.
+const QByteArray triangle =
+    R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],)"
+    R"("nodes":[{"name":"top","children":[1]},{"name":"part","mesh":0,"translation":[1,0,0]}],)"
+    R"("materials":[{"name":"red","pbrMetallicRoughness":)"
+    R"({"baseColorFactor":[1,0,0,0.5],"metallicFactor":0.25,"roughnessFactor":0.75}}],)"
+    R"("meshes":[{"name":"tri","primitives":)"
+    R"([{"attributes":{"POSITION":0},"indices":1,"material":0,"mode":4}]}],)"
+    R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3"},)"
+    R"({"bufferView":1,"componentType":5123,"count":3,"type":"SCALAR"}],)"
+    R"("bufferViews":[{"buffer":0,"byteOffset":0,"byteLength":36},)"
+    R"({"buffer":0,"byteOffset":36,"byteLength":6}],"buffers":[{"byteLength":42}]})";
+
+QByteArray triangleData()
+{
+    const float positions[] = {0, 0, 0, 1, 0, 0, 0, 2, 3};
+    const quint16 indices[] = {0, 1, 2};
+    return QByteArray(reinterpret_cast<const char *>(positions), sizeof positions)
+        + QByteArray(reinterpret_cast<const char *>(indices), sizeof indices);
+}
+
+QByteArray word(quint32 value)
+{
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray chunk(const QByteArray &type, QByteArray content)
+{
+    content.append((4 - content.size() % 4) % 4, ' ');
+    return word(quint32(content.size())) + type + content;
+}
+
+QByteArray glb(const QByteArray &json = triangle, const QByteArray &data = triangleData())
+{
+    QByteArray chunks = chunk("JSON", json);
+    if (!data.isEmpty())
+        chunks += chunk({"BIN\0", 4}, data);
+    return "glTF" + word(2) + word(quint32(12 + chunks.size())) + chunks;
+}
+
+QByteArray with(const QByteArray &from, const QByteArray &to)
+{
+    if (!triangle.contains(from))
+        qFatal("%s is to be replaced, but not there", from.constData());
+    return QByteArray(triangle).replace(from, to);
+}
+
+} // namespace
 
 class TestGlbReader : public QObject {
     Q_OBJECT
@@ -16,21 +68,20 @@ private slots:
     void takesBackTheTurnOfTheAxes();
     void separatesStripsAndFans_data();
     void separatesStripsAndFans();
-    void acceptsUnusualFiles_data();
     void acceptsUnusualFiles();
-    void refusesDamagedContainers_data();
-    void refusesDamagedContainers();
-    void refusesDamagedContent_data();
-    void refusesDamagedContent();
-    void refusesChainsAndDeepJson();
+    void refusesDamage_data();
+    void refusesDamage();
     void survivesRandomDamage();
 
 private:
     std::shared_ptr<const SceneFragment> read(const QByteArray &bytes)
     {
         m_error.clear();
-        const QString path = m_dir.filePath(QString::fromUtf8("täst.glb"));
-        return TriangleGlb::write(path, bytes) ? GlbReader::read(path, &m_error) : nullptr;
+        QFile file(m_dir.filePath(QString::fromUtf8("täst.glb")));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("%s cannot be written", qUtf8Printable(file.fileName()));
+        file.close();
+        return GlbReader::read(file.fileName(), &m_error);
     }
 
     QTemporaryDir m_dir;
@@ -39,23 +90,22 @@ private:
 
 void TestGlbReader::readsGeometryInMillimetres()
 {
-    const auto fragment = read(TriangleGlb::glb());
+    const auto fragment = read(glb());
     QVERIFY2(fragment, qPrintable(m_error));
     QCOMPARE(fragment->roots, std::vector<int>{0});
     QCOMPARE(fragment->nodes.size(), std::size_t(2));
     QCOMPARE(fragment->nodes[0].children, std::vector<int>{1});
     QCOMPARE(fragment->nodes[0].mesh, -1);
-    QCOMPARE(fragment->nodes[1].name, QStringLiteral("part"));
+    QCOMPARE(fragment->nodes[1].name, QString("part"));
     QCOMPARE(fragment->nodes[1].transform.column(3), QVector4D(1000, 0, 0, 1));
 
     const SceneMesh &mesh = *fragment->meshes.at(0);
-    QCOMPARE(mesh.name, QStringLiteral("tri"));
     QCOMPARE(mesh.triangles, std::size_t(1));
     QCOMPARE(mesh.box.min, QVector3D(0, 0, 0));
     QCOMPARE(mesh.box.max, QVector3D(1000, 2000, 3000));
     QCOMPARE(mesh.primitives.at(0).indices, (std::vector<std::uint32_t>{0, 1, 2}));
 
-    const SceneMaterial expected{QStringLiteral("red"), {1.0F, 0.0F, 0.0F, 0.5F}, 0.25F, 0.75F};
+    const SceneMaterial expected{"red", {1.0F, 0.0F, 0.0F, 0.5F}, 0.25F, 0.75F};
     QVERIFY(fragment->materials.at(0) == expected);
 }
 
@@ -64,20 +114,15 @@ void TestGlbReader::takesBackTheTurnOfTheAxes_data()
     QTest::addColumn<QByteArray>("top");
     QTest::addColumn<int>("root");
     QTest::addColumn<QVector3D>("tip"); // where the triangle's last corner (0,2,3) comes to be
-
-    const QByteArray turned = R"("rotation":[-0.70710678,0,0,0.70710678])";
-    const QByteArray matrix = R"("matrix":[1,0,0,0, 0,0,-1,0, 0,1,0,0, 0,0,0,1])";
-    QTest::newRow("z upwards, quaternion")
-        << turned + R"(,"extras":{"sourceAxes":"Z-up"},)" << 1 << QVector3D(1000, 2000, 3000);
-    QTest::newRow("z upwards, matrix")
-        << matrix + R"(,"extras":{"sourceAxes":"Z-up"},)" << 1 << QVector3D(1000, 2000, 3000);
-    QTest::newRow("z upwards, moved: the node stays")
-        << turned + R"(,"translation":[0,0,1],"extras":{"sourceAxes":"Z-up"},)" << 0
-        << QVector3D(1000, 2000, 4000);
-    QTest::newRow("y upwards") << QByteArray(R"("extras":{"sourceAxes":"Y-up"},)") << 1
-                               << QVector3D(1000, 2000, 3000);
-    QTest::newRow("rotation of somebody else's")
-        << turned + "," << 0 << QVector3D(1000, 3000, -2000);
+    const QByteArray turned = R"("rotation":[-0.70710678,0,0,0.70710678],)";
+    const QByteArray matrix = R"("matrix":[1,0,0,0, 0,0,-1,0, 0,1,0,0, 0,0,0,1],)";
+    const QByteArray zUp = R"("extras":{"sourceAxes":"Z-up"},)";
+    const QVector3D tip(1000, 2000, 3000);
+    QTest::newRow("quaternion") << turned + zUp << 1 << tip;
+    QTest::newRow("matrix") << matrix + zUp << 1 << tip;
+    QTest::newRow("moved, so the node stays")
+        << turned + R"("translation":[0,0,1],)" + zUp << 0 << QVector3D(1000, 2000, 4000);
+    QTest::newRow("somebody else's") << turned << 0 << QVector3D(1000, 3000, -2000);
 }
 
 void TestGlbReader::takesBackTheTurnOfTheAxes()
@@ -85,17 +130,14 @@ void TestGlbReader::takesBackTheTurnOfTheAxes()
     QFETCH(QByteArray, top);
     QFETCH(int, root);
     QFETCH(QVector3D, tip);
-    const auto fragment =
-        read(TriangleGlb::glb(TriangleGlb::json().replace(R"("name":"top",)", top)));
+    const auto fragment = read(glb(with(R"("name":"top",)", top)));
     QVERIFY2(fragment, qPrintable(m_error));
     QCOMPARE(fragment->roots, std::vector<int>{root});
     QMatrix4x4 world = fragment->nodes[1].transform;
     if (root == 0)
         world = fragment->nodes[0].transform * world;
     const QVector3D corner = world.map(fragment->meshes[0]->primitives[0].positions[2]);
-    QVERIFY2(
-        (corner - tip).length() < 0.001F,
-        qPrintable(QStringLiteral("%1 %2 %3").arg(corner.x()).arg(corner.y()).arg(corner.z())));
+    QVERIFY((corner - tip).length() < 0.001F);
 }
 
 void TestGlbReader::separatesStripsAndFans_data()
@@ -115,171 +157,114 @@ void TestGlbReader::separatesStripsAndFans()
 {
     QFETCH(int, mode);
     QFETCH(std::vector<std::uint32_t>, expected);
-    QByteArray json = TriangleGlb::json();
-    json.replace(R"("indices":1,)", "")
-        .replace(R"("mode":4)", "\"mode\":" + QByteArray::number(mode));
+    QByteArray json = with(R"("indices":1,)", "");
+    json.replace(R"("mode":4)", "\"mode\":" + QByteArray::number(mode));
     json.replace(R"("count":3,"type":"VEC3")", R"("count":5,"type":"VEC3")");
     json.replace("36", "60").replace("\"byteLength\":42", "\"byteLength\":66");
-    const auto fragment = read(TriangleGlb::glb(json, QByteArray(66, '\0')));
+    const auto fragment = read(glb(json, QByteArray(66, '\0')));
     QVERIFY2(fragment, qPrintable(m_error));
     const SceneMesh &mesh = *fragment->meshes.at(0);
     QCOMPARE(mesh.primitives.at(0).indices, expected);
     QCOMPARE(mesh.triangles, mode < 4 ? 0 : expected.size() / 3);
 }
 
-void TestGlbReader::acceptsUnusualFiles_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("meshes");
-    const QByteArray json = TriangleGlb::json();
-    QTest::newRow("nothing inside") << QByteArray(R"({"asset":{"version":"2.0"}})") << 0;
-    QTest::newRow("no scene") << QByteArray(json).replace(R"("scene":0,"scenes":[{"nodes":[0]}],)",
-                                                          "")
-                              << 1;
-    QTest::newRow("points") << QByteArray(json).replace("\"mode\":4", "\"mode\":0") << 1;
-    QTest::newRow("external picture") << QByteArray(json).replace(
-        R"("materials")", R"("images":[{"uri":"picture.png"}],"materials")")
-                                      << 1;
-    QTest::newRow("required look") << QByteArray(json).replace(
-        R"("scene":0)", R"("extensionsRequired":["KHR_materials_unlit"],"scene":0)")
-                                   << 1;
-}
-
 void TestGlbReader::acceptsUnusualFiles()
 {
-    QFETCH(QByteArray, json);
-    QFETCH(int, meshes);
-    const auto fragment = read(TriangleGlb::glb(json));
-    QVERIFY2(fragment, qPrintable(m_error));
-    QCOMPARE(int(fragment->meshes.size()), meshes);
-    QCOMPARE(fragment->roots.size(), fragment->nodes.empty() ? std::size_t(0) : std::size_t(1));
+    for (const QByteArray &json :
+         {with(R"("scene":0,"scenes":[{"nodes":[0]}],)", ""), with("\"mode\":4", "\"mode\":0"),
+          with(R"("materials")", R"("images":[{"uri":"picture.png"}],"materials")"),
+          with(R"("scene":0)", R"("extensionsRequired":["KHR_materials_unlit"],"scene":0)"),
+          with("top", "\\\"" + QByteArray(900, '['))}) {
+        const auto fragment = read(glb(json));
+        QVERIFY2(fragment, qPrintable(m_error + json));
+        QCOMPARE(fragment->meshes.size(), std::size_t(1));
+        QCOMPARE(fragment->roots, std::vector<int>{0});
+    }
+    const auto empty = read(glb(R"({"asset":{"version":"2.0"}})"));
+    QVERIFY(empty && empty->roots.empty());
 }
 
-void TestGlbReader::refusesDamagedContainers_data()
+void TestGlbReader::refusesDamage_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    const QByteArray whole = TriangleGlb::glb();
-    const auto with = [&whole](int offset, const QByteArray &bytes) {
-        return QByteArray(whole).replace(offset, bytes.size(), bytes);
+    QTest::addColumn<QString>("message");
+    const QByteArray whole = glb();
+    const auto container = [&whole](int offset, const QByteArray &bytes, const char *message) {
+        QTest::addRow("byte %d", offset)
+            << QByteArray(whole).replace(offset, bytes.size(), bytes) << message;
     };
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("text") << QByteArray("solid nothing\nendsolid\n");
-    QTest::newRow("header only") << "glTF" + TriangleGlb::word(2) + TriangleGlb::word(12);
-    QTest::newRow("cut off") << whole.left(whole.size() / 2);
-    QTest::newRow("last byte missing") << whole.left(whole.size() - 1);
-    QTest::newRow("version 1") << with(4, TriangleGlb::word(1));
-    QTest::newRow("length too large") << with(8, TriangleGlb::word(0xFFFFFFFFU));
-    QTest::newRow("json chunk too large") << with(12, TriangleGlb::word(0xFFFFFFF0U));
-    QTest::newRow("json chunk too small") << with(12, TriangleGlb::word(8));
-    QTest::newRow("first chunk no json") << with(16, "BIN");
+    QTest::newRow("empty") << QByteArray() << "not a glTF binary";
+    QTest::newRow("header only") << "glTF" + word(2) + word(12) << "no content";
+    QTest::newRow("last byte missing") << whole.chopped(1) << "ends after";
+    QTest::newRow("no data chunk") << glb(triangle, {}) << "no valid glTF";
+    container(4, word(1), "version 1");
+    container(8, word(0xFFFFFFFFU), "ends after");
+    container(12, word(0xFFFFFFF0U), "beyond its end");
+    container(16, "BIN", "not JSON");
     // The chunk's end lies exactly as far behind the file's as its header is long.
-    const int binary = whole.size() - 44;
-    QTest::newRow("data chunk slightly too large") << with(binary - 8, TriangleGlb::word(52));
-    QTest::newRow("no data chunk") << TriangleGlb::glb(TriangleGlb::json(), {});
+    container(whole.size() - 44 - 8, word(52), "beyond its end");
+
+    const auto row = [](const QByteArray &from, const QByteArray &to, const char *message) {
+        QTest::newRow(to.left(99)) << glb(with(from, to)) << message;
+    };
+    row("{\"asset\"", "{\"asset", "no valid glTF");
+    row("\"POSITION\":0", "\"POSITION\":7", "does not have");
+    row("\"POSITION\":0", "\"POSITION\":-3", "does not have");
+    row("\"indices\":1", "\"indices\":9", "no valid glTF");
+    const QByteArray positions = R"("count":3,"type":"VEC3")";
+    row(positions, R"("count":4,"type":"VEC3")", "beyond");
+    row(positions, R"("count":18446744073709551615,"type":"VEC3")", "beyond");
+    row(positions, R"("byteOffset":18446744073709551612,)" + positions, "beyond");
+    row("\"byteOffset\":36", "\"byteOffset\":18446744073709551600", "beyond");
+    row("\"byteLength\":36", "\"byteLength\":36,\"byteStride\":4", "beyond");
+    row("\"bufferView\":0,", "\"name\":\"\",", "no data");
+    row("\"buffer\":0,\"byteOffset\":0", "\"buffer\":4,\"byteOffset\":0", "no buffer");
+    row("\"byteLength\":42", "\"byteLength\":0", "no valid glTF");
+    row("\"byteLength\":42", "\"byteLength\":42,\"uri\":\"/etc/passwd\"", "outside");
+    row("\"byteOffset\":36,", "\"byteOffset\":28,", "larger than its vertex count");
+    row("\"componentType\":5123", "\"componentType\":5122", "unsigned integers");
+    row("\"type\":\"VEC3\"", "\"type\":\"VEC2\"", "type float");
+    row(positions,
+        positions + R"(,"sparse":{"count":1,"indices":{"bufferView":1,"byteOffset":0,)"
+            + R"("componentType":5123},"values":{"bufferView":0,"byteOffset":0}})",
+        "Sparse");
+    row("\"mesh\":0", "\"mesh\":3", "mesh that the file");
+    row("\"material\":0", "\"material\":3", "material that the file");
+    row("\"children\":[1]", "\"children\":[17]", "child that the file");
+    row("\"children\":[1]", "\"children\":[0]", "ring");
+    row("\"children\":[1]", "\"children\":[1,1]", "more than one parent");
+    row("\"nodes\":[0]", "\"nodes\":[1]", "no root");
+    row("\"nodes\":[0]", "\"nodes\":[0,0]", "twice");
+    row("\"nodes\":[0]", "\"nodes\":[-1]", "no root");
+    row("[1,0,0]}", "[1e300,0,0]}", "none of 3D space");
+    row("\"translation\":[1,0,0]", "\"matrix\":[1,0,0,1,0,1,0,0,0,0,1,0,0,0,0,1]",
+        "none of 3D space");
+    row("\"translation\":[1,0,0]", "\"matrix\":[1,0,0]", "incomplete");
+    const QByteArray compression = "KHR_draco_mesh_compression";
+    row("\"scene\":0", "\"extensionsRequired\":[\"" + compression + "\"]", compression);
+    row("\"scene\":0", "\"extras\":" + QByteArray(500000, '[') + QByteArray(500000, ']'), "nested");
+    QByteArray chain;
+    for (int i = 1; i < 100000; ++i)
+        chain += "{\"children\":[" + QByteArray::number(i) + "]},";
+    QTest::newRow("chain") << glb(R"({"asset":{"version":"2.0"},"nodes":[)" + chain + "{}]}")
+                           << "nested";
 }
 
-void TestGlbReader::refusesDamagedContainers()
+void TestGlbReader::refusesDamage()
 {
     QFETCH(QByteArray, bytes);
-    QVERIFY(!read(bytes));
-    QVERIFY2(m_error.endsWith(QLatin1Char('.')), qPrintable(m_error));
-    QVERIFY(!GlbReader::read(m_dir.filePath(QStringLiteral("missing.glb")), nullptr));
-}
-
-void TestGlbReader::refusesDamagedContent_data()
-{
-    QTest::addColumn<QByteArray>("from");
-    QTest::addColumn<QByteArray>("to");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *name, const char *from, const char *to, const char *message) {
-        QTest::newRow(name) << QByteArray(from) << QByteArray(to) << QString::fromUtf8(message);
-    };
-    row("no json", "{\"asset\"", "{\"asset", "no valid glTF");
-    row("strange types", R"("meshes":[{)", R"("meshes":[7,{)", "no valid glTF");
-    row("position accessor missing", "\"POSITION\":0", "\"POSITION\":7", "does not have");
-    row("position accessor negative", "\"POSITION\":0", "\"POSITION\":-3", "does not have");
-    row("index accessor missing", "\"indices\":1", "\"indices\":9", "no valid glTF");
-    row("too many vertices", "\"count\":3,\"type\":\"VEC3\"", "\"count\":4,\"type\":\"VEC3\"",
-        "beyond");
-    row("endless count", "\"count\":3,\"type\":\"VEC3\"",
-        "\"count\":18446744073709551615,\"type\":\"VEC3\"", "beyond");
-    row("accessor offset", "\"count\":3,\"type\":\"VEC3\"",
-        "\"byteOffset\":18446744073709551612,\"count\":3,\"type\":\"VEC3\"", "beyond");
-    row("view offset", "\"byteOffset\":36", "\"byteOffset\":18446744073709551600", "beyond");
-    row("view length", "\"byteLength\":36", "\"byteLength\":3600", "beyond");
-    row("view stride too small", "\"byteLength\":36", "\"byteLength\":36,\"byteStride\":4",
-        "beyond");
-    row("view without data", "\"bufferView\":0,", "", "no data");
-    row("view missing", "\"bufferView\":0,", "\"bufferView\":5,", "no data");
-    row("buffer missing", "\"buffer\":0,\"byteOffset\":0", "\"buffer\":4,\"byteOffset\":0",
-        "no buffer");
-    row("buffer longer than the file", "\"byteLength\":42", "\"byteLength\":4200", "no valid glTF");
-    row("buffer empty", "\"byteLength\":42", "\"byteLength\":0", "no valid glTF");
-    row("buffer outside", "\"byteLength\":42", "\"byteLength\":42,\"uri\":\"/etc/passwd\"",
-        "outside");
-    row("index behind the vertices", "\"byteOffset\":36,\"byteLength\":6",
-        "\"byteOffset\":28,\"byteLength\":6", "larger than its vertex count");
-    row("indices of wrong type", "\"componentType\":5123", "\"componentType\":5122",
-        "unsigned integers");
-    row("positions of wrong type", "\"type\":\"VEC3\"", "\"type\":\"VEC2\"", "type float");
-    row("sparse", "\"count\":3,\"type\":\"VEC3\"",
-        R"("count":3,"type":"VEC3","sparse":{"count":1,"indices":{"bufferView":1,"byteOffset":0,)"
-        R"("componentType":5123},"values":{"bufferView":0,"byteOffset":0}})",
-        "Sparse");
-    row("mesh missing", "\"mesh\":0", "\"mesh\":3", "mesh that the file");
-    row("material missing", "\"material\":0", "\"material\":3", "material that the file");
-    row("child missing", "\"children\":[1]", "\"children\":[17]", "child that the file");
-    row("node below itself", "\"children\":[1]", "\"children\":[0]", "ring");
-    row("two parents", "\"children\":[1]", "\"children\":[1,1]", "more than one parent");
-    row("root is a child", "\"nodes\":[0]", "\"nodes\":[1]", "no root");
-    row("root twice", "\"nodes\":[0]", "\"nodes\":[0,0]", "twice");
-    row("root missing", "\"nodes\":[0]", "\"nodes\":[-1]", "no root");
-    row("infinite translation", "[1,0,0]}", "[1e300,0,0]}", "none of 3D space");
-    row("perspective", "\"translation\":[1,0,0]", "\"matrix\":[1,0,0,1,0,1,0,0,0,0,1,0,0,0,0,1]",
-        "none of 3D space");
-    row("matrix too short", "\"translation\":[1,0,0]", "\"matrix\":[1,0,0]", "incomplete");
-    row("compressed", R"("scene":0)", R"("extensionsRequired":["KHR_draco_mesh_compression"])",
-        "KHR_draco_mesh_compression");
-}
-
-void TestGlbReader::refusesDamagedContent()
-{
-    QFETCH(QByteArray, from);
-    QFETCH(QByteArray, to);
     QFETCH(QString, message);
-    const QByteArray json = TriangleGlb::json();
-    QVERIFY(json.contains(from));
-    QVERIFY(!read(TriangleGlb::glb(QByteArray(json).replace(from, to))));
+    QVERIFY(!read(bytes));
     QVERIFY2(m_error.contains(message), qPrintable(m_error));
-}
-
-void TestGlbReader::refusesChainsAndDeepJson()
-{
-    QByteArray nodes;
-    for (int i = 1; i < 100000; ++i)
-        nodes += "{\"children\":[" + QByteArray::number(i) + "]},";
-    QVERIFY(!read(TriangleGlb::glb(R"({"asset":{"version":"2.0"},"nodes":[)" + nodes + "{}]}")));
-    QVERIFY2(m_error.contains(QStringLiteral("nested")), qPrintable(m_error));
-
-    const QByteArray deep = QByteArray(500000, '[') + QByteArray(500000, ']');
-    QVERIFY(!read(TriangleGlb::glb(
-        QByteArray(TriangleGlb::json()).replace("\"scene\":0", "\"extras\":" + deep))));
-    QVERIFY2(m_error.contains(QStringLiteral("nested")), qPrintable(m_error));
-
-    // Brackets within a text are none.
-    QVERIFY(
-        read(TriangleGlb::glb(QByteArray(TriangleGlb::json())
-                                  .replace("\"top\"", "\"\\\"" + QByteArray(900, '[') + "\""))));
 }
 
 void TestGlbReader::survivesRandomDamage()
 {
     // Whatever comes out must be consistent, since the scene trusts it. The sanitizers watch.
-    const QByteArray whole = TriangleGlb::glb();
     QRandomGenerator random(20240607);
     int readable = 0;
     for (int round = 0; round < 2000; ++round) {
-        QByteArray bytes = whole;
+        QByteArray bytes = glb();
         for (int i = random.bounded(1, 4); i > 0; --i)
             bytes[random.bounded(bytes.size())] = static_cast<char>(random.bounded(256));
         const auto fragment = read(bytes);
