@@ -340,11 +340,6 @@ void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &pa
     fileModel()->addChildFiles(filterFiles(files), parent);
 }
 
-bool tnCADImportDialog::isRunning() const
-{
-    return _progress->isVisibleTo(this);
-}
-
 void tnCADImportDialog::onClose()
 {
     fileModel()->clear();

@@ -51,8 +51,6 @@ public:
     /// Adds the parts of an assembly below its row; an unknown parent adds nothing.
     void addPartFiles(const QStringList &files, const QString &parent);
 
-    /// Whether the window has the look of a running batch.
-    bool isRunning() const;
     /// The node under which the files go, null when the mode is to decide.
     tndNode targetNode() const { return m_targetNode; }
 

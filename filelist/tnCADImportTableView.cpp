@@ -80,8 +80,10 @@ void tnCADImportTableView::setLocked(bool locked)
 
 void tnCADImportTableView::onAdd()
 {
+    // The view may go while the user chooses.
+    const QPointer<tnCADImportTableView> self(this);
     tnFileImportDialog chooser;
-    if (chooser.exec() != QDialog::Accepted)
+    if (chooser.exec() != QDialog::Accepted || !self)
         return;
     const QStringList files = chooser.selectedImportFiles();
     if (auto *list = fileModel())

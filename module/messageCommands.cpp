@@ -2,10 +2,8 @@
 
 #include "dialog/tnCADImportDialog.h"
 #include "module/getFromMessage.h"
-#include "module/getService.h"
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
-#include "platform/tnFileIOService.h"
 
 #include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
@@ -23,14 +21,7 @@ bool waitForDialog(const QPointer<tnCADImportDialog> &dialog, tnMessage &message
     QEventLoop loop;
     QObject::connect(dialog, &QDialog::finished, &loop, &QEventLoop::quit);
     QObject::connect(dialog, &QObject::destroyed, &loop, &QEventLoop::quit);
-    // Out of sight, nobody can close the dialog after a batch that failed or did not start.
-    QObject::connect(getService<tnFileIOService>(), &tnFileIOService::importFinished, &loop,
-                     [&loop, &dialog] {
-                         if (dialog && !dialog->isVisible())
-                             loop.quit();
-                     });
-    if (dialog->isVisible() || dialog->isRunning())
-        loop.exec();
+    loop.exec();
     if (!dialog)
         return false;
     message.set("result", dialog->result(), true);

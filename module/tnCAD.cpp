@@ -6,13 +6,13 @@
 #include "module/messageCommands.h"
 #include "platform/tnController.h"
 #include "platform/tnFileIOService.h"
-#include "platform/tnLog.h"
 #include "platform/tnMessage.h"
 #include "platform/tnScenegraphService.h"
 
 #include <QtWidgets/QApplication>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -23,7 +23,8 @@ bool canHaveWindows()
 {
     if (qobject_cast<QApplication *>(QCoreApplication::instance()))
         return true;
-    tnLog::error("tnCAD: the import needs a dialog, and there is no application to show it");
+    std::fputs("tnCAD: the import needs a dialog, and there is no QApplication to show it!\n",
+               stderr);
     return false;
 }
 

@@ -19,7 +19,7 @@ bool tnFile::checkWrite(const std::string &path, bool isFile, bool report)
             const QFileInfo parent(info.absolutePath());
             writable = parent.isDir() && parent.isWritable();
         } else {
-            writable = info.isWritable() && info.isFile() == isFile;
+            writable = info.isWritable() && (isFile ? info.isFile() : info.isDir());
         }
     }
     if (!writable && report)

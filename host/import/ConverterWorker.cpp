@@ -116,9 +116,24 @@ std::optional<ConverterWorker::Task> ConverterWorker::takeUnreadTask()
 
 void ConverterWorker::onOutput()
 {
+    const QPointer<ConverterWorker> self(this);
     m_buffer += m_process->readPipe();
-    // Observers may run events of their own below this call, which come back here; so each line
-    // leaves the buffer before it is looked at, and this object may be gone afterwards.
+    // Observers may run events of their own below this call, which come back here. What they bring
+    // has to wait: a file must not end while its observer is still telling of an earlier step.
+    if (m_reading)
+        return;
+    m_reading = true;
+    readBuffer();
+    if (self) {
+        m_reading = false;
+        if (const auto deferred = std::exchange(m_deferred, {}))
+            deferred();
+    }
+}
+
+void ConverterWorker::readBuffer()
+{
+    // Each line leaves the buffer before it is looked at; this object may be gone afterwards.
     const QPointer<ConverterWorker> self(this);
     while (self && (m_state == State::Starting || m_state == State::Ready)) {
         const int end = m_buffer.indexOf('\n');
@@ -156,7 +171,7 @@ void ConverterWorker::onProcessError(QProcess::ProcessError error)
             return;
         m_state = State::Dead;
         m_deadline.stop();
-        endConversion(JobState::Failure, -1.0,
+        endConversion(m_aborted ? JobState::JobAborted : JobState::Failure, -1.0,
                       QStringLiteral("The converter program %1 cannot be started: %2")
                           .arg(m_program, m_process->errorString()));
         emit ended();
@@ -182,7 +197,10 @@ void ConverterWorker::onProcessFinished(int exitCode, QProcess::ExitStatus statu
     onOutput();
     if (!self || m_state == State::Dead)
         return;
-    const bool wasReady = m_state == State::Ready;
+    if (m_reading) {
+        m_deferred = [this, exitCode, status] { onProcessFinished(exitCode, status); };
+        return;
+    }
     const bool asked = m_state == State::Closing || m_aborted;
     m_state = State::Dead;
     m_deadline.stop();
@@ -190,12 +208,11 @@ void ConverterWorker::onProcessFinished(int exitCode, QProcess::ExitStatus statu
     if (!asked && !m_errorTail.trimmed().isEmpty())
         tnLog::warning("The converter's last words: %s", m_errorTail.trimmed().constData());
 
-    const bool betweenFiles = wasReady && !m_taskRead && m_taskId > 1;
     if (m_aborted) {
         endConversion(JobState::JobAborted, -1.0, QString());
     } else if (!m_fault.isEmpty()) {
         endConversion(JobState::Failure, -1.0, m_fault);
-    } else if (!betweenFiles) {
+    } else if (!isBetweenFiles()) {
         const QString reason = status == QProcess::CrashExit
             ? QStringLiteral("The converter crashed%1.").arg(whileReading())
             : QStringLiteral("The converter ended%1 (exit status %2).")
@@ -207,13 +224,25 @@ void ConverterWorker::onProcessFinished(int exitCode, QProcess::ExitStatus statu
         emit ended();
 }
 
+bool ConverterWorker::isBetweenFiles() const
+{
+    return !m_taskRead && m_taskId > 1;
+}
+
 void ConverterWorker::onDeadline()
 {
+    if (m_reading) {
+        if (!m_deferred)
+            m_deferred = [this] { onDeadline(); };
+        return;
+    }
     switch (m_state) {
     case State::Starting:
     case State::Ready:
         if (!m_task.observer && !m_outputClosed)
             close();
+        else if (m_outputClosed && isBetweenFiles())
+            kill();
         else if (m_outputClosed)
             fail(QStringLiteral("The converter closed its output%1.").arg(whileReading()));
         else
@@ -253,7 +282,7 @@ bool ConverterWorker::readEvent(const QString &event, const QJsonObject &object)
     m_taskRead = true;
     ConversionObserver &observer = *m_task.observer;
     if (event == QLatin1String("progress")) {
-        const int percent = object.value(QLatin1String("percent")).toInt();
+        const int percent = qRound(object.value(QLatin1String("percent")).toDouble());
         observer.onProgress(unsigned(qBound(0, percent, 100)), text(object, "message"));
     } else if (event == QLatin1String("warning")) {
         observer.onWarning(text(object, "message"));

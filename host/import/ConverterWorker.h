@@ -8,6 +8,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -60,6 +61,7 @@ private:
     enum class State { Starting, Ready, Closing, Killed, Dead };
 
     void onOutput();
+    void readBuffer();
     void onErrorOutput();
     void onOutputClosed();
     void onProcessError(QProcess::ProcessError error);
@@ -75,6 +77,8 @@ private:
     void close();
     void endConversion(tnCADFileTypes::JobState state, double seconds, const QString &message);
     QString whileReading() const;
+    /// Whether the worker has served files, and has not yet looked at the current one.
+    bool isBetweenFiles() const;
 
     const QString m_program;
     const WorkerLimits m_limits;
@@ -86,6 +90,8 @@ private:
     bool m_taskRead = false; ///< the worker has confirmed the current task
     bool m_aborted = false;
     bool m_outputClosed = false;
+    bool m_reading = false; ///< an observer is being told of an answer
+    std::function<void()> m_deferred; ///< what happened meanwhile and must not overtake it
     QStringList m_formats;
     QString m_fault; ///< why the process was killed, a sentence for the user
     QByteArray m_buffer;

@@ -226,7 +226,9 @@ void FileImport::closeParts(JobState state, const QString &message)
 void FileImport::onReadingStarted()
 {
     m_phase = Phase::Loading;
-    emit m_job.service().fileLoadingStarted(m_job.id(), m_path);
+    // The load may end, and this object with it, in events that a listener runs.
+    const QString path = m_path;
+    emit m_job.service().fileLoadingStarted(m_job.id(), path);
 }
 
 void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &fragment,

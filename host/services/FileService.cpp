@@ -93,7 +93,8 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
                                const QString &outputDirectory, bool load, bool removeConverted,
                                bool direct)
 {
-    m_lastDirectory = outputDirectory;
+    if (!outputDirectory.isEmpty())
+        m_lastDirectory = outputDirectory;
     ImportRequest request;
     request.files = files;
     request.target = target;

@@ -322,26 +322,6 @@ private Q_SLOTS:
             QVERIFY(message.get("result").empty());
         }
     }
-
-    void anUnseenWaitEndsWithTheBatch()
-    {
-        tnController::setNoGUI(true);
-        tnMessage message;
-        message.set("files", QStringList{"/a/b.step"}, true);
-        message.set("wait", true, true);
-        QTimer::singleShot(0, this, [&] {
-            emit m_services->files.fileConversionFailed(1, "/a/b.step", "broken");
-            emit m_services->files.importFinished(1, 1);
-        });
-        tnController::callCB("reloadCAD", message);
-        QCOMPARE(boost::any_cast<int>(message.get("result")), 0);
-
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        dialog()->_output_dir->setText(file.fileName() + "/below"); // so nothing starts
-        tnController::callCB("reloadCAD", message);
-        QCOMPARE(m_services->files.loads.size(), std::size_t(1));
-    }
 };
 
 QTEST_MAIN(tst_Commands)
