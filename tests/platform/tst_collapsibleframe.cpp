@@ -6,31 +6,36 @@
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QLineEdit>
-#include <QtWidgets/QScrollArea>
 #include <QtWidgets/QVBoxLayout>
 
 namespace {
 
-/// A page with a field; with a grid when asked for.
-QWidget *makePage(bool grid = true)
-{
-    auto *const page = new QWidget;
-    if (grid)
-        (new QGridLayout(page))->addWidget(new QLineEdit, 0, 1);
-    else
-        (new QVBoxLayout(page))->addWidget(new QLineEdit);
-    return page;
-}
+/// A frame with one page, whose grid has one field.
+struct Frame : QTNCollapsibleFrame {
+    QWidget *const page = new QWidget;
+    QGridLayout *const grid = new QGridLayout(page);
+    QLineEdit *const field = new QLineEdit;
+    QWidget *const bar = findChild<QAbstractButton *>();
 
-QWidget *captionOf(QTNCollapsibleFrame *frame)
-{
-    return frame->findChild<QAbstractButton *>(QString(), Qt::FindDirectChildrenOnly);
-}
+    Frame()
+    {
+        grid->addWidget(field, 0, 1);
+        addPage(page);
+    }
+};
 
-QGridLayout *gridOf(QWidget *page)
-{
-    return qobject_cast<QGridLayout *>(page->layout());
-}
+/// A window with an outer frame, which a second one stands in.
+struct Window : QWidget {
+    Frame *const outer = new Frame;
+    Frame *const inner = new Frame;
+    QVBoxLayout *const stack = new QVBoxLayout(this);
+
+    Window()
+    {
+        outer->addPage(inner);
+        stack->addWidget(outer);
+    }
+};
 
 } // namespace
 
@@ -38,235 +43,147 @@ class tst_CollapsibleFrame : public QObject {
     Q_OBJECT
 
 private slots:
-    void foldsByMouse();
-    void foldsByKeyboard_data();
-    void foldsByKeyboard();
-    void scrollAreaShrinks();
-    void visibilityOfOthersStays();
-    void focusAndTabOrder();
-    void speaksToAssistiveTools();
-    void fixesLayouts();
+    void foldsByMouseAndKeyboard()
+    {
+        Frame frame;
+        frame.show();
+        QVERIFY(QTest::qWaitForWindowActive(&frame));
+        QSignalSpy changed(&frame, &QTNCollapsibleFrame::collapsedChanged);
+        const auto isNow = [&](bool collapsed) {
+            return frame.isCollapsed() == collapsed && frame.page->isVisible() != collapsed;
+        };
+
+        QVERIFY(isNow(false));
+        QTest::mouseClick(frame.childAt(frame.width() - 3, 4), Qt::LeftButton);
+        QVERIFY(isNow(true));
+        QTest::mouseClick(frame.childAt(2, 4), Qt::LeftButton);
+        QVERIFY(isNow(false));
+        QCOMPARE(changed.count(), 2);
+
+        const std::tuple<Qt::Key, Qt::LayoutDirection, bool> steps[] = {
+            {Qt::Key_Space, Qt::LeftToRight, true},  {Qt::Key_Space, Qt::LeftToRight, false},
+            {Qt::Key_Return, Qt::LeftToRight, true}, {Qt::Key_Enter, Qt::LeftToRight, false},
+            {Qt::Key_Right, Qt::LeftToRight, false}, {Qt::Key_Left, Qt::LeftToRight, true},
+            {Qt::Key_Left, Qt::LeftToRight, true},   {Qt::Key_Right, Qt::LeftToRight, false},
+            {Qt::Key_Right, Qt::RightToLeft, true},  {Qt::Key_Left, Qt::RightToLeft, false}};
+        frame.bar->setFocus();
+        for (const auto &[key, direction, collapsed] : steps) {
+            frame.setLayoutDirection(direction);
+            QTest::keyClick(frame.bar, key);
+            QVERIFY2(isNow(collapsed), QByteArray::number(key, 16));
+        }
+        QCOMPARE(changed.count(), 10);
+    }
+
+    void sizeFollows()
+    {
+        Window window;
+        window.inner->page->setFixedHeight(300);
+        // Before the window is shown, too.
+        const int unfolded = window.sizeHint().height();
+        window.inner->setCollapsed(true);
+        QCOMPARE(unfolded - window.sizeHint().height(), 300);
+        window.inner->setCollapsed(false);
+
+        window.stack->setSizeConstraint(QLayout::SetFixedSize);
+        window.show();
+        QTRY_COMPARE(window.height(), unfolded);
+        window.inner->setCollapsed(true);
+        QTRY_COMPARE(window.height(), unfolded - 300);
+        window.outer->setCollapsed(true);
+        QTRY_COMPARE(window.outer->height(), window.outer->bar->height());
+    }
+
+    void visibilityOfOthersStays()
+    {
+        Window window;
+        Frame *const frame = window.outer;
+        auto *const hidden = new QLineEdit(frame->page);
+        hidden->hide();
+        frame->field->hide();
+        window.show();
+
+        frame->setCollapsed(true);
+        frame->field->show();
+        frame->hide();
+        frame->show();
+        QVERIFY(!frame->page->isVisible());
+
+        frame->hide();
+        frame->setCollapsed(false);
+        QVERIFY(frame->isHidden());
+        frame->show();
+        QVERIFY(frame->field->isVisible());
+        QVERIFY(!hidden->isVisible());
+    }
+
+    void focusAndTabOrder()
+    {
+        QWidget window;
+        auto *const stack = new QVBoxLayout(&window);
+        auto *const upper = new Frame;
+        auto *const lower = new Frame;
+        stack->addWidget(upper);
+        stack->addWidget(lower);
+        // As a form does it: the fields alone, and here the other way round.
+        QWidget::setTabOrder(lower->field, upper->field);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+
+        lower->bar->setFocus();
+        const QList<QWidget *> order{lower->field, upper->bar, upper->field, lower->bar};
+        for (QWidget *next : order) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QCOMPARE(QApplication::focusWidget(), next);
+        }
+
+        lower->field->setFocus();
+        upper->setCollapsed(true);
+        QVERIFY(lower->field->hasFocus());
+        lower->setCollapsed(true);
+        QVERIFY(lower->bar->hasFocus());
+    }
+
+    void speaksToAssistiveTools()
+    {
+        Frame frame;
+        frame.setCaption(QStringLiteral("Import & Merge"));
+        QAccessibleInterface *const group = QAccessible::queryAccessibleInterface(&frame);
+        QAccessibleInterface *const caption = QAccessible::queryAccessibleInterface(frame.bar);
+        QCOMPARE(group->role(), QAccessible::Grouping);
+        QCOMPARE(group->text(QAccessible::Name), frame.bar->accessibleName());
+        QCOMPARE(caption->role(), QAccessible::Button);
+        QCOMPARE(caption->text(QAccessible::Name), QStringLiteral("Import & Merge"));
+        QVERIFY(caption->state().expandable && caption->state().expanded);
+        caption->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QVERIFY(frame.isCollapsed());
+        QVERIFY(caption->state().collapsed && !caption->state().expanded);
+    }
+
+    void fixesLayouts()
+    {
+        tnPlatform::setDpiScale(1.5, 1.5);
+        Window window;
+        auto *const loose = new QWidget;
+        auto *const looseGrid = new QGridLayout(loose);
+        window.stack->addWidget(loose);
+
+        QGridLayout present;
+        std::vector<QGridLayout *> layouts{&present};
+        QTNCollapsibleFrame::fixLayouts(&window, 130, &layouts);
+        QCOMPARE(layouts, (std::vector{&present, window.outer->grid, window.inner->grid}));
+        QCOMPARE(window.outer->grid->columnMinimumWidth(0), 195);
+        QCOMPARE(window.inner->grid->columnMinimumWidth(0), 195);
+        QCOMPARE(looseGrid->columnMinimumWidth(0), 0);
+
+        QTNCollapsibleFrame::fixLayouts(&window, 130, nullptr);
+        QTNCollapsibleFrame::fixLayouts(nullptr, 130, nullptr);
+        QTNCollapsibleFrame::fixLayout(nullptr, 130);
+        QTNCollapsibleFrame::fixLayout(loose, 130);
+        QCOMPARE(looseGrid->columnMinimumWidth(0), 195);
+        tnPlatform::setDpiScale(0.0, 0.0);
+    }
 };
-
-void tst_CollapsibleFrame::foldsByMouse()
-{
-    QTNCollapsibleFrame frame;
-    frame.setCaption(QStringLiteral("Options"));
-    QWidget *const page = makePage();
-    frame.addPage(page);
-    frame.addPage(nullptr);
-    frame.resize(300, 200);
-    frame.show();
-    QVERIFY(!frame.isCollapsed());
-    QVERIFY(page->isVisible());
-
-    QSignalSpy changed(&frame, &QTNCollapsibleFrame::collapsedChanged);
-    bool collapsed = false;
-    for (const int x : {2, 150, 297}) {
-        collapsed = !collapsed;
-        QTest::mouseClick(frame.childAt(x, 4), Qt::LeftButton);
-        QCOMPARE(frame.isCollapsed(), collapsed);
-        QCOMPARE(page->isVisible(), !collapsed);
-        QCOMPARE(changed.takeFirst().at(0).toBool(), collapsed);
-    }
-    frame.setCollapsed(true);
-    QCOMPARE(changed.count(), 0);
-}
-
-void tst_CollapsibleFrame::foldsByKeyboard_data()
-{
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<bool>("rightToLeft");
-    QTest::addColumn<bool>("before");
-    QTest::addColumn<bool>("after");
-
-    QTest::newRow("space folds") << Qt::Key_Space << false << false << true;
-    QTest::newRow("space unfolds") << Qt::Key_Space << false << true << false;
-    QTest::newRow("return") << Qt::Key_Return << false << false << true;
-    QTest::newRow("enter") << Qt::Key_Enter << false << true << false;
-    QTest::newRow("left") << Qt::Key_Left << false << false << true;
-    QTest::newRow("left again") << Qt::Key_Left << false << true << true;
-    QTest::newRow("right") << Qt::Key_Right << false << true << false;
-    QTest::newRow("right again") << Qt::Key_Right << false << false << false;
-    QTest::newRow("left, right to left") << Qt::Key_Left << true << true << false;
-    QTest::newRow("right, right to left") << Qt::Key_Right << true << false << true;
-}
-
-void tst_CollapsibleFrame::foldsByKeyboard()
-{
-    QFETCH(Qt::Key, key);
-    QFETCH(bool, rightToLeft);
-    QFETCH(bool, before);
-    QFETCH(bool, after);
-
-    QTNCollapsibleFrame frame;
-    frame.setLayoutDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-    frame.addPage(makePage());
-    frame.setCollapsed(before);
-    frame.show();
-    QVERIFY(QTest::qWaitForWindowActive(&frame));
-    captionOf(&frame)->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(captionOf(&frame), key);
-    QCOMPARE(frame.isCollapsed(), after);
-    QVERIFY(captionOf(&frame)->hasFocus());
-}
-
-void tst_CollapsibleFrame::scrollAreaShrinks()
-{
-    QScrollArea area;
-    area.setWidgetResizable(true);
-    auto *const content = new QWidget;
-    auto *const stack = new QVBoxLayout(content);
-    auto *const outer = new QTNCollapsibleFrame;
-    auto *const inner = new QTNCollapsibleFrame;
-    auto *const innerPage = new QWidget;
-    innerPage->setFixedHeight(300);
-    inner->addPage(innerPage);
-    outer->addPage(makePage());
-    outer->addPage(inner);
-    stack->addWidget(outer);
-    area.setWidget(content);
-    area.resize(300, 80);
-
-    const int unfolded = content->sizeHint().height();
-    inner->setCollapsed(true);
-    QCOMPARE(unfolded - content->sizeHint().height(), 300);
-    inner->setCollapsed(false);
-
-    area.show();
-    QTRY_COMPARE(content->height(), unfolded);
-    inner->setCollapsed(true);
-    QTRY_COMPARE(content->height(), unfolded - 300);
-    outer->setCollapsed(true);
-    const int captionHeight = captionOf(outer)->height();
-    QTRY_COMPARE(outer->height(), captionHeight);
-    QTRY_COMPARE(content->height(), area.viewport()->height());
-    outer->setCollapsed(false);
-    inner->setCollapsed(false);
-    QTRY_COMPARE(content->height(), unfolded);
-}
-
-void tst_CollapsibleFrame::visibilityOfOthersStays()
-{
-    QWidget window;
-    auto *const stack = new QVBoxLayout(&window);
-    auto *const frame = new QTNCollapsibleFrame;
-    stack->addWidget(frame);
-    QWidget *const page = makePage();
-    auto *const hidden = new QLineEdit(page);
-    hidden->hide();
-    auto *const shownLater = new QLineEdit(page);
-    shownLater->hide();
-    frame->addPage(page);
-    window.show();
-
-    frame->setCollapsed(true);
-    shownLater->setVisible(true);
-    QVERIFY(!shownLater->isVisible());
-    frame->hide();
-    frame->show();
-    QVERIFY(frame->isCollapsed());
-    QVERIFY(!page->isVisible());
-
-    frame->hide();
-    frame->setCollapsed(false);
-    QVERIFY(frame->isHidden());
-    frame->show();
-    QVERIFY(page->isVisible());
-    QVERIFY(shownLater->isVisible());
-    QVERIFY(!hidden->isVisible());
-}
-
-void tst_CollapsibleFrame::focusAndTabOrder()
-{
-    QWidget window;
-    auto *const stack = new QVBoxLayout(&window);
-    QList<QTNCollapsibleFrame *> frames;
-    QList<QLineEdit *> fields;
-    for (int i = 0; i < 2; ++i) {
-        frames << new QTNCollapsibleFrame;
-        QWidget *const page = makePage();
-        fields << page->findChild<QLineEdit *>();
-        frames.last()->addPage(page);
-        stack->addWidget(frames.last());
-    }
-    // As a form does it: the fields alone, and here the other way round.
-    QWidget::setTabOrder(fields.at(1), fields.at(0));
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-
-    captionOf(frames.at(1))->setFocus();
-    for (QWidget *next : {static_cast<QWidget *>(fields.at(1)), captionOf(frames.at(0)),
-                          static_cast<QWidget *>(fields.at(0)), captionOf(frames.at(1))}) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        QCOMPARE(QApplication::focusWidget(), next);
-    }
-
-    fields.at(1)->setFocus();
-    frames.at(0)->setCollapsed(true);
-    QVERIFY(fields.at(1)->hasFocus());
-    frames.at(1)->setCollapsed(true);
-    QVERIFY(captionOf(frames.at(1))->hasFocus());
-}
-
-void tst_CollapsibleFrame::speaksToAssistiveTools()
-{
-    QTNCollapsibleFrame frame;
-    frame.setCaption(QStringLiteral("Import & Merge"));
-    frame.addPage(makePage());
-    QCOMPARE(frame.caption(), QStringLiteral("Import & Merge"));
-
-    QAccessibleInterface *const group = QAccessible::queryAccessibleInterface(&frame);
-    QVERIFY(group);
-    QCOMPARE(group->role(), QAccessible::Grouping);
-    QCOMPARE(group->text(QAccessible::Name), frame.caption());
-
-    QAccessibleInterface *const caption = QAccessible::queryAccessibleInterface(captionOf(&frame));
-    QVERIFY(caption);
-    QCOMPARE(caption->role(), QAccessible::Button);
-    QCOMPARE(caption->text(QAccessible::Name), frame.caption());
-    QVERIFY(caption->state().expandable && caption->state().expanded);
-    caption->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    QVERIFY(frame.isCollapsed());
-    QVERIFY(caption->state().collapsed && !caption->state().expanded);
-}
-
-void tst_CollapsibleFrame::fixesLayouts()
-{
-    tnPlatform::setDpiScale(1.0, 1.0);
-    QWidget panel;
-    auto *const stack = new QVBoxLayout(&panel);
-    auto *const outer = new QTNCollapsibleFrame;
-    auto *const inner = new QTNCollapsibleFrame;
-    QWidget *const first = makePage();
-    QWidget *const innerPage = makePage();
-    QWidget *const loose = makePage();
-    inner->addPage(innerPage);
-    outer->addPage(first);
-    outer->addPage(makePage(false));
-    outer->addPage(inner);
-    stack->addWidget(outer);
-    stack->addWidget(loose);
-
-    QGridLayout present;
-    std::vector<QGridLayout *> layouts{&present};
-    QTNCollapsibleFrame::fixLayouts(&panel, 130, &layouts);
-    const std::vector<QGridLayout *> expected{&present, gridOf(first), gridOf(innerPage)};
-    QCOMPARE(layouts, expected);
-    QCOMPARE(gridOf(first)->columnMinimumWidth(0), 130);
-    QCOMPARE(gridOf(innerPage)->columnMinimumWidth(0), 130);
-    QCOMPARE(gridOf(loose)->columnMinimumWidth(0), 0);
-
-    tnPlatform::setDpiScale(1.5, 1.5);
-    QTNCollapsibleFrame::fixLayouts(&panel, 130, nullptr);
-    QTNCollapsibleFrame::fixLayouts(nullptr, 130, nullptr);
-    QTNCollapsibleFrame::fixLayout(loose, 130);
-    QTNCollapsibleFrame::fixLayout(&panel, 130);
-    QTNCollapsibleFrame::fixLayout(nullptr, 130);
-    QCOMPARE(gridOf(first)->columnMinimumWidth(0), 195);
-    QCOMPARE(gridOf(loose)->columnMinimumWidth(0), 195);
-    tnPlatform::setDpiScale(0.0, 0.0);
-}
 
 QTEST_MAIN(tst_CollapsibleFrame)
 #include "tst_collapsibleframe.moc"
