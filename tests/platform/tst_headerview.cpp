@@ -8,26 +8,6 @@
 
 namespace {
 
-/// A header whose columns belong to the table, as lists of plug-ins have it.
-class TableHeader : public tnHeaderViewBase {
-public:
-    explicit TableHeader(QTableView *table)
-        : tnHeaderViewBase(nullptr, table)
-        , m_table(table)
-    {
-    }
-
-    void setSectionVisible(int column, bool visible) override
-    {
-        m_table->setColumnHidden(column, !visible);
-    }
-    bool isSectionVisible(int column) override { return !m_table->isColumnHidden(column); }
-    QAbstractItemModel *viewModel() override { return m_table->model(); }
-
-private:
-    QTableView *m_table;
-};
-
 QMenu *openMenu(tnHeaderViewBase *header,
                 QContextMenuEvent::Reason reason = QContextMenuEvent::Mouse)
 {
@@ -53,7 +33,7 @@ private slots:
         for (const char *name : {"b", "c", "a"})
             m_model->appendRow(new QStandardItem(name));
         m_table.reset(new QTableView);
-        m_header = new TableHeader(m_table.data());
+        m_header = new tnHeaderViewBase(nullptr, m_table.data());
         m_table->setHorizontalHeader(m_header);
         m_table->setModel(m_model.data());
         m_table->show();
@@ -101,15 +81,6 @@ private slots:
     {
         m_table->setModel(nullptr);
         QVERIFY(!openMenu(m_header));
-
-        // On its own, a header shows and hides its own sections.
-        tnHeaderViewBase alone(m_model.data(), nullptr);
-        alone.show();
-        QMenu *const menu = openMenu(&alone);
-        QVERIFY(menu);
-        menu->actions().at(1)->trigger();
-        QVERIFY(alone.isSectionHidden(1));
-        menu->close();
     }
 
     void sortsByClick()
@@ -149,7 +120,7 @@ private slots:
 private:
     QScopedPointer<QStandardItemModel> m_model;
     QScopedPointer<QTableView> m_table;
-    TableHeader *m_header = nullptr;
+    tnHeaderViewBase *m_header = nullptr;
 };
 
 QTEST_MAIN(tst_HeaderView)

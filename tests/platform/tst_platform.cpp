@@ -10,17 +10,6 @@
 
 namespace {
 
-void first(tnMessage &message)
-{
-    message.set("answer", std::string("first"), true);
-    tnController::subCB("command"); // a command may withdraw itself
-}
-
-void second(tnMessage &message)
-{
-    message.set("answer", std::string("second"), true);
-}
-
 /// Notes which messages it gets and answers as told.
 class Listener : public tnModuleBase {
 public:
@@ -66,17 +55,6 @@ private slots:
         message.set("empty", 4, false); // an empty value is none that could stay
         QCOMPARE(boost::any_cast<int>(message.get("empty")), 4);
         QCOMPARE(message.attributes().size(), std::size_t(2));
-    }
-
-    void commands()
-    {
-        tnMessage message;
-        QVERIFY(!tnController::callCB("command", message));
-        tnController::addCB("command", second);
-        tnController::addCB("command", first);
-        QVERIFY(tnController::callCB("command", message));
-        QCOMPARE(boost::any_cast<std::string>(message.get("answer")), std::string("first"));
-        QVERIFY(!tnController::callCB("command", message));
     }
 
     void broadcastStopsAtFirstAnswer()
