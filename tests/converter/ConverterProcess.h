@@ -31,7 +31,6 @@ public:
     QList<QJsonObject> untilFinished();
     /// Ends the requests; the exit code, or -1.
     int close();
-    QByteArray errors() { return m_process.readAllStandardError(); }
     QProcess &process() { return m_process; }
 
 private:

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include <array>
+#include <functional>
 #include <vector>
 
 /// A glTF binary, read without any of the program's own code, for looking at results.
@@ -16,7 +17,6 @@ class GlbFile {
 public:
     struct Instance {
         QString path; ///< names of the nodes from below the top node down, with slashes
-        int node = -1;
         int mesh = -1;
         tnconvert::Transform toFile; ///< to the CAD file's own axes; millimetres
     };
@@ -40,30 +40,35 @@ public:
     /// All nodes below the top node, parents first.
     const std::vector<Instance> &instances() const { return m_instances; }
     QStringList paths() const;
-    /// The instance of this path; fails the lookup with node -1.
-    Instance instance(const QString &path) const;
 
     /// Triangles and segments that are drawn, each instance counted.
     int triangles() const { return elements(4); }
     int segments() const { return elements(1); }
     /// The area of all triangles in mm².
     double area() const;
-    /// The volume that the triangles enclose in mm³; negative when they are turned inside out.
+    /// The volume that closed surfaces enclose in mm³; negative when they are turned inside out.
     double volume() const;
     Box box() const;
     int meshCount() const { return m_json.contains("meshes") ? int(m_json["meshes"].size()) : 0; }
-    /// The base colours of the materials of a node's mesh, in sRGB and rounded to 2 digits.
+    /// The different base colours of the nodes of this path, in sRGB and rounded to 2 digits.
     QStringList colors(const QString &path) const;
     /// The smallest scalar product of a triangle's and its corners' normals.
     double leastNormalAgreement() const;
 
 private:
-    using Triangle = std::array<tnconvert::Vec3, 3>;
+    struct Triangle {
+        std::array<tnconvert::Vec3, 3> local; ///< in the mesh's own space, as the normals are
+        std::array<tnconvert::Vec3, 3> corners; ///< in the CAD file's own space; millimetres
+        std::vector<tnconvert::Vec3> normals; ///< three or none
+    };
 
     void collect(int node, const tnconvert::Transform &above, const QString &path);
     int elements(int mode) const;
-    std::vector<Triangle> allTriangles() const;
-    std::vector<double> accessorValues(int accessor) const;
+    void visitPrimitives(
+        const std::function<void(const Instance &, const nlohmann::json &)> &visit) const;
+    void visitTriangles(const std::function<void(const Triangle &)> &visit) const;
+    std::vector<double> accessorValues(int accessor) const; ///< none for -1
+    std::vector<tnconvert::Vec3> vectors(int accessor) const;
     void checkAccessor(int index, QStringList &problems) const;
     void checkPrimitive(const nlohmann::json &primitive, QStringList &problems) const;
 

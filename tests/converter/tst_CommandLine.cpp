@@ -10,48 +10,33 @@ class tst_CommandLine : public QObject {
     Q_OBJECT
 
 private slots:
-    void usage_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("output"); // begins the standard output
-        QTest::addColumn<QByteArray>("errors"); // stands in the standard error
-        QTest::newRow("help") << QStringList("--help") << 0 << QByteArray("Usage: tnconvert")
-                              << QByteArray();
-        QTest::newRow("version") << QStringList("--version") << 0 << QByteArray("tnconvert ")
-                                 << QByteArray();
-        QTest::newRow("formats") << QStringList("--list-formats") << 0
-                                 << QByteArray(
-                                        "Step: .stp .step .p21\nIges: .igs .iges\nSTL: .stl\n"
-                                        "Obj: .obj\nVRML: .wrl")
-                                 << QByteArray();
-        QTest::newRow("nothing") << QStringList() << 2 << QByteArray() << QByteArray("Usage:");
-        QTest::newRow("one file") << QStringList("a.stl") << 2 << QByteArray()
-                                  << QByteArray("Usage:");
-        QTest::newRow("unknown option") << QStringList({"--fast", "a.stl", "b.glb"}) << 2
-                                        << QByteArray() << QByteArray("--fast");
-        QTest::newRow("settings without a file") << QStringList({"a.stl", "b.glb", "--settings"})
-                                                 << 2 << QByteArray() << QByteArray("--settings");
-        QTest::newRow("worker with files")
-            << QStringList({"--worker", "a.stl"}) << 2 << QByteArray() << QByteArray("--worker");
-        QTest::newRow("missing file") << QStringList({"no.stl", "no.glb"}) << 1 << QByteArray()
-                                      << QByteArray("no.stl does not exist.");
-        QTest::newRow("missing settings")
-            << QStringList({"a.stl", "b.glb", "--settings", "no.json"}) << 1 << QByteArray()
-            << QByteArray("no.json");
-    }
-
     void usage()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QByteArray, output);
-        QFETCH(QByteArray, errors);
-        const RunResult run = runConverter(arguments);
-        QCOMPARE(run.exitCode, exitCode);
-        QVERIFY2(run.output.startsWith(output), run.output);
-        QCOMPARE(run.output.isEmpty(), output.isEmpty());
-        QVERIFY2(run.errors.contains(errors), run.errors);
+        const struct {
+            QStringList arguments;
+            int exitCode;
+            const char *output; // begins the standard output
+            const char *errors; // stands in the standard error
+        } rows[] = {
+            {{"--help"}, 0, "Usage: tnconvert", ""},
+            {{"--list-formats"},
+             0,
+             "Step: .stp .step .p21\nIges: .igs .iges\nSTL: .stl\nObj: .obj\nVRML: .wrl",
+             ""},
+            {{"a.stl"}, 2, "", "Usage:"},
+            {{"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
+            {{"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
+            {{"--worker", "a.stl"}, 2, "", "--worker"},
+            {{"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
+            {{"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
+        };
+        for (const auto &[arguments, exitCode, output, errors] : rows) {
+            const RunResult run = runConverter(arguments);
+            QVERIFY2(run.exitCode == exitCode, run.errors);
+            QVERIFY2(run.output.startsWith(output), run.output);
+            QCOMPARE(run.output.isEmpty(), *output == '\0');
+            QVERIFY2(run.errors.contains(errors), run.errors);
+        }
     }
 
     void settingsFile()
@@ -80,27 +65,20 @@ private slots:
         QVERIFY(QFile::exists(directory.filePath("out.glb")));
     }
 
-    void unusualNames_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("blanks and quotes") << "my \"first\" gear's.stl";
-        QTest::newRow("signs") << "a&b %1 $HOME;#.stl";
-        QTest::newRow("letters") << "Zahnrad-\u00E4\u00F6\u00DF-\u6B6F\u8ECA.stl";
-        QTest::newRow("mixed case") << "GEAR.StL";
-    }
-
     void unusualNames()
     {
-        QFETCH(QString, name);
         QTemporaryDir directory;
-        const QString input = directory.filePath(name);
-        QVERIFY(QFile::copy(TN_SAMPLES_DIR "/gear.stl", input));
-        QCOMPARE(runConverter({input, input + ".glb"}).exitCode, 0);
-        const GlbFile file(input + ".glb");
-        QCOMPARE(file.triangles(), 192);
-        QCOMPARE(QString::fromStdString(file.document()["asset"]["extras"]["source"]), input);
-        QCOMPARE(QString::fromStdString(file.document()["nodes"][0]["name"]),
-                 QFileInfo(input).completeBaseName());
+        for (const char *name : {"my \"first\" gear's.stl", "a&b %1 $HOME;#.stl",
+                                 "Zahnrad-\u00E4\u00F6\u00DF-\u6B6F\u8ECA.StL"}) {
+            const QString input = directory.filePath(name);
+            QVERIFY(QFile::copy(TN_SAMPLES_DIR "/gear.stl", input));
+            QCOMPARE(runConverter({input, input + ".glb"}).exitCode, 0);
+            const GlbFile file(input + ".glb");
+            QCOMPARE(file.triangles(), 192);
+            QCOMPARE(QString::fromStdString(file.document()["asset"]["extras"]["source"]), input);
+            QCOMPARE(QString::fromStdString(file.document()["nodes"][0]["name"]),
+                     QFileInfo(input).completeBaseName());
+        }
     }
 
     void decimalCommasDoNotMatter()

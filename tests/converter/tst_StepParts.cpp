@@ -7,100 +7,79 @@
 using tnconvert::Outcome;
 using tnconvert::State;
 
-Q_DECLARE_METATYPE(tnconvert::State)
-
 /// Step files that refer to part files.
 class tst_StepParts : public QObject {
     Q_OBJECT
 
+private:
+    Outcome convertRobot(const char *settings = "{}")
+    {
+        return convertFile(m_directory.filePath("robot.step"), m_directory.filePath("out.glb"),
+                           settingsFrom(settings), m_report);
+    }
+
+    QTemporaryDir m_directory;
+    RecordingReport m_report;
+
 private slots:
+    void init()
+    {
+        m_report.parts.clear();
+        QDir(m_directory.path()).remove("arm.stp");
+        QDir(m_directory.path()).remove("out.glb");
+        for (const char *name : {"robot.step", "base.stp", "gripper.stp"})
+            QFile::copy(QString(TN_SAMPLES_DIR "/assembly/") + name, m_directory.filePath(name));
+    }
+
     void partFiles_data()
     {
-        QTest::addColumn<QString>("change"); // what becomes of arm.stp
-        QTest::addColumn<QByteArray>("settings");
-        QTest::addColumn<State>("state");
-        QTest::addColumn<int>("arms");
-        QTest::addColumn<QStringList>("parts");
-        const QStringList others{"part gripper.stp", "success gripper.stp"};
-        const QStringList before{"part base.stp", "success base.stp", "part arm.stp"};
-        QTest::newRow("whole") << QString() << QByteArray("{}") << State::Success << 2
-                               << before + QStringList("success arm.stp") + others;
-        QTest::newRow("missing") << "remove" << QByteArray("{}") << State::Incomplete << 0
-                                 << before + QStringList("failure arm.stp") + others;
-        QTest::newRow("truncated") << "cut" << QByteArray("{}") << State::Incomplete << 0
-                                   << before + QStringList("failure arm.stp") + others;
-        QTest::newRow("no Step file") << "text" << QByteArray("{}") << State::Incomplete << 0
-                                      << before + QStringList("failure arm.stp") + others;
-        QTest::newRow("assembly as its own part")
-            << "circle" << QByteArray("{}") << State::Incomplete << 0 << QStringList();
+        QTest::addColumn<QByteArray>("arm"); // instead of arm.stp; empty: the file is missing
+        QTest::addColumn<bool>("isWhole");
+        const QByteArray original = readFile(TN_SAMPLES_DIR "/assembly/arm.stp");
+        QTest::newRow("whole") << original << true;
+        QTest::newRow("missing") << QByteArray() << false;
+        QTest::newRow("truncated") << original.left(5000) << false;
+        QTest::newRow("no Step file") << QByteArray("An arm.\n") << false;
     }
 
     void partFiles()
     {
-        QFETCH(QString, change);
-        QFETCH(QByteArray, settings);
-        QFETCH(State, state);
-        QFETCH(int, arms);
-        QFETCH(QStringList, parts);
-        QTemporaryDir directory;
-        for (const char *name : {"robot.step", "base.stp", "arm.stp", "gripper.stp"})
-            QVERIFY(
-                QFile::copy(QString(TN_SAMPLES_DIR "/assembly/") + name, directory.filePath(name)));
-        const QString arm = directory.filePath("arm.stp");
-        if (!change.isEmpty())
-            QVERIFY(QFile::remove(arm));
-        if (change == "cut")
-            writeFile(arm, readFile(TN_SAMPLES_DIR "/assembly/arm.stp").left(5000));
-        else if (change == "text")
-            writeFile(arm, "An arm.\n");
-        else if (change == "circle")
-            QVERIFY(QFile::copy(TN_SAMPLES_DIR "/assembly/robot.step", arm));
-
-        RecordingReport report;
-        const Outcome outcome =
-            convertFile(directory.filePath("robot.step"), directory.filePath("out.glb"),
-                        settingsFrom(settings.constData()), report);
-        const GlbFile file(directory.filePath("out.glb"));
+        QFETCH(QByteArray, arm);
+        QFETCH(bool, isWhole);
+        if (!arm.isEmpty())
+            writeFile(m_directory.filePath("arm.stp"), arm);
+        const Outcome outcome = convertRobot();
+        QVERIFY2(outcome.state == (isWhole ? State::Success : State::Incomplete),
+                 outcome.message.c_str());
+        QCOMPARE(QString::fromStdString(outcome.message).contains(m_directory.filePath("arm.stp")),
+                 !isWhole);
+        QCOMPARE(m_report.parts.join(", "),
+                 QString("part base.stp, success base.stp, part arm.stp, %1 arm.stp, "
+                         "part gripper.stp, success gripper.stp")
+                     .arg(isWhole ? "success" : "failure"));
+        const GlbFile file(m_directory.filePath("out.glb"));
         QCOMPARE(file.problems(), QStringList());
-        if (change == "circle") {
-            // What a circle draws is open; that it ends is not.
-            QVERIFY(outcome.state != State::Failure);
-            return;
-        }
-        QVERIFY2(outcome.state == state, outcome.message.c_str());
-        QCOMPARE(report.parts, parts);
         QVERIFY(file.paths().contains("Robot/gripper"));
-        int found = 0;
-        for (const GlbFile::Instance &instance : file.instances())
-            found += instance.path.endsWith("arm") && instance.mesh >= 0 ? 1 : 0;
-        QCOMPARE(found, arms);
-        QCOMPARE(QString::fromStdString(outcome.message).contains(arm), state == State::Incomplete);
+        QCOMPARE(file.meshCount(), isWhole ? 3 : 2);
+        QCOMPARE(file.colors("Robot/arm"),
+                 isWhole ? QStringList("0.90 0.50 0.10 1.00") : QStringList());
+        const GlbFile::Box expected{{-40, -40, 0}, {40, 40, 250}};
+        QVERIFY2(!isWhole || file.box().isNear(expected, 0.15), file.box().text());
+    }
+
+    void circlesEnd()
+    {
+        QVERIFY(
+            QFile::copy(TN_SAMPLES_DIR "/assembly/robot.step", m_directory.filePath("arm.stp")));
+        QVERIFY(convertRobot().state != State::Failure); // what a circle draws is open
+        QCOMPARE(GlbFile(m_directory.filePath("out.glb")).problems(), QStringList());
     }
 
     void partsAreLeftOutOnDemand()
     {
-        QTemporaryDir directory;
-        RecordingReport report;
-        const Outcome outcome =
-            convertFile(TN_SAMPLES_DIR "/assembly/robot.step", directory.filePath("out.glb"),
-                        settingsFrom(R"({"ImportReferencedFiles": false})"), report);
         // All of the robot's geometry stands in its parts.
-        QCOMPARE(outcome.state, State::Failure);
-        QVERIFY2(outcome.message.find("no geometry") != std::string::npos, outcome.message.c_str());
-        QCOMPARE(report.parts, QStringList());
-    }
-
-    void robotIsPutTogether()
-    {
-        QTemporaryDir directory;
-        RecordingReport report;
-        convertFile(TN_SAMPLES_DIR "/assembly/robot.step", directory.filePath("out.glb"), {},
-                    report);
-        const GlbFile file(directory.filePath("out.glb"));
-        const GlbFile::Box expected{{-40, -40, 0}, {40, 40, 250}};
-        QVERIFY2(file.box().isNear(expected, 0.15), file.box().text());
-        QCOMPARE(file.meshCount(), 3);
-        QCOMPARE(file.colors("Robot/arm"), QStringList("0.90 0.50 0.10 1.00"));
+        QCOMPARE(convertRobot(R"({"ImportReferencedFiles": false})").state, State::Failure);
+        QCOMPARE(m_report.parts, QStringList());
     }
 };
 

@@ -65,39 +65,31 @@ private slots:
         QCOMPARE(worker.process().readAllStandardOutput(), QByteArray());
     }
 
-    void requestsThatAreNone_data()
-    {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<int>("id");
-        QTest::newRow("garbage") << QByteArray("}{\xFF") << 0;
-        QTest::newRow("empty line") << QByteArray() << 0;
-        QTest::newRow("array") << QByteArray("[1]") << 0;
-        QTest::newRow("unknown command") << QByteArray(R"({"command":"dance","id":4})") << 4;
-        QTest::newRow("no input") << QByteArray(R"({"command":"convert","id":5,"output":"/x"})")
-                                  << 5;
-        QTest::newRow("id is text")
-            << QByteArray(R"({"command":"convert","id":"7","input":"/a","output":"/b"})") << 0;
-        QTest::newRow("type is a number")
-            << QByteArray(R"({"command":"convert","id":8,"input":"/a","output":"/b","type":1})")
-            << 8;
-        QTest::newRow("input is a list")
-            << QByteArray(R"({"command":"convert","id":9,"input":["/a"],"output":"/b"})") << 9;
-        QTest::newRow("deep") << QByteArray("[").repeated(100000) << 0;
-    }
-
     void requestsThatAreNone()
     {
-        QFETCH(QByteArray, line);
-        QFETCH(int, id);
+        const std::pair<QByteArray, int> requests[] = {
+            // each with the id of its answer
+            {"}{\xFF", 0},
+            {"", 0},
+            {"[1]", 0},
+            {QByteArray("[").repeated(100000), 0},
+            {R"({"command":"dance","id":4})", 4},
+            {R"({"command":"convert","id":5,"output":"/x"})", 5},
+            {R"({"command":"convert","id":"7","input":"/a","output":"/b"})", 0},
+            {R"({"command":"convert","id":8,"input":"/a","output":"/b","type":1})", 8},
+            {R"({"command":"convert","id":9,"input":["/a"],"output":"/b"})", 9},
+        };
         QTemporaryDir directory;
         WorkerProcess worker;
         worker.next();
-        worker.send(line);
-        const QJsonObject answer = worker.next();
-        QCOMPARE(answer["event"].toString(), QString("finished"));
-        QCOMPARE(answer["state"].toString(), QString("failure"));
-        QCOMPARE(answer["id"].toInt(-1), id);
-        QVERIFY(!answer["message"].toString().isEmpty());
+        for (const auto &[line, id] : requests) {
+            worker.send(line);
+            const QJsonObject answer = worker.next();
+            QCOMPARE(answer["event"].toString(), QString("finished"));
+            QCOMPARE(answer["state"].toString(), QString("failure"));
+            QCOMPARE(answer["id"].toInt(-1), id);
+            QVERIFY(!answer["message"].toString().isEmpty());
+        }
         // It serves on.
         worker.convert(1, TN_SAMPLES_DIR "/gear.stl", directory.filePath("out.glb"));
         QCOMPARE(worker.untilFinished().last()["state"].toString(), QString("success"));
