@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 using nlohmann::json;
 using tnconvert::Transform;
@@ -50,6 +49,15 @@ Vec3 areaVector(const std::array<Vec3, 3> &corners)
 }
 
 } // namespace
+
+void GlbFile::Box::include(const Vec3 &point)
+{
+    const double coordinates[] = {point.x, point.y, point.z};
+    for (std::size_t i = 0; i < 3; ++i) {
+        least[i] = std::min(least[i], coordinates[i]);
+        most[i] = std::max(most[i], coordinates[i]);
+    }
+}
 
 bool GlbFile::Box::isNear(const Box &other, double tolerance) const
 {
@@ -119,21 +127,17 @@ std::vector<double> GlbFile::accessorValues(int index) const
     const int stride = view.value("byteStride", componentSize(type) * width);
     const int start = view.value("byteOffset", 0) + accessor.value("byteOffset", 0);
     std::vector<double> values;
-    for (int i = 0; i < accessor["count"].get<int>(); ++i) {
-        for (int c = 0; c < width; ++c) {
-            const int at = start + i * stride + c * componentSize(type);
-            if (at + componentSize(type) > m_binary.size())
-                return {};
-            const char *bytes = m_binary.constData() + at;
-            float number = 0;
-            std::memcpy(&number, bytes, std::size_t(componentSize(type)));
-            if (type == 5126)
-                values.push_back(double(number));
-            else if (type == 5125)
-                values.push_back(qFromLittleEndian<quint32>(bytes));
-            else
-                values.push_back(type == 5123 ? qFromLittleEndian<quint16>(bytes) : quint8(*bytes));
-        }
+    for (int i = 0; i < accessor["count"].get<int>() * width; ++i) {
+        const int at = start + i / width * stride + i % width * componentSize(type);
+        if (at + componentSize(type) > m_binary.size())
+            return {};
+        const char *bytes = m_binary.constData() + at;
+        if (type == 5126)
+            values.push_back(double(qFromLittleEndian<float>(bytes)));
+        else if (type == 5125)
+            values.push_back(qFromLittleEndian<quint32>(bytes));
+        else
+            values.push_back(type == 5123 ? qFromLittleEndian<quint16>(bytes) : quint8(*bytes));
     }
     return values;
 }
@@ -162,17 +166,6 @@ void GlbFile::checkAccessor(int index, QStringList &problems) const
         problems << name + "is not aligned";
     if (!std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); }))
         problems << name + "has values that are no numbers";
-    for (int c = 0; accessor.contains("min") && c < width; ++c) {
-        double least = 1e300;
-        double most = -1e300;
-        for (std::size_t i = std::size_t(c); i < values.size(); i += std::size_t(width)) {
-            least = std::min(least, values[i]);
-            most = std::max(most, values[i]);
-        }
-        if (float(least) != accessor["min"][std::size_t(c)].get<float>()
-            || float(most) != accessor["max"][std::size_t(c)].get<float>())
-            problems << name + "states wrong bounds";
-    }
 }
 
 void GlbFile::checkPrimitive(const json &primitive, QStringList &problems) const
@@ -180,9 +173,13 @@ void GlbFile::checkPrimitive(const json &primitive, QStringList &problems) const
     const json &attributes = primitive["attributes"];
     const json &accessors = m_json["accessors"];
     const int position = attributes["POSITION"];
-    const int count = accessors[std::size_t(position)]["count"];
-    if (!accessors[std::size_t(position)].contains("min"))
-        problems << "positions without bounds";
+    const json &accessor = accessors[std::size_t(position)];
+    const int count = accessor["count"];
+    Box box;
+    for (const Vec3 &point : vectors(position))
+        box.include(point);
+    if (!box.isNear({accessor.value("min", box.most), accessor.value("max", box.least)}, 1e-6))
+        problems << "wrong bounds";
     for (const auto &attribute : attributes.items()) {
         if (accessors.at(attribute.value().get<std::size_t>())["count"] != count)
             problems << "attributes of different length";
@@ -255,14 +252,8 @@ GlbFile::Box GlbFile::box() const
 {
     Box box;
     visitPrimitives([&](const Instance &instance, const json &primitive) {
-        for (const Vec3 &position : vectors(primitive["attributes"]["POSITION"])) {
-            const Vec3 p = instance.toFile.point(position * 1000);
-            const double coordinates[] = {p.x, p.y, p.z};
-            for (std::size_t c = 0; c < 3; ++c) {
-                box.least[c] = std::min(box.least[c], coordinates[c]);
-                box.most[c] = std::max(box.most[c], coordinates[c]);
-            }
-        }
+        for (const Vec3 &position : vectors(primitive["attributes"]["POSITION"]))
+            box.include(instance.toFile.point(position * 1000));
     });
     return box;
 }

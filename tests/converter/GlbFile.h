@@ -25,6 +25,7 @@ public:
         std::array<double, 3> least{1e30, 1e30, 1e30};
         std::array<double, 3> most{-1e30, -1e30, -1e30};
 
+        void include(const tnconvert::Vec3 &point);
         /// Whether all six coordinates differ by no more than @p tolerance.
         bool isNear(const Box &other, double tolerance) const;
         QByteArray text() const;

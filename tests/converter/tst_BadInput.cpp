@@ -2,7 +2,6 @@
 #include "GlbFile.h"
 #include "RecordingReport.h"
 
-#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -139,11 +138,8 @@ private slots:
             }
             QTemporaryDir directory;
             writeFile(directory.filePath("x.step"), content);
-            QElapsedTimer timer;
-            timer.start();
             const RunResult run =
                 runConverter({directory.filePath("x.step"), directory.filePath("x.glb")});
-            QVERIFY2(timer.elapsed() < 30000, QByteArray::number(round));
             if (run.exitCode == 0) {
                 QCOMPARE(GlbFile(directory.filePath("x.glb")).problems(), QStringList());
             } else {

@@ -93,6 +93,9 @@ private slots:
         // It serves on.
         worker.convert(1, TN_SAMPLES_DIR "/gear.stl", directory.filePath("out.glb"));
         QCOMPARE(worker.untilFinished().last()["state"].toString(), QString("success"));
+        worker.send(R"({"command":"quit"})");
+        QVERIFY(worker.process().waitForFinished());
+        QCOMPARE(worker.process().exitCode(), 0);
     }
 
     void typeOverridesTheSuffix()
@@ -125,20 +128,9 @@ private slots:
                  QStringList({"started", "warning", "part", "partFinished", "part", "partFinished",
                               "part", "partFinished", "finished"}));
         for (const QJsonObject &event : events) {
-            if (event["event"].toString().startsWith("part"))
-                QVERIFY(QFileInfo::exists(event["file"].toString()));
-            if (event["event"] == "partFinished")
-                QCOMPARE(event["state"].toString(), QString("success"));
+            QVERIFY(!event.contains("file") || QFileInfo::exists(event["file"].toString()));
+            QVERIFY(event["event"] != "partFinished" || event["state"] == "success");
         }
-    }
-
-    void endsWhenToldTo()
-    {
-        WorkerProcess worker;
-        worker.next();
-        worker.send(R"({"command":"quit"})");
-        QVERIFY(worker.process().waitForFinished());
-        QCOMPARE(worker.process().exitCode(), 0);
     }
 
     void endsWhenNobodyListens()
