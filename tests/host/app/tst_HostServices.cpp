@@ -25,14 +25,13 @@ class TestHostServices : public QObject {
 private slots:
     void offersWhatPluginsLookFor();
     void givesATmpDirectoryOfItsOwn();
-    void refusesAForeignTmpDirectory();
-    void refusesAnUnwritableTmpDirectory();
+    void refusesUnusableTmpDirectories();
 };
 
 void TestHostServices::offersWhatPluginsLookFor()
 {
     HostServices::Options options;
-    options.tmpDirectory = QStringLiteral("/somewhere");
+    options.tmpDirectory = "/somewhere";
     options.maxProcesses = 3;
     auto services = std::make_unique<HostServices>(options);
 
@@ -48,8 +47,7 @@ void TestHostServices::offersWhatPluginsLookFor()
     tnInterfaceFactory::the().pulse()->notifyActivity();
     QCOMPARE(UsageData::the().activities(), before + 1);
 
-    for (const char *icon : {"FileOpen", "ModuleAssets", "Application"})
-        QVERIFY2(!tnIconManager::getIcon(icon, {}).pixmap(24).isNull(), icon);
+    QVERIFY(!tnIconManager::getIcon("FileOpen", {}).pixmap(24).isNull());
     QVERIFY(tnIconManager::getIcon("Nonsense", {}).isNull());
 
     // Offered is what can be converted, not everything that has a name.
@@ -59,8 +57,7 @@ void TestHostServices::offersWhatPluginsLookFor()
 
     QSignalSpy requests(&services->controllerService(), &ControllerService::assetManagerRequested);
     services->controllerService().showAssetManager(true);
-    services->controllerService().showAssetManager(true);
-    QCOMPARE(requests.count(), 2);
+    QCOMPARE(requests.count(), 1);
     QVERIFY(services->controllerService().isAssetManagerWanted());
 
     services.reset();
@@ -72,40 +69,32 @@ void TestHostServices::givesATmpDirectoryOfItsOwn()
 {
     QString error;
     const QString path = TmpDirectory::prepare({}, &error);
-    QVERIFY2(path.startsWith(QDir::tempPath() + QStringLiteral("/tnhost-")), qPrintable(error));
-    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    QVERIFY(!(QFileInfo(path).permissions() & others));
+    QVERIFY2(path.startsWith(QDir::tempPath() + "/tnhost-"), qPrintable(error));
+    QCOMPARE(int(QFileInfo(path).permissions()) & 0x77, 0); // nobody else's
     QCOMPARE(TmpDirectory::prepare({}, nullptr), path);
 
     const QTemporaryDir dir;
-    const QString wanted = dir.filePath(QStringLiteral("new/deep"));
+    const QString wanted = dir.filePath("new/deep");
     QCOMPARE(TmpDirectory::prepare(wanted, &error), wanted);
     QVERIFY(QFileInfo(wanted).isDir());
 }
 
-void TestHostServices::refusesAForeignTmpDirectory()
+void TestHostServices::refusesUnusableTmpDirectories()
 {
     // Somebody else was there before and has laid a link to where he would like our files.
     const QTemporaryDir system;
     const QTemporaryDir trap;
     const QByteArray before = qgetenv("TMPDIR");
     qputenv("TMPDIR", QFile::encodeName(system.path()));
-    const QString name = system.filePath(QStringLiteral("tnhost-%1").arg(::getuid()));
-    QVERIFY(QFile::link(trap.path(), name));
+    QVERIFY(QFile::link(trap.path(), system.filePath(QString("tnhost-%1").arg(::getuid()))));
     const QString path = TmpDirectory::prepare({}, nullptr);
     qputenv("TMPDIR", before);
     QVERIFY(!path.isEmpty());
     QVERIFY(QFileInfo(path).canonicalFilePath() != QFileInfo(trap.path()).canonicalFilePath());
-}
 
-void TestHostServices::refusesAnUnwritableTmpDirectory()
-{
-    const QTemporaryDir dir;
-    QFile file(dir.filePath(QStringLiteral("file")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
     QString error;
-    QVERIFY(TmpDirectory::prepare(file.fileName() + QStringLiteral("/below"), &error).isEmpty());
-    QVERIFY2(error.contains(file.fileName()), qPrintable(error));
+    QVERIFY(TmpDirectory::prepare("/dev/null/below", &error).isEmpty());
+    QVERIFY2(error.contains("/dev/null/below"), qPrintable(error));
 }
 
 QTEST_MAIN(TestHostServices)

@@ -10,7 +10,6 @@ class TestPluginLoader : public QObject {
 
 private slots:
     void init() { qunsetenv("TN_FAKE_PLUGIN"); }
-    void findsPluginsByTheProgram_data();
     void findsPluginsByTheProgram();
     void tellsWhatIsWrong_data();
     void tellsWhatIsWrong();
@@ -30,43 +29,34 @@ private:
     int m_count = 0;
 };
 
-void TestPluginLoader::findsPluginsByTheProgram_data()
-{
-    QTest::addColumn<QString>("directory");
-    QTest::newRow("build tree") << "plugins";
-    QTest::newRow("installed") << "lib/tnhost/plugins";
-    QTest::newRow("installed, lib64") << "lib64/tnhost/plugins";
-    QTest::newRow("installed, by architecture") << "lib/some-linux-gnu/tnhost/plugins";
-}
-
 void TestPluginLoader::findsPluginsByTheProgram()
 {
-    QFETCH(QString, directory);
-    const QTemporaryDir tree;
-    QVERIFY(QDir(tree.path()).mkpath(QStringLiteral("bin")));
-    QVERIFY(QDir(tree.path()).mkpath(QStringLiteral("lib/other")));
-    QVERIFY(install(QStringLiteral("fakeGood"), tree.filePath(directory)));
-    PluginLoader loader(QString(), tree.filePath(QStringLiteral("bin")));
-    QVERIFY2(loader.load(), qPrintable(loader.errors().join(QLatin1Char('\n'))));
-    QVERIFY(isStarted());
+    // The build tree, and the ways to install.
+    for (const char *directory : {"plugins", "lib/tnhost/plugins", "lib64/tnhost/plugins",
+                                  "lib/some-linux-gnu/tnhost/plugins"}) {
+        init();
+        const QTemporaryDir tree;
+        QVERIFY(QDir(tree.path()).mkpath("bin") && QDir(tree.path()).mkpath("lib/other"));
+        QVERIFY(install("fakeGood", tree.filePath(directory)));
+        PluginLoader loader(QString(), tree.filePath("bin"));
+        QVERIFY2(loader.load(), qPrintable(loader.errors().join('\n')));
+        QVERIFY2(isStarted(), directory);
+    }
 }
 
 void TestPluginLoader::tellsWhatIsWrong_data()
 {
-    QTest::addColumn<QString>("plugin"); // a library, a file's content or a missing directory
+    QTest::addColumn<QString>("plugin"); // a fake one, or the name of a file of text
     QTest::addColumn<QString>("error");
-    QTest::newRow("no directory") << ""
-                                  << "does not exist";
-    QTest::newRow("no library") << "readme"
-                                << "no plug-in in the directory";
-    QTest::newRow("garbage") << "garbage"
-                             << "cannot be loaded";
-    QTest::newRow("another version") << "fakeOld"
-                                     << "version 14.9 of the host, this is 15.3";
-    QTest::newRow("no version") << "fakeNoVersion"
-                                << "does not export getPluginVersion";
-    QTest::newRow("no init") << "fakeNoInit"
-                             << "does not export initPlugin";
+    const auto row = [](const char *plugin, const char *error) {
+        QTest::newRow(error) << plugin << error;
+    };
+    row("", "does not exist");
+    row("README", "no plug-in in the directory");
+    row("libgarbage.so", "cannot be loaded");
+    row("fakeOld", "version 14.9 of the host, this is 15.3");
+    row("fakeNoVersion", "does not export getPluginVersion");
+    row("fakeNoInit", "does not export initPlugin");
 }
 
 void TestPluginLoader::tellsWhatIsWrong()
@@ -74,14 +64,12 @@ void TestPluginLoader::tellsWhatIsWrong()
     QFETCH(QString, plugin);
     QFETCH(QString, error);
     const QTemporaryDir tree;
-    const QString directory = tree.filePath(QStringLiteral("plugins"));
-    if (plugin.startsWith(QLatin1String("fake"))) {
+    const QString directory = tree.filePath("plugins");
+    if (plugin.startsWith("fake")) {
         QVERIFY(install(plugin, directory));
     } else if (!plugin.isEmpty()) {
         QVERIFY(QDir().mkpath(directory));
-        QFile file(directory
-                   + (plugin == QLatin1String("garbage") ? QStringLiteral("/libgarbage.so")
-                                                         : QStringLiteral("/README")));
+        QFile file(directory + '/' + plugin);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("no library") > 0);
     }
     PluginLoader loader(directory, QString());
@@ -94,8 +82,8 @@ void TestPluginLoader::tellsWhatIsWrong()
 void TestPluginLoader::startsTheGoodBesideTheBad()
 {
     const QTemporaryDir tree;
-    QVERIFY(install(QStringLiteral("fakeOld"), tree.path()));
-    QVERIFY(install(QStringLiteral("fakeGood"), tree.path()));
+    QVERIFY(install("fakeOld", tree.path()));
+    QVERIFY(install("fakeGood", tree.path()));
     PluginLoader loader(tree.path(), QString());
     QVERIFY(!loader.load());
     QCOMPARE(loader.errors().size(), 1);

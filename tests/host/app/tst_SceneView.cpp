@@ -7,18 +7,18 @@
 
 namespace {
 
-std::shared_ptr<const SceneFragment> oneTriangle()
+tndNode add(Scene &scene, const tndNode &parent = {}, const tndNode &replaced = {})
 {
     auto mesh = std::make_shared<SceneMesh>();
     mesh->triangles = 1;
     auto fragment = std::make_shared<SceneFragment>();
     fragment->meshes.push_back(mesh);
     fragment->nodes.resize(2);
-    fragment->nodes[0].name = QStringLiteral("group");
     fragment->nodes[0].children = {1};
     fragment->nodes[1].mesh = 0;
     fragment->roots = {0};
-    return fragment;
+    return replaced == tndNode() ? scene.addFragment(fragment, parent, "/cad/a.stl", {})
+                                 : scene.replaceNode(replaced, fragment, "/cad/b.stl", {});
 }
 
 } // namespace
@@ -29,12 +29,6 @@ class TestSceneView : public QObject {
 private slots:
     void modelFollowsTheScene();
     void selectionIsTheScenes();
-
-private:
-    tndNode add(Scene &scene, const tndNode &parent = {})
-    {
-        return scene.addFragment(oneTriangle(), parent, QStringLiteral("/cad/a.stl"), {});
-    }
 };
 
 void TestSceneView::modelFollowsTheScene()
@@ -45,21 +39,20 @@ void TestSceneView::modelFollowsTheScene()
     const QAbstractItemModelTester tester(&model,
                                           QAbstractItemModelTester::FailureReportingMode::QtTest);
     const QModelIndex triangles = model.index(0, SceneModel::Triangles, {});
-    QCOMPARE(model.indexOf(first).data().toString(), QStringLiteral("a.stl"));
+    QCOMPARE(model.indexOf(first).data().toString(), QString("a.stl"));
     QCOMPARE(model.index(0, SceneModel::SourceFile, {}).data(Qt::ToolTipRole).toString(),
-             QStringLiteral("/cad/a.stl"));
-    QCOMPARE(triangles.data().toString(), QStringLiteral("1"));
+             QString("/cad/a.stl"));
+    QCOMPARE(triangles.data().toString(), QString("1"));
 
     const QModelIndex group = model.index(0, 0, model.indexOf(first));
     QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
     const tndNode guest = add(scene, model.nodeAt(group));
-    QCOMPARE(triangles.data().toString(), QStringLiteral("2"));
+    QCOMPARE(triangles.data().toString(), QString("2"));
     QCOMPARE(changes.count(), 2); // the counts of the group and of the file
     QCOMPARE(model.indexOf(guest).parent(), group);
 
     add(scene);
-    const tndNode replaced =
-        scene.replaceNode(first, oneTriangle(), QStringLiteral("/cad/b.stl"), {});
+    const tndNode replaced = add(scene, {}, first);
     QCOMPARE(model.rowCount({}), 2);
     QCOMPARE(model.indexOf(replaced).row(), 0);
     QCOMPARE(model.rowCount(model.indexOf(replaced)), 2); // its own group and the guest
@@ -87,7 +80,7 @@ void TestSceneView::selectionIsTheScenes()
 
     // The view must not choose a neighbour in the place of what has gone.
     select(0);
-    const tndNode fresh = scene.replaceNode(first, oneTriangle(), QStringLiteral("/cad/b.stl"), {});
+    const tndNode fresh = add(scene, {}, first);
     QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{fresh});
     QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{view.model()->index(0, 0)});
     scene.removeNode(fresh);
