@@ -5,11 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-void RecordingReport::progress(double percent, const std::string &)
-{
-    isProgressValid = isProgressValid && percent >= 0 && percent <= 100;
-}
-
 void RecordingReport::warning(const std::string &message)
 {
     warnings << QString::fromStdString(message);

@@ -80,21 +80,6 @@ private slots:
                      QFileInfo(input).completeBaseName());
         }
     }
-
-    void decimalCommasDoNotMatter()
-    {
-        QTemporaryDir directory;
-        const QByteArray before = qgetenv("LC_ALL");
-        qputenv("LC_ALL", "de_DE.UTF-8");
-        for (const char *name : {"bracket.step", "gear-ascii.stl", "chair.obj", "lamp.wrl"}) {
-            const QString output = directory.filePath(name) + ".glb";
-            QCOMPARE(runConverter({QString(TN_SAMPLES_DIR "/") + name, output}).exitCode, 0);
-            QCOMPARE(GlbFile(output).problems(), QStringList());
-        }
-        qputenv("LC_ALL", before);
-        const GlbFile::Box lamp{{-80, -10, -80}, {250, 220, 80}};
-        QVERIFY(GlbFile(directory.filePath("lamp.wrl.glb")).box().isNear(lamp, 0.15));
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_CommandLine)

@@ -103,7 +103,6 @@ private slots:
         QVERIFY(top["extras"]["sourceAxes"] == (isUpright ? "Y-up" : "Z-up"));
         QCOMPARE(top.contains("rotation"), !isUpright);
         QCOMPARE(m_report->warnings, QStringList());
-        QVERIFY(m_report->isProgressValid);
     }
 
     void assemblyKeepsItsStructure()
@@ -140,8 +139,7 @@ private slots:
     void tessellationFollowsTheSettings()
     {
         const auto count = [this](const char *settings) {
-            const GlbFile file = converted("gearbox.step", settings);
-            return file.problems().isEmpty() ? file.triangles() : -1;
+            return converted("gearbox.step", settings).triangles();
         };
         const int usual = count("{}");
         const int fineChords = count(R"({"ChordDeviation": 0.002})");
@@ -152,9 +150,9 @@ private slots:
         QVERIFY2(coarse < usual && usual < fineChords && coarse < fineAngles && usual < shortChords,
                  QByteArray::number(coarse) + ' ' + QByteArray::number(usual));
         // Splitting chords changes neither the shape nor the facing of the triangles.
-        const double usualVolume = converted("gearbox.step").volume();
-        const GlbFile split = converted("gearbox.step", R"({"MaxChordLength": 5})");
-        QVERIFY(std::fabs(split.volume() - usualVolume) < 1e-3 * usualVolume);
+        const double volume = converted("gearbox.step").volume();
+        const double split = converted("gearbox.step", R"({"MaxChordLength": 5})").volume();
+        QVERIFY(std::fabs(split / volume - 1) < 1e-3);
     }
 
     void absurdTolerancesEndSoon()
@@ -167,16 +165,6 @@ private slots:
             QVERIFY2(timer.elapsed() < 60000, QByteArray::number(timer.elapsed()));
             QCOMPARE(m_report->warnings.size(), 1);
         }
-    }
-
-    void geometryIsMergedOrNot()
-    {
-        const GlbFile merged = converted("housing.iges");
-        const GlbFile single = converted("housing.iges", R"({"MergeGeometries": false})");
-        QCOMPARE(merged.meshCount(), 1);
-        QCOMPARE(single.meshCount(), 12); // 6 faces outside, 5 inside and the bore
-        QCOMPARE(single.triangles(), merged.triangles());
-        QVERIFY(single.paths().contains("Housing/Housing 12"));
     }
 
     void unshareAndFlush()
@@ -272,16 +260,17 @@ private slots:
     void wrongSettingsHaveDefaults()
     {
         std::vector<std::string> warnings;
-        const auto object = nlohmann::json::parse(
-            R"({"ChordDeviation": "fine", "NormalTolerance": -3, "ImportCurves": 1,
-                "StitchingTolerance": 0.5, "UnshareNodes": true, "NoSuchField": [1]})");
-        const tnconvert::Settings settings = tnconvert::Settings::fromJson(object, warnings);
+        const tnconvert::Settings settings =
+            tnconvert::Settings::fromJson({{"ChordDeviation", "fine"},
+                                           {"NormalTolerance", -3},
+                                           {"ImportCurves", 1},
+                                           {"UnshareNodes", true},
+                                           {"NoSuchField", 1}},
+                                          warnings);
         QCOMPARE(int(warnings.size()), 3);
         QCOMPARE(settings.chordDeviation, 0.1);
         QCOMPARE(settings.normalTolerance, 15.0);
-        QCOMPARE(settings.importCurves, false);
-        QCOMPARE(settings.stitchingTolerance, 0.5);
-        QCOMPARE(settings.unshareNodes, true);
+        QVERIFY(!settings.importCurves && settings.unshareNodes);
     }
 };
 

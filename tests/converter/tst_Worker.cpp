@@ -128,7 +128,8 @@ private slots:
                  QStringList({"started", "warning", "part", "partFinished", "part", "partFinished",
                               "part", "partFinished", "finished"}));
         for (const QJsonObject &event : events) {
-            QVERIFY(!event.contains("file") || QFileInfo::exists(event["file"].toString()));
+            if (event["event"].toString().startsWith("part"))
+                QVERIFY(QFileInfo::exists(event["file"].toString()));
             QVERIFY(event["event"] != "partFinished" || event["state"] == "success");
         }
     }
