@@ -77,7 +77,7 @@ void runCommand(const QString &line)
     if (command == "sleep") {
         QThread::msleep(first.toULong());
     } else if (command == "progress") {
-        send(command, {{"percent", first.toInt()}, {"message", "Reading"}});
+        send(command, {{"percent", first.toDouble()}, {"message", "Reading"}});
     } else if (command == "warning") {
         send(command, {{"message", rest}});
     } else if (command == "part") {

@@ -20,7 +20,6 @@ private slots:
     void abortsFromInsideASignal();
     void keepsOutputsApart();
     void replacesOnlyItsOwnEarlierOutput();
-    void leavesNothingBehindWhenAsked_data();
     void leavesNothingBehindWhenAsked();
     void failsEachFileWithoutAnOutputDirectory();
     void keepsWorkersAndRetiresThem_data();
@@ -147,17 +146,17 @@ void tst_FileServiceJobs::abortsFromInsideASignal_data()
 {
     QTest::addColumn<QString>("moment");
     QTest::addColumn<QString>("expected");
+    const auto row = [](const char *moment, const QString &expected) {
+        QTest::newRow(moment) << moment << expected;
+    };
     const QString converted = "converting f0|converted f0 Success|timed|";
     const QString aborted = "loaded f0 JobAborted|";
-    QTest::newRow("start of the job") << "starting"
-                                      << "";
-    QTest::newRow("start") << "converting"
-                           << "converting f0|converted f0 JobAborted|timed|";
-    QTest::newRow("end of conversion") << "converted" << converted + aborted;
-    QTest::newRow("load queue") << "queued" << converted + "queued f0|" + aborted;
-    QTest::newRow("load") << "loading" << converted + "queued f0|loading f0|" + aborted;
-    QTest::newRow("too late") << "added"
-                              << converted + "queued f0|loading f0|added f0|loaded f0 Success|";
+    row("starting", "");
+    row("converting", "converting f0|converted f0 JobAborted|timed|");
+    row("converted", converted + aborted);
+    row("queued", converted + "queued f0|" + aborted);
+    row("loading", converted + "queued f0|loading f0|" + aborted);
+    row("added", converted + "queued f0|loading f0|added f0|loaded f0 Success|"); // too late
 }
 
 void tst_FileServiceJobs::abortsFromInsideASignal()
@@ -220,33 +219,25 @@ void tst_FileServiceJobs::replacesOnlyItsOwnEarlierOutput()
     QCOMPARE(fixture.outNames(), (QStringList{"b-2.glb.part", "b-3.glb", "b-4.glb", "b.glb"}));
 }
 
-void tst_FileServiceJobs::leavesNothingBehindWhenAsked_data()
-{
-    QTest::addColumn<QString>("directory");
-    QTest::newRow("below the output directory") << "/out";
-    QTest::newRow("in the preferred place") << "/preferred";
-}
-
 void tst_FileServiceJobs::leavesNothingBehindWhenAsked()
 {
-    QFETCH(QString, directory);
-    ServiceFixture fixture;
-    const QString old = fixture.file(".." + directory + "/a.glb", "old");
-    const QDir parent = QFileInfo(old).canonicalPath();
-    tnPreferences::getData().set("FileIO tmp path", parent.path(), true);
-    const bool isNamed = parent.path() == fixture.out();
-    const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
-                            fixture.file("c.step", "junk\nfinish success")};
-    const quint64 job = fixture.service->loadFiles(
-        files, tndNode(), isNamed ? fixture.out() : QString(), true, isNamed, true);
-    QVERIFY(fixture.wait(job));
-    QCOMPARE(fixture.count(job, "loaded a Success"), 1);
-    QCOMPARE(fixture.count(job, "converted b Failure"), 1);
-    QCOMPARE(fixture.count(job, "loaded c Failure"), 1);
-    QCOMPARE(parent.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-             QStringList("a.glb"));
-    QCOMPARE(read(old), QByteArray("old"));
-    QCOMPARE(fixture.fakeLog().filter("begin").filter(parent.path() + "/.import-").size(), 3);
+    for (const bool isNamed : {true, false}) {
+        ServiceFixture fixture;
+        const QString old = fixture.file("../place/a.glb", "old");
+        const QDir place = QFileInfo(old).canonicalPath();
+        tnPreferences::getData().set("FileIO tmp path", place.path(), true);
+        const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
+                                fixture.file("c.step", "junk\nfinish success")};
+        const quint64 job = fixture.service->loadFiles(
+            files, tndNode(), isNamed ? place.path() : QString(), true, isNamed, true);
+        QVERIFY(fixture.wait(job));
+        for (const char *end : {"loaded a Success", "converted b Failure", "loaded c Failure"})
+            QCOMPARE(fixture.count(job, end), 1);
+        QCOMPARE(place.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList("a.glb"));
+        QCOMPARE(read(old), QByteArray("old"));
+        QCOMPARE(fixture.fakeLog().filter("begin").filter(place.path() + "/.import-").size(), 3);
+    }
 }
 
 void tst_FileServiceJobs::failsEachFileWithoutAnOutputDirectory()
