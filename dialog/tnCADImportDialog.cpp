@@ -16,9 +16,14 @@
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
 #include <QtCore/QSettings>
+#include <QtCore/QSortFilterProxyModel>
 #include <QtGui/QDropEvent>
+#include <QtGui/QStandardItemModel>
 
 namespace {
+
+/// From so many on, the list is filled behind the view's back.
+constexpr int manyFiles = 1000;
 
 struct WindowSetting {
     const char *key;
@@ -246,7 +251,8 @@ void tnCADImportDialog::connectSettingsWatchers()
 
 tnCADImportFileModel *tnCADImportDialog::fileModel() const
 {
-    return tableView->fileModel();
+    // Not through the view: while many files are added, its proxy looks away.
+    return findChild<tnCADImportFileModel *>(QString(), Qt::FindDirectChildrenOnly);
 }
 
 void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &node, int entry)
@@ -309,7 +315,7 @@ QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
 
 void tnCADImportDialog::appendFiles(const QStringList &files)
 {
-    fileModel()->addFiles(filterFiles(files));
+    addToList(filterFiles(files));
 }
 
 void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
@@ -332,7 +338,24 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
         return;
     tnCADImportAddFilesState(this).enter();
     if (!closed)
+        addToList(files);
+}
+
+void tnCADImportDialog::addToList(const QStringList &files)
+{
+    auto *proxy = qobject_cast<QSortFilterProxyModel *>(tableView->model());
+    if (!proxy || files.size() < manyFiles) {
         fileModel()->addFiles(files);
+        return;
+    }
+    // The proxy renews its order for every row that comes, so that very many take their square. It
+    // looks at an empty table meanwhile, of as many columns, for the header to keep what it shows.
+    tnCADImportFileModel *const model = fileModel();
+    QStandardItemModel away(0, model->columnCount());
+    proxy->setSourceModel(&away);
+    model->addFiles(files);
+    proxy->setSourceModel(model);
+    _pbRemove->setEnabled(false); // nothing is selected any more
 }
 
 void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)

@@ -100,6 +100,7 @@ protected:
 
 private:
     tnCADImportFileModel *fileModel() const;
+    void addToList(const QStringList &files);
     /// The type of the current item of _cbFileType, 0 without items.
     tnCADFileTypes::FileType currentType() const;
 

@@ -13,6 +13,7 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScrollBar>
 
 namespace {
@@ -118,6 +119,33 @@ class tst_Lifecycle : public QObject {
 
 private Q_SLOTS:
     void init() { QSettings().clear(); }
+
+    void manyFilesKeepTheListAsItLooks()
+    {
+        ScriptedServices services;
+        tnCADImportDialog dialog(nullptr);
+        dialog.appendFiles({"/z.step"});
+        dialog.tableView->sortByColumn(tnCADImportFileModel::FileColumn, Qt::DescendingOrder);
+        dialog.tableView->horizontalHeader()->resizeSection(1, 77);
+        dialog.tableView->setColumnHidden(2, true);
+        dialog.tableView->selectAll();
+
+        QStringList many;
+        for (int i = 1000; i < 2500; ++i)
+            many << QString("/%1.igs").arg(i);
+        dialog.appendFiles(many);
+        const std::vector<int> rows = dialog.tableView->sortedRows();
+        QCOMPARE(rows.size(), std::size_t(1501));
+        QVERIFY(rows[0] == 0 && rows[1] == 1500 && rows[1500] == 1);
+        QCOMPARE(dialog.tableView->columnWidth(1), 77);
+        QVERIFY(dialog.tableView->isColumnHidden(2));
+        QVERIFY(!dialog.tableView->selectionModel()->hasSelection());
+        QVERIFY(!dialog._pbRemove->isEnabled() && dialog._pbImport->isEnabled());
+        QCOMPARE(dialog._cbFileType->count(), 2);
+
+        dialog.appendFiles({"/y.step"});
+        QCOMPARE(dialog.tableView->sortedRows().size(), std::size_t(1502));
+    }
 
     void windowSettingsComeBack()
     {
