@@ -101,6 +101,7 @@ int main(int argc, char **argv)
 
     // Application and services stand in static storage and are made before the plug-ins are
     // loaded, so that they go after the plug-ins' own static objects, which still use them.
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // small icons would be ragged
     static int applicationArgc = 1;
     static QApplication application(applicationArgc, argv);
     std::setlocale(LC_NUMERIC, "C"); // the application has set the user's
