@@ -344,7 +344,8 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
 void tnCADImportDialog::addToList(const QStringList &files)
 {
     auto *proxy = qobject_cast<QSortFilterProxyModel *>(tableView->model());
-    if (!proxy || files.size() < manyFiles) {
+    const bool selected = tableView->selectionModel()->hasSelection(); // which would be lost
+    if (!proxy || selected || files.size() < manyFiles) {
         fileModel()->addFiles(files);
         return;
     }
@@ -355,7 +356,6 @@ void tnCADImportDialog::addToList(const QStringList &files)
     proxy->setSourceModel(&away);
     model->addFiles(files);
     proxy->setSourceModel(model);
-    _pbRemove->setEnabled(false); // nothing is selected any more
 }
 
 void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)
