@@ -139,6 +139,7 @@ tnCADImportDialog::tnCADImportDialog(QWidget *parent)
 tnCADImportDialog::~tnCADImportDialog()
 {
     saveWindowSettings();
+    hide(); // fields that lose the focus still tell of their values, while there is who hears it
 }
 
 void tnCADImportDialog::setItemToolTips()

@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 
 namespace tnconvert {
 
@@ -32,10 +33,24 @@ namespace {
 /// mesher busy for hours.
 constexpr double leastRelativeDeviation = 2e-5;
 
+/// A stitching tolerance above this share of the shape's extent would sew the whole shape together,
+/// and takes minutes over it.
+constexpr double largestRelativeTolerance = 1e-3;
+
 /// The subdivision by chord length stops at so many triangles of one face set.
 constexpr std::size_t triangleBound = 500'000;
 
 constexpr double radiansPerDegree = M_PI / 180;
+
+/// The diagonal of the shape's box in mm; nothing for a shape without bounds.
+std::optional<double> extentOf(const TopoDS_Shape &shape)
+{
+    Bnd_Box box;
+    BRepBndLib::AddClose(shape, box);
+    if (box.IsVoid() || box.IsOpen())
+        return std::nullopt;
+    return std::sqrt(box.SquareExtent());
+}
 
 Vec3f floats(const gp_XYZ &v)
 {
@@ -89,11 +104,10 @@ void ShapeMesher::warnOnce(bool &wasWarned, const std::string &message)
 
 double ShapeMesher::safeDeviation(const TopoDS_Shape &shape)
 {
-    Bnd_Box box;
-    BRepBndLib::AddClose(shape, box);
-    if (box.IsVoid() || box.IsOpen())
+    const std::optional<double> extent = extentOf(shape);
+    if (!extent)
         return m_settings.chordDeviation;
-    const double floor = std::sqrt(box.SquareExtent()) * leastRelativeDeviation;
+    const double floor = *extent * leastRelativeDeviation;
     if (m_settings.chordDeviation >= floor)
         return m_settings.chordDeviation;
     warnOnce(m_deviationWarned,
@@ -111,7 +125,10 @@ TopoDS_Shape ShapeMesher::repaired(const TopoDS_Shape &shape,
     };
     TopoDS_Shape result = shape;
     if (m_settings.useStitching) {
-        BRepBuilderAPI_Sewing sewing(m_settings.stitchingTolerance);
+        const double bound =
+            extentOf(shape).value_or(m_settings.stitchingTolerance / largestRelativeTolerance)
+            * largestRelativeTolerance;
+        BRepBuilderAPI_Sewing sewing(std::min(m_settings.stitchingTolerance, bound));
         sewing.Add(shape);
         sewing.Perform();
         const TopoDS_Shape sewn = sewing.SewedShape();
