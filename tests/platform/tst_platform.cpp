@@ -54,7 +54,11 @@ private slots:
         message.set("empty", boost::any(), true);
         message.set("empty", 4, false); // an empty value is none that could stay
         QCOMPARE(boost::any_cast<int>(message.get("empty")), 4);
-        QCOMPARE(message.attributes().size(), std::size_t(2));
+        message.set("answer", 5, true);
+        std::string keys;
+        for (const tnMessage::Attribute &attribute : message.attributes())
+            keys += attribute.first + ' ';
+        QCOMPARE(keys, std::string("files empty answer "));
     }
 
     void broadcastStopsAtFirstAnswer()
