@@ -1,63 +1,51 @@
 #include "ConverterProcess.h"
 
+#include <QDir>
 #include <QJsonDocument>
 
 namespace {
 
 constexpr int patience = 60000;
 
-QString program()
-{
-    return QStringLiteral(TN_CONVERTER);
-}
-
 } // namespace
 
 RunResult runConverter(const QStringList &arguments)
 {
     QProcess process;
-    process.start(program(), arguments);
-    RunResult result;
-    if (process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit)
-        result.exitCode = process.exitCode();
-    result.output = process.readAllStandardOutput();
-    result.errors = process.readAllStandardError();
-    return result;
+    process.start(TN_BIN_DIR "/tnconvert", arguments);
+    const bool hasEnded =
+        process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit;
+    return {hasEnded ? process.exitCode() : -1, process.readAllStandardOutput(),
+            process.readAllStandardError()};
 }
 
 WorkerProcess::WorkerProcess()
 {
-    m_process.start(program(), {"--worker"});
+    start(TN_BIN_DIR "/tnconvert", {"--worker"});
 }
 
 WorkerProcess::~WorkerProcess()
 {
-    close();
+    closeWriteChannel();
+    waitForFinished();
 }
 
-void WorkerProcess::send(const QByteArray &line)
+void WorkerProcess::convert(int id, const QString &input, const QString &output, QJsonObject more)
 {
-    m_process.write(line + '\n');
-}
-
-void WorkerProcess::convert(int id, const QString &input, const QString &output,
-                            const QJsonObject &settings)
-{
-    const QJsonObject request{{"command", "convert"},
-                              {"id", id},
-                              {"input", input},
-                              {"output", output},
-                              {"settings", settings}};
-    send(QJsonDocument(request).toJson(QJsonDocument::Compact));
+    more.insert("command", "convert");
+    more.insert("id", id);
+    more.insert("input", QDir(TN_SAMPLES_DIR).filePath(input));
+    more.insert("output", output);
+    send(QJsonDocument(more).toJson(QJsonDocument::Compact));
 }
 
 QJsonObject WorkerProcess::next()
 {
-    while (!m_process.canReadLine()) {
-        if (!m_process.waitForReadyRead(patience))
+    while (!canReadLine()) {
+        if (!waitForReadyRead(patience))
             return {};
     }
-    return QJsonDocument::fromJson(m_process.readLine()).object();
+    return QJsonDocument::fromJson(readLine()).object();
 }
 
 QList<QJsonObject> WorkerProcess::untilFinished()
@@ -67,12 +55,4 @@ QList<QJsonObject> WorkerProcess::untilFinished()
         events << next();
     } while (!events.last().isEmpty() && events.last()["event"] != "finished");
     return events;
-}
-
-int WorkerProcess::close()
-{
-    m_process.closeWriteChannel();
-    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(patience))
-        m_process.kill();
-    return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
 }

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include <QJsonObject>
-#include <QList>
 #include <QProcess>
-#include <QStringList>
 
 /// What a run of the program came to.
 struct RunResult {
@@ -17,22 +14,16 @@ struct RunResult {
 RunResult runConverter(const QStringList &arguments);
 
 /// A worker to talk to.
-class WorkerProcess {
+class WorkerProcess : public QProcess {
 public:
     WorkerProcess();
-    ~WorkerProcess();
+    ~WorkerProcess() override;
 
-    void send(const QByteArray &line);
-    void convert(int id, const QString &input, const QString &output,
-                 const QJsonObject &settings = {});
+    void send(const QByteArray &line) { write(line + '\n'); }
+    /// Relative inputs are samples; @p more is added to the request.
+    void convert(int id, const QString &input, const QString &output, QJsonObject more = {});
     /// The next event; empty when none comes or when the line is no JSON object.
     QJsonObject next();
     /// All events up to the next "finished", which is included.
     QList<QJsonObject> untilFinished();
-    /// Ends the requests; the exit code, or -1.
-    int close();
-    QProcess &process() { return m_process; }
-
-private:
-    QProcess m_process;
 };

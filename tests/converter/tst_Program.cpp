@@ -1,0 +1,217 @@
+#include "ConverterFixture.h"
+#include "ConverterProcess.h"
+
+#include <QJsonArray>
+#include <QtTest>
+
+/// The program as people call it, and conversations with a worker, as the host holds them.
+class tst_Program : public QObject {
+    Q_OBJECT
+
+private slots:
+    void usage()
+    {
+        const struct {
+            QStringList arguments;
+            int exitCode;
+            const char *output; // begins the standard output
+            const char *errors; // stands in the standard error
+        } rows[] = {
+            {{"--help"}, 0, "Usage: tnconvert", ""},
+            {{"--list-formats"},
+             0,
+             "Step: .stp .step .p21\nIges: .igs .iges\nSTL: .stl\nObj: .obj\nVRML: .wrl",
+             ""},
+            {{"a.stl"}, 2, "", "Usage:"},
+            {{"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
+            {{"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
+            {{"--worker", "a.stl"}, 2, "", "--worker"},
+            {{"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
+            {{"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
+        };
+        for (const auto &[arguments, exitCode, output, errors] : rows) {
+            const RunResult run = runConverter(arguments);
+            QVERIFY2(run.exitCode == exitCode, run.errors);
+            QVERIFY2(run.output.startsWith(output), run.output);
+            QCOMPARE(run.output.isEmpty(), *output == '\0');
+            QVERIFY2(run.errors.contains(errors), run.errors);
+        }
+    }
+
+    void settingsFile()
+    {
+        ConverterFixture fixture;
+        const RunResult run = runConverter(
+            {TN_SAMPLES_DIR "/housing.iges", fixture.path("out.glb"), "--settings",
+             fixture.write("s.json", R"({"MergeGeometries": false, "UseStitching": 1})")});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.errors.contains("Warning: The setting UseStitching"), run.errors);
+        QVERIFY2(run.errors.contains("Writing: 100 %"), run.errors);
+        QVERIFY(run.output.isEmpty());
+        QCOMPARE(fixture.result().meshCount, 12);
+    }
+
+    void missingPartsHaveTheirOwnCode()
+    {
+        ConverterFixture fixture;
+        const QString input = fixture.write(
+            "a.wrl", "#VRML V2.0 utf8\nInline { url \"no.wrl\" } Shape { geometry Box { } }\n");
+        const RunResult run = runConverter({input, fixture.path("out.glb")});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY2(run.errors.contains(fixture.path("no.wrl").toUtf8()), run.errors);
+        QCOMPARE(fixture.result().triangles, 12);
+    }
+
+    void unusualNames()
+    {
+        const ConverterFixture fixture;
+        for (const char *name : {"my \"first\" gear's.stl", "a&b %1 $HOME;#.stl",
+                                 "Zahnrad-\u00E4\u00F6\u00DF-\u6B6F\u8ECA.StL"}) {
+            const QString input = fixture.write(name, readFile("gear.stl"));
+            QCOMPARE(runConverter({input, input + ".glb"}).exitCode, 0);
+            const ConvertedFile file(input + ".glb");
+            QCOMPARE(file.triangles, 192);
+            QVERIFY(file.document["asset"]["extras"]["source"] == input.toStdString());
+            QVERIFY(file.document["nodes"][0]["name"]
+                    == QFileInfo(input).completeBaseName().toStdString());
+        }
+    }
+
+    void manyFilesInOneWorker()
+    {
+        const ConverterFixture fixture;
+        WorkerProcess worker;
+        const QJsonObject ready = worker.next();
+        QCOMPARE(ready["event"].toString(), QString("ready"));
+        QCOMPARE(ready["version"].toInt(), 1);
+        QCOMPARE(ready["formats"].toArray(), QJsonArray({"Step", "Iges", "STL", "Obj", "VRML"}));
+
+        // All requests at once: the host need not wait for an answer. Types win over suffixes.
+        const QString data = fixture.write("gear.dat", readFile("gear.stl"));
+        const struct {
+            QString input;
+            bool isGood;
+            const char *type = "";
+        } rows[] = {{"bracket.step", true}, {"no-such.step", false}, {"housing.iges", true},
+                    {data, true, "STL"},    {data, false, "Step"},   {data, false, "Cake"},
+                    {"bracket.step", true}};
+        int id = 10;
+        for (const auto &[input, isGood, type] : rows) {
+            worker.convert(id, input, fixture.path(QString::number(id)), {{"type", type}});
+            ++id;
+        }
+        id = 10;
+        for (const auto &[input, isGood, type] : rows) {
+            const QList<QJsonObject> events = worker.untilFinished();
+            QCOMPARE(events.first()["event"].toString(), QString("started"));
+            double percent = 0;
+            for (const QJsonObject &event : events) {
+                QCOMPARE(event["id"].toInt(), id);
+                if (event["event"] != "progress")
+                    continue;
+                QVERIFY(event["percent"].toDouble() >= percent);
+                QVERIFY(!event["message"].toString().isEmpty());
+                percent = event["percent"].toDouble();
+            }
+            const QJsonObject &last = events.last();
+            QCOMPARE(last["state"].toString(), QString(isGood ? "success" : "failure"));
+            QCOMPARE(last["message"].toString().isEmpty(), isGood);
+            QVERIFY(!isGood || percent == 100.0);
+            QVERIFY(last["seconds"].toDouble() >= 0 && last["memory"].toDouble() > 1e6);
+            QCOMPARE(QFile::exists(fixture.path(QString::number(id++))), isGood);
+        }
+        QCOMPARE(readFile(fixture.path("16")), readFile(fixture.path("10")));
+        worker.closeWriteChannel();
+        QVERIFY(worker.waitForFinished());
+        QCOMPARE(worker.exitCode(), 0);
+        QCOMPARE(worker.readAllStandardOutput(), QByteArray());
+    }
+
+    void requestsThatAreNone()
+    {
+        const std::pair<QByteArray, int> requests[] = {
+            // each with the id of its answer
+            {"}{\xFF", 0},
+            {"", 0},
+            {"[1]", 0},
+            {QByteArray("[").repeated(100000), 0},
+            {R"({"command":"dance","id":4})", 4},
+            {R"({"command":"convert","id":5,"output":"/x"})", 5},
+            {R"({"command":"convert","id":"7","input":"/a","output":"/b"})", 0},
+            {R"({"command":"convert","id":8,"input":"/a","output":"/b","type":1})", 8},
+            {R"({"command":"convert","id":9,"input":["/a"],"output":"/b"})", 9},
+        };
+        WorkerProcess worker;
+        worker.next();
+        for (const auto &[line, id] : requests) {
+            worker.send(line);
+            const QJsonObject answer = worker.next();
+            QCOMPARE(answer["event"].toString(), QString("finished"));
+            QCOMPARE(answer["state"].toString(), QString("failure"));
+            QCOMPARE(answer["id"].toInt(-1), id);
+            QVERIFY(!answer["message"].toString().isEmpty());
+        }
+        // It serves on.
+        const ConverterFixture fixture;
+        worker.convert(1, "gear.stl", fixture.path("out.glb"));
+        QCOMPARE(worker.untilFinished().last()["state"].toString(), QString("success"));
+        worker.send(R"({"command":"quit"})");
+        QVERIFY(worker.waitForFinished());
+        QCOMPARE(worker.exitCode(), 0);
+    }
+
+    void partsAndWarnings()
+    {
+        const ConverterFixture fixture;
+        WorkerProcess worker;
+        worker.next();
+        worker.convert(3, "assembly/robot.step", fixture.path("out.glb"),
+                       {{"settings", QJsonObject{{"ChordDeviation", "coarse"}}}});
+        QString told;
+        for (const QJsonObject &event : worker.untilFinished()) {
+            const QString kind = event["event"].toString();
+            if (kind != "progress")
+                told += kind + ' ' + event["state"].toString() + ',';
+            QVERIFY(!kind.startsWith("part") || QFileInfo::exists(event["file"].toString()));
+        }
+        QCOMPARE(told,
+                 "started ,warning ," + QString("part ,partFinished success,").repeated(3)
+                     + "finished success,");
+    }
+
+    void endsWhenNobodyListens()
+    {
+        QProcess shell;
+        shell.start("/bin/sh",
+                    {"-c",
+                     "exec 3>&1; (while sleep 0.1; do echo x; done) | ('" TN_BIN_DIR
+                     "/tnconvert' --worker; echo ended $? >&3) | head -n 1 >/dev/null"});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.readAllStandardOutput(), QByteArray("ended 1\n"));
+    }
+
+    void diesWithItsHost()
+    {
+        // A shell stands for the host; the worker's requests do not end when it is killed.
+        QProcess host;
+        host.start("/bin/sh",
+                   {"-c", "sleep 20 | '" TN_BIN_DIR "/tnconvert' --worker >&2 & echo $!; wait"});
+        QVERIFY(host.waitForReadyRead());
+        const QString worker = "/proc/" + host.readAllStandardOutput().trimmed() + "/cmdline";
+        const auto isRunning = [&worker] {
+            QFile commandLine(worker);
+            // Ended processes that nobody has waited for have no command line.
+            return commandLine.open(QIODevice::ReadOnly)
+                && commandLine.readAll().contains("--worker");
+        };
+        host.setReadChannel(QProcess::StandardError);
+        QVERIFY(host.canReadLine() || host.waitForReadyRead()); // "ready"
+        QVERIFY(isRunning());
+        host.kill();
+        host.waitForFinished();
+        QTRY_VERIFY(!isRunning());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Program)
+#include "tst_Program.moc"
