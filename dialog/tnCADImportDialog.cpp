@@ -16,14 +16,14 @@
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
 #include <QtCore/QSettings>
-#include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QTimer>
 #include <QtGui/QDropEvent>
-#include <QtGui/QStandardItemModel>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
+
+#include <utility>
 
 namespace {
-
-/// From so many on, the list is filled behind the view's back.
-constexpr int manyFiles = 1000;
 
 struct WindowSetting {
     const char *key;
@@ -226,6 +226,7 @@ void tnCADImportDialog::connectSearch()
     const tnFileTyp *const search = &tnFileTyp::instance();
     connect(search, &tnFileTyp::enterDirectory, _lbDirectory, &QLabel::setText);
     connect(_pbAbort, &QPushButton::clicked, search, &tnFileTyp::stopSearch);
+    connect(_pbAbort, &QPushButton::clicked, this, [this] { m_waitingDrops.clear(); });
     const auto showProgress = [this](bool visible) {
         _lbDirectory->setVisible(visible);
         _pbAbort->setVisible(visible);
@@ -260,6 +261,7 @@ void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &n
 {
     // Whoever began the list before has been overtaken, and with him his search.
     ++m_preparations;
+    m_waitingDrops.clear();
     if (m_runningSearches > 0)
         tnFileTyp::instance().stopSearch();
 
@@ -310,25 +312,31 @@ QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
     const QStringList files = tnFileTyp::instance().searchFiles(urls);
     if (!self)
         return {};
-    --m_runningSearches;
+    if (--m_runningSearches == 0 && !m_waitingDrops.isEmpty())
+        QTimer::singleShot(0, this, [this] { addDroppedUrls(std::exchange(m_waitingDrops, {})); });
     return preparations == m_preparations ? files : QStringList();
 }
 
 void tnCADImportDialog::appendFiles(const QStringList &files)
 {
-    addToList(filterFiles(files));
+    tableView->addFiles(filterFiles(files));
 }
 
 void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
 {
     // There is one stop flag for all searches: two at a time would stop each other.
-    if (m_runningSearches > 0)
+    if (m_runningSearches > 0) {
+        m_waitingDrops += urls;
+        return;
+    }
+    if (urls.isEmpty())
         return;
     const QPointer<tnCADImportDialog> self(this);
     const int preparations = m_preparations;
     bool closed = false;
-    const auto closing = connect(this, &QDialog::finished, this, [&closed] {
+    const auto closing = connect(this, &QDialog::finished, this, [this, &closed] {
         closed = true;
+        m_waitingDrops.clear();
         tnFileTyp::instance().stopSearch();
     });
     tnCADImportAddFolderState(this).enter();
@@ -339,24 +347,7 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
         return;
     tnCADImportAddFilesState(this).enter();
     if (!closed)
-        addToList(files);
-}
-
-void tnCADImportDialog::addToList(const QStringList &files)
-{
-    auto *proxy = qobject_cast<QSortFilterProxyModel *>(tableView->model());
-    const bool selected = tableView->selectionModel()->hasSelection(); // which would be lost
-    if (!proxy || selected || files.size() < manyFiles) {
-        fileModel()->addFiles(files);
-        return;
-    }
-    // The proxy renews its order for every row that comes, so that very many take their square. It
-    // looks at an empty table meanwhile, of as many columns, for the header to keep what it shows.
-    tnCADImportFileModel *const model = fileModel();
-    QStandardItemModel away(0, model->columnCount());
-    proxy->setSourceModel(&away);
-    model->addFiles(files);
-    proxy->setSourceModel(model);
+        tableView->addFiles(files);
 }
 
 void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)
@@ -380,13 +371,13 @@ void tnCADImportDialog::onReloadOk()
 
 void tnCADImportDialog::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->mimeData()->hasUrls() && m_runningSearches == 0)
+    if (event->mimeData()->hasUrls())
         event->acceptProposedAction();
 }
 
 void tnCADImportDialog::dropEvent(QDropEvent *event)
 {
-    if (!event->mimeData()->hasUrls() || m_runningSearches > 0)
+    if (!event->mimeData()->hasUrls())
         return;
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.isEmpty())

@@ -46,7 +46,8 @@ public:
     /// Adds what of the files is supported and not yet in the list.
     void appendFiles(const QStringList &files);
     /// Searches the urls in the add folder look and adds what was found, unless the dialog was
-    /// closed or another import prepared meanwhile. Does nothing while a search is running.
+    /// closed or another import prepared meanwhile. While a search is running, the urls wait for
+    /// its end.
     void addDroppedUrls(const QList<QUrl> &urls);
     /// Adds the parts of an assembly below its row; an unknown parent adds nothing.
     void addPartFiles(const QStringList &files, const QString &parent);
@@ -100,7 +101,6 @@ protected:
 
 private:
     tnCADImportFileModel *fileModel() const;
-    void addToList(const QStringList &files);
     /// The type of the current item of _cbFileType, 0 without items.
     tnCADFileTypes::FileType currentType() const;
 
@@ -145,4 +145,5 @@ private:
     std::unordered_map<tnCADFileTypes::FileType, tndXlatSettings> m_xlatSettings;
     int m_preparations = 0; ///< how often an import was prepared
     int m_runningSearches = 0; ///< more than one when a command comes during a search
+    QList<QUrl> m_waitingDrops; ///< that came during a search
 };

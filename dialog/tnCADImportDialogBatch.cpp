@@ -158,7 +158,9 @@ void tnCADImportDialog::onImportFinished(double seconds)
         showFailureSummary(files - succeeded, seconds);
         return;
     }
-    if (QSettings().value(QStringLiteral("importDialog/closeOnSuccess"), true).toBool()) {
+    // While files are being searched for, the user expects them in this list.
+    const bool isDone = m_runningSearches == 0;
+    if (isDone && QSettings().value(QStringLiteral("importDialog/closeOnSuccess"), true).toBool()) {
         model->clear();
         _abort->setEnabled(true);
         reject();

@@ -1,5 +1,6 @@
 #include "filelist/tnCADImportTableView.h"
 
+#include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
 #include "filelist/tnFileImportDialog.h"
 #include "filelist/tnHeaderView.h"
@@ -7,8 +8,11 @@
 #include "records/tnFileTyp.h"
 
 #include <QtCore/QPointer>
+#include <QtCore/QScopeGuard>
 #include <QtCore/QSortFilterProxyModel>
 #include <QtCore/QTimer>
+#include <QtGui/QStandardItemModel>
+#include <QtWidgets/QScrollBar>
 
 #include <algorithm>
 #include <set>
@@ -17,6 +21,9 @@ namespace {
 
 /// Milliseconds in which changes to the rows gather before the sorting is put right.
 constexpr int repairDelay = 50;
+
+/// From so many on, files are added behind the view's back.
+constexpr int manyFiles = 1000;
 
 } // namespace
 
@@ -49,6 +56,10 @@ tnCADImportTableView::tnCADImportTableView(QWidget *parent)
 
     verticalHeader()->setDefaultSectionSize(static_cast<int>(tnPlatform::getTreeViewIconSizeY()));
     setWordWrap(false);
+
+    for (QObject *ancestor = parent; ancestor && !m_dialog; ancestor = ancestor->parent())
+        m_dialog = qobject_cast<tnCADImportDialog *>(ancestor);
+    createContextMenu();
 }
 
 tnCADImportTableView::~tnCADImportTableView() = default;
@@ -57,6 +68,32 @@ tnCADImportFileModel *tnCADImportTableView::fileModel() const
 {
     const auto *sorted = proxy();
     return sorted ? qobject_cast<tnCADImportFileModel *>(sorted->sourceModel()) : nullptr;
+}
+
+void tnCADImportTableView::addFiles(const QStringList &paths)
+{
+    tnCADImportFileModel *const list = fileModel();
+    if (!list)
+        return;
+    // The proxy renews its order for every row that comes, so that very many take their square. It
+    // looks at an empty table meanwhile, of as many columns, for the header to keep what it shows.
+    // What is selected would be lost.
+    if (paths.size() < manyFiles || selectionModel()->hasSelection()) {
+        list->addFiles(paths);
+        return;
+    }
+    const int scrolled = verticalScrollBar()->value();
+    const int current = proxy()->mapToSource(currentIndex()).row();
+    {
+        QStandardItemModel away(0, list->columnCount());
+        const auto back = qScopeGuard([this, list] { proxy()->setSourceModel(list); });
+        proxy()->setSourceModel(&away);
+        list->addFiles(paths);
+    }
+    const QModelIndex again = proxy()->mapFromSource(list->index(current, 0));
+    selectionModel()->setCurrentIndex(again, QItemSelectionModel::NoUpdate);
+    executeDelayedItemsLayout(); // else there is nothing to scroll yet
+    verticalScrollBar()->setValue(scrolled);
 }
 
 std::vector<int> tnCADImportTableView::sortedRows() const
@@ -86,8 +123,7 @@ void tnCADImportTableView::onAdd()
     if (chooser.exec() != QDialog::Accepted || !self)
         return;
     const QStringList files = chooser.selectedImportFiles();
-    if (auto *list = fileModel())
-        list->addFiles(tnFileTyp::instance().supportedFiles(files));
+    addFiles(tnFileTyp::instance().supportedFiles(files));
 }
 
 void tnCADImportTableView::onRemove()
@@ -159,7 +195,7 @@ bool tnCADImportTableView::isInOrder(const std::vector<int> &rows, int column) c
     });
 }
 
-const QSortFilterProxyModel *tnCADImportTableView::proxy() const
+QSortFilterProxyModel *tnCADImportTableView::proxy() const
 {
-    return qobject_cast<const QSortFilterProxyModel *>(model());
+    return qobject_cast<QSortFilterProxyModel *>(model());
 }

@@ -2,8 +2,8 @@
 
 class tnMessage;
 
-/// The commands by which scripts and other modules drive the import. Attributes and answers stand
-/// in docs/host-integration.md. Both do nothing while there is no module object.
+/// The commands by which scripts and other modules drive the import; docs/host-integration.md tells
+/// of their attributes and answers. Both do nothing until the module object has been made.
 
 /// Imports "urls", else "files", else what the user chooses, under "parentNodeId".
 void importCAD(tnMessage &message);

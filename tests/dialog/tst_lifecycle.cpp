@@ -141,8 +141,14 @@ private Q_SLOTS:
         QVERIFY(dialog._pbImport->isEnabled());
         QCOMPARE(dialog._cbFileType->count(), 2);
 
-        dialog.appendFiles({"/y.step"});
-        QCOMPARE(dialog.tableView->sortedRows().size(), std::size_t(1502));
+        dialog.show();
+        dialog.tableView->setCurrentIndex(dialog.tableView->model()->index(700, 0));
+        dialog.tableView->clearSelection();
+        dialog.tableView->verticalScrollBar()->setValue(690);
+        dialog.appendFiles(many.replaceInStrings("/", "/a/"));
+        QCOMPARE(dialog.tableView->sortedRows().size(), std::size_t(3001));
+        QCOMPARE(dialog.tableView->verticalScrollBar()->value(), 690);
+        QCOMPARE(dialog.tableView->currentIndex().data().toString().trimmed(), QString("1800.igs"));
     }
 
     void windowSettingsComeBack()
@@ -279,7 +285,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("open");
         QTest::addColumn<QString>("left");
-        QTest::newRow("drop") << true << "old.step a.step b.igs";
+        QTest::newRow("drop") << true << "old.step a.step b.igs other.stl";
         QTest::newRow("close") << false << "";
         QTest::newRow("escape") << false << "old.step";
         QTest::newRow("prepare") << true << "new.step";
@@ -303,7 +309,7 @@ private Q_SLOTS:
             if (std::exchange(once, true))
                 return;
             if (what == "drop")
-                QVERIFY(!drop(*dialog, otherUrl));
+                QVERIFY(drop(*dialog, otherUrl));
             if (what == "close")
                 dialog->_pbClose->click();
             if (what == "escape")
@@ -318,6 +324,7 @@ private Q_SLOTS:
         const auto connection = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, qApp,
                                         meanwhile, Qt::QueuedConnection);
         dialog->addDroppedUrls(folder.urls);
+        QCoreApplication::processEvents(); // a drop has waited
         disconnect(connection);
         QVERIFY(once && !QGuiApplication::overrideCursor());
         QCOMPARE(!dialog, what == "delete");
