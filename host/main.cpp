@@ -1,34 +1,33 @@
 #include "host/app/CommandLine.h"
-#include "host/app/FileCollector.h"
-#include "host/app/HeadlessRunner.h"
 #include "host/app/MainWindow.h"
 #include "host/app/PluginLoader.h"
 #include "host/app/SignalWatcher.h"
+#include "host/headless/BatchRunner.h"
+#include "host/headless/Console.h"
+#include "host/headless/DialogDriver.h"
+#include "host/headless/FileCollector.h"
+#include "host/headless/ScriptRunner.h"
 #include "host/scene/Scene.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "host/services/TmpDirectory.h"
 #include "platform/tnController.h"
+#include "platform/tnFile.h"
 #include "platform/tnLog.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QTextCodec>
 #include <QtCore/QTimer>
 #include <QtWidgets/QApplication>
 
 #include <clocale>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
-
-void print(std::FILE *stream, const QString &text)
-{
-    std::fprintf(stream, "%s\n", text.toUtf8().constData());
-    // Whoever reads along, through a pipe as well, wants each line at once.
-    std::fflush(stream);
-}
 
 bool hasDisplay()
 {
@@ -37,27 +36,58 @@ bool hasDisplay()
         || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 }
 
-int runHeadless(HostServices &services, const QStringList &arguments)
+/// Runs a runner of either kind to its end, without a window.
+template <typename Runner>
+int runToEnd(Runner &runner)
 {
-    HeadlessRunner runner(services.fileService(), services.scene(),
-                          FileCollector::collect(arguments, services.fileService()),
-                          [](const QString &line) { print(stdout, line); });
     SignalWatcher signalWatcher;
-    QObject::connect(&signalWatcher, &SignalWatcher::received, &runner, &HeadlessRunner::abort);
+    QObject::connect(&signalWatcher, &SignalWatcher::received, &runner, &Runner::abort);
     // Not the loop's own result: whoever else may end the loop does not know how the run went.
     int status = failed;
-    QObject::connect(&runner, &HeadlessRunner::finished, qApp, [&status](int exitStatus) {
+    QObject::connect(&runner, &Runner::finished, qApp, [&status](int exitStatus) {
         status = exitStatus;
         QCoreApplication::quit();
     });
     // A plug-in's dialog that closes behind its files must not end the run.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QTimer::singleShot(0, &runner, &HeadlessRunner::start);
+    QTimer::singleShot(0, &runner, &Runner::start);
     QCoreApplication::exec();
+    DialogDriver::end();
     return status;
 }
 
-int runWindow(HostServices &services, const QStringList &pluginErrors, const QStringList &files)
+int runBatch(HostServices &services, const CommandLine &commandLine)
+{
+    const BatchOptions &options = commandLine.batch();
+    const std::string output = options.outputDirectory.toStdString();
+    if (!output.empty()
+        && !(tnFile::createPath(output) && tnFile::checkWrite(output, false, false))) {
+        Console::print(stderr,
+                       QStringLiteral("The output directory cannot be written: %1")
+                           .arg(options.outputDirectory));
+        return wrongUsage;
+    }
+    BatchRunner runner(
+        services.fileService(), services.scene(), options,
+        FileCollector::collect(commandLine.files(), services.fileService()),
+        [](const QString &line) { Console::print(stdout, line); },
+        [](const QString &line) { Console::print(stderr, line); });
+    return runToEnd(runner);
+}
+
+std::unique_ptr<ScriptRunner> makeScriptRunner(HostServices &services, const QByteArray &script,
+                                               bool hasUser)
+{
+    std::FILE *answers = Console::takeStandardOutput();
+    return std::make_unique<ScriptRunner>(
+        services.fileService(), script.split('\n'), hasUser,
+        [answers](const QByteArray &line) { Console::print(answers, QString::fromUtf8(line)); },
+        [](const QString &line) { Console::print(stderr, line); });
+}
+
+/// The runner, if there is one, starts with the window and leaves it open.
+int runWindow(HostServices &services, const QStringList &pluginErrors, const QStringList &files,
+              ScriptRunner *script)
 {
     MainWindow window(services);
     SignalWatcher signalWatcher;
@@ -66,8 +96,13 @@ int runWindow(HostServices &services, const QStringList &pluginErrors, const QSt
     for (const QString &error : pluginErrors)
         tnLog::error("%s", qUtf8Printable(error));
     window.show();
-    QTimer::singleShot(0, &window, [&window, &files] { window.importFiles(files); });
-    return QCoreApplication::exec();
+    QTimer::singleShot(0, &window, [&window, &files, script] {
+        window.importFiles(files);
+        if (script)
+            script->start();
+    });
+    const int status = QCoreApplication::exec();
+    return script && status == 0 ? script->exitStatus() : status;
 }
 
 } // namespace
@@ -83,21 +118,31 @@ int main(int argc, char **argv)
         CommandLine asGiven(arguments);
         if (asGiven.outcome() != CommandLine::Outcome::Run || asGiven.isHeadless() || hasDisplay())
             return asGiven;
-        print(stderr, QStringLiteral("There is no display, so this runs as with --headless."));
+        Console::print(stderr,
+                       QStringLiteral("There is no display, so this runs as with --headless."));
         arguments.insert(1, QStringLiteral("--headless"));
         return CommandLine(arguments);
     }();
     if (commandLine.outcome() == CommandLine::Outcome::Done) {
-        print(stdout, commandLine.message());
+        Console::print(stdout, commandLine.message());
         return 0;
     }
     if (commandLine.outcome() == CommandLine::Outcome::Wrong) {
-        print(stderr, commandLine.message());
+        Console::print(stderr, commandLine.message());
+        return wrongUsage;
+    }
+    QFile script(commandLine.script());
+    if (!commandLine.script().isEmpty() && !script.open(QIODevice::ReadOnly)) {
+        Console::print(stderr,
+                       QStringLiteral("The script %1 cannot be read: %2.")
+                           .arg(script.fileName(), script.errorString()));
         return wrongUsage;
     }
     const bool headless = commandLine.isHeadless();
-    if (headless)
+    if (headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+        Console::muteScreenWarnings();
+    }
 
     // Application and services stand in static storage and are made before the plug-ins are
     // loaded, so that they go after the plug-ins' own static objects, which still use them.
@@ -105,7 +150,9 @@ int main(int argc, char **argv)
     static int applicationArgc = 1;
     static QApplication application(applicationArgc, argv);
     std::setlocale(LC_NUMERIC, "C"); // the application has set the user's
-    QCoreApplication::setApplicationName(QStringLiteral("tnhost"));
+    // Windows that nobody sees must not change how the user's own come up.
+    QCoreApplication::setApplicationName(headless ? QStringLiteral("tnhost-headless")
+                                                  : QStringLiteral("tnhost"));
     QCoreApplication::setOrganizationName(QStringLiteral("tnhost"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TN_VERSION));
     tnController::setNoGUI(headless);
@@ -115,7 +162,7 @@ int main(int argc, char **argv)
     HostServices::Options options;
     options.tmpDirectory = TmpDirectory::prepare(commandLine.tmpDirectory(), &error);
     if (options.tmpDirectory.isEmpty()) {
-        print(stderr, error);
+        Console::print(stderr, error);
         return commandLine.tmpDirectory().isEmpty() ? failed : wrongUsage;
     }
     options.converterProgram = commandLine.converter().isEmpty()
@@ -126,12 +173,15 @@ int main(int argc, char **argv)
 
     PluginLoader loader(commandLine.pluginDirectory(), program);
     const bool loaded = loader.load();
-    if (!headless)
-        return runWindow(services, loader.errors(), commandLine.files());
-    if (!loaded) {
+    if (headless && !loaded) {
         for (const QString &problem : loader.errors())
-            print(stderr, problem);
+            Console::print(stderr, problem);
         return failed;
     }
-    return runHeadless(services, commandLine.files());
+    std::unique_ptr<ScriptRunner> runner;
+    if (script.isOpen())
+        runner = makeScriptRunner(services, script.readAll(), !headless);
+    if (!headless)
+        return runWindow(services, loader.errors(), commandLine.files(), runner.get());
+    return runner ? runToEnd(*runner) : runBatch(services, commandLine);
 }

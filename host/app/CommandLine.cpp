@@ -1,35 +1,50 @@
 #include "host/app/CommandLine.h"
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QDir>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+struct Option {
+    const char *name;
+    const char *value; ///< what stands for it in the help; null: the option has none
+    const char *help;
+    bool isForBatches; ///< of files that are imported without a window
+};
+
+constexpr Option options[] = {
+    {"headless", nullptr, "Run without a window; print each step, the scene and a table of files.",
+     false},
+    {"mode", "MODE",
+     "What a headless run does with the files: import; keep, which also keeps the converted files; "
+     "or convert, which leaves the scene alone.",
+     true},
+    {"output", "DIR", "Put the converted files of a headless run into this directory.", true},
+    {"logbook", nullptr, "Tell where the logbook of a headless run stands.", true},
+    {"script", "FILE",
+     "Send the messages of this file to the plug-in, one JSON object per line; print the answers.",
+     false},
+    {"max-processes", "N",
+     "Convert at most that many files at a time; 0: as many as there are cores.", false},
+    {"tmp", "DIR", "Put temporary files into this directory.", false},
+    {"plugin-dir", "DIR", "Load the plug-ins of this directory.", false},
+    {"converter", "PROGRAM", "Convert files with this program.", false},
+};
+
+/// In the order of BatchOptions::Mode.
+constexpr const char *modeNames[] = {"import", "keep", "convert"};
+
+} // namespace
 
 CommandLine::CommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Imports CAD and scene files into a scene, with the help of its plug-in."));
+    addOptions(parser);
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption headless(
-        QStringLiteral("headless"),
-        QStringLiteral("Import without a window, print each step and the scene."));
-    const QCommandLineOption pluginDirectory(QStringLiteral("plugin-dir"),
-                                             QStringLiteral("Load the plug-ins of this directory."),
-                                             QStringLiteral("DIR"));
-    const QCommandLineOption converter(QStringLiteral("converter"),
-                                       QStringLiteral("Convert files with this program."),
-                                       QStringLiteral("PROGRAM"));
-    const QCommandLineOption maxProcesses(
-        QStringLiteral("max-processes"),
-        QStringLiteral("Convert at most that many files at a time; 0: as many as there are cores."),
-        QStringLiteral("N"));
-    const QCommandLineOption tmpDirectory(
-        QStringLiteral("tmp"), QStringLiteral("Put temporary files into this directory."),
-        QStringLiteral("DIR"));
-    parser.addOptions({headless, pluginDirectory, converter, maxProcesses, tmpDirectory});
-    parser.addPositionalArgument(QStringLiteral("files"),
-                                 QStringLiteral("Files and folders to import."),
-                                 QStringLiteral("[FILE|FOLDER...]"));
-
     if (!parser.parse(arguments)) {
         fail(parser.errorText());
         return;
@@ -45,22 +60,76 @@ CommandLine::CommandLine(const QStringList &arguments)
         return;
     }
 
-    m_headless = parser.isSet(headless);
-    m_pluginDirectory = parser.value(pluginDirectory);
-    m_converter = parser.value(converter);
-    m_tmpDirectory = parser.value(tmpDirectory);
+    m_headless = parser.isSet(QStringLiteral("headless"));
+    m_pluginDirectory = parser.value(QStringLiteral("plugin-dir"));
+    m_converter = parser.value(QStringLiteral("converter"));
+    m_tmpDirectory = parser.value(QStringLiteral("tmp"));
+    m_script = parser.value(QStringLiteral("script"));
     m_files = parser.positionalArguments();
-    for (const QCommandLineOption &option : {pluginDirectory, converter, tmpDirectory}) {
-        if (parser.isSet(option) && parser.value(option).isEmpty())
-            fail(QStringLiteral("Option --%1 needs a value.").arg(option.names().constFirst()));
+    readMaxProcesses(parser);
+    readBatch(parser);
+    checkCombination(parser);
+}
+
+void CommandLine::addOptions(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Imports CAD and scene files into a scene, with the help of its plug-in."));
+    for (const Option &option : options) {
+        QCommandLineOption known(QLatin1String(option.name), QString::fromLatin1(option.help));
+        if (option.value)
+            known.setValueName(QLatin1String(option.value));
+        parser.addOption(known);
     }
-    if (parser.isSet(maxProcesses)) {
-        bool isNumber = false;
-        m_maxProcesses = parser.value(maxProcesses).toInt(&isNumber);
-        if (!isNumber || m_maxProcesses < 0)
-            fail(QStringLiteral("Option --max-processes needs a number, 0 or more."));
+    parser.addPositionalArgument(QStringLiteral("files"),
+                                 QStringLiteral("Files and folders to import."),
+                                 QStringLiteral("[FILE|FOLDER...]"));
+}
+
+void CommandLine::readMaxProcesses(const QCommandLineParser &parser)
+{
+    if (!parser.isSet(QStringLiteral("max-processes")))
+        return;
+    bool isNumber = false;
+    m_maxProcesses = parser.value(QStringLiteral("max-processes")).toInt(&isNumber);
+    if (!isNumber || m_maxProcesses < 0)
+        fail(QStringLiteral("Option --max-processes needs a number, 0 or more."));
+}
+
+void CommandLine::readBatch(const QCommandLineParser &parser)
+{
+    m_batch.maxProcesses = m_maxProcesses;
+    m_batch.tellsLogbook = parser.isSet(QStringLiteral("logbook"));
+    if (parser.isSet(QStringLiteral("output")))
+        m_batch.outputDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    if (!parser.isSet(QStringLiteral("mode")))
+        return;
+    const QString name = parser.value(QStringLiteral("mode"));
+    const auto mode =
+        std::find_if(std::begin(modeNames), std::end(modeNames),
+                     [&name](const char *each) { return name == QLatin1String(each); });
+    if (mode == std::end(modeNames))
+        fail(QStringLiteral("Option --mode needs one of import, keep and convert."));
+    else
+        m_batch.mode = static_cast<BatchOptions::Mode>(mode - std::begin(modeNames));
+}
+
+void CommandLine::checkCombination(const QCommandLineParser &parser)
+{
+    const bool isScript = parser.isSet(QStringLiteral("script"));
+    for (const Option &option : options) {
+        const QString name = QLatin1String(option.name);
+        if (!parser.isSet(name))
+            continue;
+        if (option.value && parser.value(name).isEmpty())
+            fail(QStringLiteral("Option --%1 needs a value.").arg(name));
+        else if (option.isForBatches && (isScript || !m_headless))
+            fail(QStringLiteral("Option --%1 is for files that are imported with --headless.")
+                     .arg(name));
     }
-    if (m_headless && m_files.isEmpty())
+    if (isScript && !m_files.isEmpty())
+        fail(QStringLiteral("With --script the files are those of the script."));
+    if (m_headless && !isScript && m_files.isEmpty())
         fail(QStringLiteral("With --headless there must be a file or a folder to import."));
 }
 

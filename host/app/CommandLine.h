@@ -1,7 +1,11 @@
 #pragma once
 
+#include "host/headless/BatchOptions.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+
+class QCommandLineParser;
 
 /// What the user wants of this run.
 class CommandLine {
@@ -26,10 +30,16 @@ public:
     const QString &tmpDirectory() const { return m_tmpDirectory; }
     /// -1 without the option.
     int maxProcesses() const { return m_maxProcesses; }
+    const QString &script() const { return m_script; }
+    const BatchOptions &batch() const { return m_batch; }
     /// Files and folders.
     const QStringList &files() const { return m_files; }
 
 private:
+    void addOptions(QCommandLineParser &parser);
+    void readBatch(const QCommandLineParser &parser);
+    void readMaxProcesses(const QCommandLineParser &parser);
+    void checkCombination(const QCommandLineParser &parser);
     void fail(const QString &message);
 
     Outcome m_outcome = Outcome::Run;
@@ -39,5 +49,7 @@ private:
     QString m_converter;
     QString m_tmpDirectory;
     int m_maxProcesses = -1;
+    QString m_script;
+    BatchOptions m_batch;
     QStringList m_files;
 };

@@ -1,4 +1,4 @@
-#include "host/app/SceneReport.h"
+#include "host/headless/SceneReport.h"
 
 #include "host/scene/Scene.h"
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QtCore/QString>
+
+/// How a batch without a window is to run.
+struct BatchOptions {
+    /// In the order in which the import dialog offers them.
+    enum class Mode { Import, Keep, Convert };
+
+    Mode mode = Mode::Import;
+    QString outputDirectory; ///< absolute; empty: the one that the dialog proposes
+    int maxProcesses = -1; ///< -1: as the dialog has it
+    bool tellsLogbook = false;
+};

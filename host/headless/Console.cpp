@@ -1,0 +1,31 @@
+#include "host/headless/Console.h"
+
+#include <QtCore/QtGlobal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+void Console::print(std::FILE *stream, const QString &line)
+{
+    std::fprintf(stream, "%s\n", line.toUtf8().constData());
+    std::fflush(stream);
+}
+
+std::FILE *Console::takeStandardOutput()
+{
+    const int descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    std::FILE *stream = descriptor < 0 ? nullptr : ::fdopen(descriptor, "w");
+    if (stream)
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    return stream ? stream : stdout;
+}
+
+void Console::muteScreenWarnings()
+{
+    static QtMessageHandler before = nullptr;
+    before = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext &context, const QString &text) {
+            if (!text.startsWith(QLatin1String("This plugin does not support")))
+                before(type, context, text);
+        });
+}

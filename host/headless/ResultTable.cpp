@@ -1,0 +1,82 @@
+#include "host/headless/ResultTable.h"
+
+#include <QtCore/QDir>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+using Row = std::array<QString, 5>;
+constexpr std::size_t secondsColumn = 3;
+
+/// In the order of FileResult::State.
+constexpr std::array<const char *, 6> stateNames{"Pending", "Running",    "Succeeded",
+                                                 "Failed",  "Incomplete", "Aborted"};
+
+QString stateName(std::size_t state)
+{
+    return QString::fromLatin1(stateNames.at(state));
+}
+
+QString shortPath(const QString &path, const QString &directory)
+{
+    return path.startsWith(directory) ? path.mid(directory.size()) : path;
+}
+
+Row rowOf(const FileResult &result, const QString &directory)
+{
+    return {shortPath(result.path, directory), result.type,
+            stateName(static_cast<std::size_t>(result.state)),
+            QString::number(result.seconds, 'f', 2), result.message.simplified()};
+}
+
+} // namespace
+
+QStringList ResultTable::lines(const std::vector<FileResult> &results)
+{
+    QString directory = QDir::currentPath();
+    if (!directory.endsWith(QLatin1Char('/')))
+        directory += QLatin1Char('/');
+    std::vector<Row> rows{{QStringLiteral("File"), QStringLiteral("Type"), QStringLiteral("State"),
+                           QStringLiteral("Seconds"), QStringLiteral("Message")}};
+    rows.reserve(results.size() + 1);
+    for (const FileResult &result : results)
+        rows.push_back(rowOf(result, directory));
+
+    std::array<int, secondsColumn + 1> widths{};
+    for (const Row &row : rows) {
+        for (std::size_t column = 0; column < widths.size(); ++column)
+            widths[column] = std::max(widths[column], row[column].size());
+    }
+    QStringList lines;
+    for (const Row &row : rows) {
+        QString line;
+        for (std::size_t column = 0; column < widths.size(); ++column) {
+            line += column == secondsColumn ? row[column].rightJustified(widths[column])
+                                            : row[column].leftJustified(widths[column]);
+            line += QLatin1String("  ");
+        }
+        line += row.back();
+        while (line.endsWith(QLatin1Char(' ')))
+            line.chop(1);
+        lines << line;
+    }
+    return lines;
+}
+
+QString ResultTable::summary(const std::vector<FileResult> &results, int unreported)
+{
+    std::array<int, stateNames.size()> counts{};
+    for (const FileResult &result : results)
+        ++counts.at(static_cast<std::size_t>(result.state));
+    counts[static_cast<std::size_t>(FileResult::State::Pending)] += unreported;
+    QString text = QStringLiteral("%1 of %2 files succeeded")
+                       .arg(counts[static_cast<std::size_t>(FileResult::State::Succeeded)])
+                       .arg(static_cast<int>(results.size()) + unreported);
+    for (std::size_t state = 0; state < counts.size(); ++state) {
+        if (counts[state] > 0 && state != static_cast<std::size_t>(FileResult::State::Succeeded))
+            text += QStringLiteral(", %1 %2").arg(counts[state]).arg(stateName(state).toLower());
+    }
+    return text;
+}
