@@ -7,29 +7,6 @@
 #include <cerrno>
 #include <csignal>
 
-/// What the files of a job, and several jobs, have to do with each other.
-class tst_FileServiceJobs : public QObject {
-    Q_OBJECT
-
-private slots:
-    void endsJobsWithoutFiles();
-    void boundsTheConversionsOfAllJobs();
-    void letsJobsTakeTurns();
-    void abortsALargeJobAtOnceAndNoOther();
-    void abortsFromInsideASignal_data();
-    void abortsFromInsideASignal();
-    void keepsOutputsApart();
-    void replacesOnlyItsOwnEarlierOutput();
-    void leavesNothingBehindWhenAsked();
-    void failsEachFileWithoutAnOutputDirectory();
-    void keepsWorkersAndRetiresThem_data();
-    void keepsWorkersAndRetiresThem();
-    void takesNoHarmFromAWorkerThatDiesIdle();
-    void addsBelowTheTarget();
-    void reimportsInTheNodesPlace();
-    void leavesNothingRunningWhenItGoes();
-};
-
 namespace {
 
 bool isAlive(int process)
@@ -57,307 +34,301 @@ int mostAtATime(const QStringList &log)
 
 } // namespace
 
-void tst_FileServiceJobs::endsJobsWithoutFiles()
-{
-    ServiceFixture fixture;
-    fixture.insideCall = true;
-    QCOMPARE(fixture.convert({}), quint64(1));
-    QCOMPARE(fixture.convert({}), quint64(2));
-    fixture.service->abortImport(2);
-    fixture.service->abortImport(99);
-    for (const tndNode &node : {tndNode(), tndNode(4711), fixture.scene.root()})
-        fixture.service->reimportFile(node, true);
-    fixture.insideCall = false;
-    QVERIFY(fixture.wait(5));
-    for (quint64 job = 1; job <= 5; ++job)
-        QCOMPARE(fixture.signalsOf(job), (QStringList{"starting 0", "finished"}));
-    QVERIFY(!fixture.wasInsideCall);
-}
+/// What the files of a job, and several jobs, have to do with each other.
+class tst_FileServiceJobs : public QObject {
+    Q_OBJECT
 
-void tst_FileServiceJobs::boundsTheConversionsOfAllJobs()
-{
-    ServiceFixture fixture;
-    QCOMPARE(fixture.service->getMaxParallelProcesses(), -1);
-    fixture.service->setMaxParallelProcesses(3);
-    const QStringList files = fixture.files(6, "sleep 40");
-    const quint64 first = fixture.convert(files);
-    QVERIFY(fixture.wait(fixture.convert(files)) && fixture.wait(first));
-    const int most = mostAtATime(fixture.fakeLog());
-    QVERIFY2(most == 2 || most == 3, qPrintable(QString::number(most)));
+private slots:
+    void endsJobsWithoutFiles()
+    {
+        ServiceFixture fixture;
+        fixture.insideCall = true;
+        QCOMPARE(fixture.convert({}), quint64(1));
+        QCOMPARE(fixture.convert({}), quint64(2));
+        fixture.service->abortImport(2);
+        fixture.service->abortImport(99);
+        for (const tndNode &node : {tndNode(), tndNode(4711), fixture.scene.root()})
+            fixture.service->reimportFile(node, true);
+        fixture.insideCall = false;
+        QVERIFY(fixture.wait(5));
+        for (quint64 job = 1; job <= 5; ++job)
+            QCOMPARE(fixture.signalsOf(job), (QStringList{"starting 0", "finished"}));
+        QVERIFY(!fixture.wasInsideCall);
+    }
 
-    // A smaller number counts as soon as conversions end; three had been started by then.
-    const int before = fixture.fakeLog().size();
-    fixture.onSignal = [&](quint64, const QString &entry) {
-        if (entry.startsWith("converted"))
-            fixture.service->setMaxParallelProcesses(1);
-    };
-    QVERIFY(fixture.wait(fixture.convert(files)));
-    QCOMPARE(mostAtATime(fixture.fakeLog().mid(before + 6)), 1);
-    QCOMPARE(fixture.service->getMaxParallelProcesses(), 1);
-}
+    void boundsTheConversionsOfAllJobs()
+    {
+        ServiceFixture fixture;
+        QCOMPARE(fixture.service->getMaxParallelProcesses(), -1);
+        fixture.service->setMaxParallelProcesses(3);
+        const QStringList files = fixture.files(6, "sleep 40");
+        const quint64 first = fixture.convert(files);
+        QVERIFY(fixture.wait(fixture.convert(files)) && fixture.wait(first));
+        const int most = mostAtATime(fixture.fakeLog());
+        QVERIFY2(most == 2 || most == 3, qPrintable(QString::number(most)));
 
-void tst_FileServiceJobs::letsJobsTakeTurns()
-{
-    ServiceFixture fixture;
-    fixture.service->setMaxParallelProcesses(1);
-    const quint64 large = fixture.convert(fixture.files(20, "sleep 5"));
-    QVERIFY(fixture.wait(fixture.convert({fixture.file("s.step"), fixture.file("t.step")})));
-    QVERIFY(fixture.count(large, "converted") <= 4);
-    QVERIFY(fixture.wait(large));
-}
+        // A smaller number counts as soon as conversions end; three had been started by then.
+        const int before = fixture.fakeLog().size();
+        fixture.onSignal = [&](quint64, const QString &entry) {
+            if (entry.startsWith("converted"))
+                fixture.service->setMaxParallelProcesses(1);
+        };
+        QVERIFY(fixture.wait(fixture.convert(files)));
+        QCOMPARE(mostAtATime(fixture.fakeLog().mid(before + 6)), 1);
+        QCOMPARE(fixture.service->getMaxParallelProcesses(), 1);
+    }
 
-void tst_FileServiceJobs::abortsALargeJobAtOnceAndNoOther()
-{
-    ServiceFixture fixture;
-    fixture.service->setMaxParallelProcesses(3);
-    // One file is done, three hang, 196 wait.
-    QStringList files =
-        fixture.files(200, "part p.step\npartdone p.step success\npart q.step\nhalf\nhang");
-    files[0] = fixture.file("f0.step");
-    const quint64 large = fixture.load(files);
-    QTRY_COMPARE(fixture.count(large, "converting q"), 3);
-    const quint64 other = fixture.load({fixture.file("other.step", "sleep 300")});
-    const int before = fixture.signalsOf(large).size();
-
-    QElapsedTimer clock;
-    clock.start();
-    fixture.insideCall = true;
-    fixture.service->abortImport(large);
-    fixture.service->abortImport(large);
-    fixture.insideCall = false;
-    QVERIFY(fixture.wait(large));
-    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
-    QVERIFY(!fixture.wasInsideCall);
-    QVERIFY(fixture.wait(other));
-    QCOMPARE(fixture.count(other, "loaded other Success"), 1);
-
-    const QString after = fixture.signalsOf(large).mid(before).join('|') + '|';
-    QCOMPARE(after.count("converting"), 0);
-    QCOMPARE(after.count(QRegularExpression("converted f\\d+ JobAborted")), 3);
-    QCOMPARE(after.count("converted q JobAborted"), 3);
-    // Their assemblies will never be loaded, so these parts are at their end as well.
-    QCOMPARE(after.count("loaded p JobAborted"), 3);
-    QCOMPARE(after.count("finished"), 1);
-    QVERIFY(after.endsWith("|finished|"));
-    QCOMPARE(fixture.outNames(), (QStringList{"f0.glb", "other.glb"}));
-}
-
-void tst_FileServiceJobs::abortsFromInsideASignal_data()
-{
-    QTest::addColumn<QString>("moment");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *moment, const QString &expected) {
-        QTest::newRow(moment) << moment << expected;
-    };
-    const QString converted = "converting f0|converted f0 Success|timed|";
-    const QString aborted = "loaded f0 JobAborted|";
-    row("starting", "");
-    row("converting", "converting f0|converted f0 JobAborted|timed|");
-    row("converted", converted + aborted);
-    row("queued", converted + "queued f0|" + aborted);
-    row("loading", converted + "queued f0|loading f0|" + aborted);
-    row("added", converted + "queued f0|loading f0|added f0|loaded f0 Success|"); // too late
-}
-
-void tst_FileServiceJobs::abortsFromInsideASignal()
-{
-    QFETCH(QString, moment);
-    QFETCH(QString, expected);
-    // The second run lets events through from inside the signal, as a message box would.
-    for (const bool runsEvents : {false, true}) {
+    void letsJobsTakeTurns()
+    {
         ServiceFixture fixture;
         fixture.service->setMaxParallelProcesses(1);
-        fixture.onSignal = [&](quint64 id, const QString &entry) {
-            if (!entry.startsWith(moment))
-                return;
-            fixture.service->abortImport(id);
-            if (runsEvents)
-                QCoreApplication::processEvents();
-        };
-        const quint64 job =
-            fixture.load({fixture.file("f0.step"), fixture.file("f1.step", "hang")});
-        QVERIFY(fixture.wait(job));
-        // The other file may have been started by then, and is aborted at its own pace.
-        QStringList first = fixture.signalsOf(job);
-        const int other = first.indexOf("converting f1");
-        QCOMPARE(fixture.count(job, "percent"), int(!expected.isEmpty()) + int(other >= 0));
-        if (other >= 0) {
-            QVERIFY(first.contains("converted f1 JobAborted"));
-            first.removeAt(first.indexOf("timed", other));
-        }
-        first = first.filter(QRegularExpression("^(?!.* f1|percent)"));
-        QCOMPARE(first.join('|'), "starting 2|" + expected + "finished");
+        const quint64 large = fixture.convert(fixture.files(20, "sleep 5"));
+        QVERIFY(fixture.wait(fixture.convert({fixture.file("s.step"), fixture.file("t.step")})));
+        QVERIFY(fixture.count(large, "converted") <= 4);
+        QVERIFY(fixture.wait(large));
     }
-}
 
-void tst_FileServiceJobs::keepsOutputsApart()
-{
-    ServiceFixture fixture;
-    const QString first = fixture.file("a.step");
-    const quint64 job =
-        fixture.convert({first, fixture.file("other/a.step"), fixture.file("A.igs"), first});
-    QVERIFY(fixture.wait(fixture.convert({fixture.file("third/a.step")})) && fixture.wait(job));
-    QCOMPARE(fixture.outNames(),
-             (QStringList{"A-4.glb", "a-2.glb", "a-3.glb", "a-5.glb", "a.glb"}));
-    QVERIFY(read(fixture.out() + "/a-2.glb").contains("third/a.step"));
-    QVERIFY(read(fixture.out() + "/a-3.glb").contains("other/a.step"));
-}
-
-void tst_FileServiceJobs::replacesOnlyItsOwnEarlierOutput()
-{
-    ServiceFixture fixture;
-    fixture.file("../out/b.glb", "somebody's own file");
-    fixture.file("../out/b-2.glb.part", "somebody's download");
-    QDir().mkpath(fixture.out() + "/b-3.glb");
-    const QString path = fixture.file("b.step");
-    QVERIFY(fixture.wait(fixture.convert({path})));
-    QVERIFY(fixture.wait(fixture.convert({path})));
-    QVERIFY(fixture.wait(fixture.convert({fixture.file("b.step", "half\ncrash")})));
-    QCOMPARE(read(fixture.out() + "/b.glb"), QByteArray("somebody's own file"));
-    QCOMPARE(read(fixture.out() + "/b-2.glb.part"), QByteArray("somebody's download"));
-    // The crash did not take away what the runs before had left.
-    QCOMPARE(fixture.outNames(), (QStringList{"b-2.glb.part", "b-3.glb", "b-4.glb", "b.glb"}));
-}
-
-void tst_FileServiceJobs::leavesNothingBehindWhenAsked()
-{
-    for (const bool isNamed : {true, false}) {
+    void abortsALargeJobAtOnceAndNoOther()
+    {
         ServiceFixture fixture;
-        const QString old = fixture.file("../place/a.glb", "old");
-        const QDir place = QFileInfo(old).canonicalPath();
-        tnPreferences::getData().set("FileIO tmp path", place.path(), true);
-        const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
-                                fixture.file("c.step", "junk\nfinish success")};
-        const quint64 job = fixture.service->loadFiles(
-            files, tndNode(), isNamed ? place.path() : QString(), true, isNamed, true);
-        QVERIFY(fixture.wait(job));
-        for (const char *end : {"loaded a Success", "converted b Failure", "loaded c Failure"})
-            QCOMPARE(fixture.count(job, end), 1);
-        QCOMPARE(place.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList("a.glb"));
-        QCOMPARE(read(old), QByteArray("old"));
-        QCOMPARE(fixture.fakeLog().filter("begin").filter(place.path() + "/.import-").size(), 3);
+        fixture.service->setMaxParallelProcesses(3);
+        // One file is done, three hang, 196 wait.
+        QStringList files =
+            fixture.files(200, "part p.step\npartdone p.step success\npart q.step\nhalf\nhang");
+        files[0] = fixture.file("f0.step");
+        const quint64 large = fixture.load(files);
+        QTRY_COMPARE(fixture.count(large, "converting q"), 3);
+        const quint64 other = fixture.load({fixture.file("other.step", "sleep 300")});
+        const int before = fixture.signalsOf(large).size();
+
+        QElapsedTimer clock;
+        clock.start();
+        fixture.insideCall = true;
+        fixture.service->abortImport(large);
+        fixture.service->abortImport(large);
+        fixture.insideCall = false;
+        QVERIFY(fixture.wait(large));
+        QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(!fixture.wasInsideCall);
+        QVERIFY(fixture.wait(other));
+        QCOMPARE(fixture.count(other, "loaded other Success"), 1);
+
+        const QString after = fixture.signalsOf(large).mid(before).join('|') + '|';
+        QCOMPARE(after.count("converting"), 0);
+        QCOMPARE(after.count(QRegularExpression("converted f\\d+ JobAborted")), 3);
+        QCOMPARE(after.count("converted q JobAborted"), 3);
+        // Their assemblies will never be loaded, so these parts are at their end as well.
+        QCOMPARE(after.count("loaded p JobAborted"), 3);
+        QCOMPARE(after.count("finished"), 1);
+        QVERIFY(after.endsWith("|finished|"));
+        QCOMPARE(fixture.outNames(), (QStringList{"f0.glb", "other.glb"}));
     }
-}
 
-void tst_FileServiceJobs::failsEachFileWithoutAnOutputDirectory()
-{
-    ServiceFixture fixture;
-    const QStringList files = fixture.files(3, "sleep 0");
-    for (const bool remove : {false, true}) {
-        const quint64 job =
-            fixture.service->loadFiles(files, tndNode(), files[0] + "/below", true, remove, false);
-        QVERIFY(fixture.wait(job));
-        QCOMPARE(fixture.count(job, "failed .* The output directory .* cannot be"), 3);
-        QCOMPARE(fixture.count(job, "converted .* Failure"), 3);
-    }
-    QVERIFY(fixture.fakeLog().isEmpty());
-}
-
-void tst_FileServiceJobs::keepsWorkersAndRetiresThem_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<int>("processes");
-    QTest::newRow("small") << QByteArray("memory 1000") << 1;
-    QTest::newRow("large") << QByteArray("memory 2000000") << 3;
-    QTest::newRow("crashing") << QByteArray("crash") << 3;
-}
-
-void tst_FileServiceJobs::keepsWorkersAndRetiresThem()
-{
-    QFETCH(QByteArray, script);
-    WorkerLimits limits;
-    limits.memory = 1000000;
-    limits.idleTime = 1000;
-    ServiceFixture fixture(limits);
-    fixture.service->setMaxParallelProcesses(1);
-    QVERIFY(fixture.wait(fixture.convert(fixture.files(3, script))));
-    QTEST(fixture.fakeProcesses().size(), "processes");
-    QTRY_VERIFY(!isAlive(fixture.fakeProcesses().constLast()));
-}
-
-void tst_FileServiceJobs::takesNoHarmFromAWorkerThatDiesIdle()
-{
-    ServiceFixture fixture;
-    const QStringList files = fixture.files(1, "sleep 0");
-    QVERIFY(fixture.wait(fixture.convert(files)));
-    const auto killWorker = [&fixture] {
-        QCOMPARE(kill(fixture.fakeProcesses().constLast(), SIGKILL), 0);
-        QTest::qSleep(100);
-    };
-    // Once long before the next file, and once too late for the service to see it.
-    for (const bool isSeen : {true, false}) {
-        if (isSeen) {
-            killWorker();
-            QTest::qWait(100);
-        }
-        fixture.onSignal = [&](quint64, const QString &entry) {
-            if (entry == "converting f0" && !isSeen)
-                killWorker();
+    void abortsFromInsideASignal()
+    {
+        const QString converted = "converting f0|converted f0 Success|timed|";
+        const QString aborted = "loaded f0 JobAborted|";
+        const std::pair<QString, QString> rows[] = {
+            {"starting", ""},
+            {"converting", "converting f0|converted f0 JobAborted|timed|"},
+            {"converted", converted + aborted},
+            {"queued", converted + "queued f0|" + aborted},
+            {"loading", converted + "queued f0|loading f0|" + aborted},
+            // Too late.
+            {"added", converted + "queued f0|loading f0|added f0|loaded f0 Success|"},
         };
-        const quint64 job = fixture.convert(files);
-        QVERIFY(fixture.wait(job));
-        QCOMPARE(fixture.count(job, "converted f0 Success"), 1);
+        // Every second run lets events through from inside the signal, as a message box would.
+        for (int run = 0; run < 12; ++run) {
+            const auto &[moment, expected] = rows[run / 2];
+            ServiceFixture fixture;
+            fixture.service->setMaxParallelProcesses(1);
+            fixture.onSignal = [&, begin = moment](quint64 id, const QString &entry) {
+                if (!entry.startsWith(begin))
+                    return;
+                fixture.service->abortImport(id);
+                if (run % 2 == 1)
+                    QCoreApplication::processEvents();
+            };
+            const quint64 job =
+                fixture.load({fixture.file("f0.step"), fixture.file("f1.step", "hang")});
+            QVERIFY(fixture.wait(job));
+            // The other file may have been started by then, and is aborted at its own pace.
+            QStringList first = fixture.signalsOf(job);
+            const int other = first.indexOf("converting f1");
+            QCOMPARE(fixture.count(job, "percent"), int(!expected.isEmpty()) + int(other >= 0));
+            if (other >= 0) {
+                QVERIFY(first.contains("converted f1 JobAborted"));
+                first.removeAt(first.indexOf("timed", other));
+            }
+            first = first.filter(QRegularExpression("^(?!.* f1|percent)"));
+            QCOMPARE(first.join('|'), "starting 2|" + expected + "finished");
+        }
     }
-    QCOMPARE(fixture.fakeProcesses().size(), 3);
-}
 
-void tst_FileServiceJobs::addsBelowTheTarget()
-{
-    ServiceFixture fixture;
-    const auto parentAfterLoad = [&](const tndNode &target) {
-        fixture.wait(fixture.load({fixture.file("a.step")}, true, target));
-        const SceneNode *node = fixture.scene.find(fixture.node);
-        return node && node->parent() ? node->parent()->id() : 0;
-    };
-    QCOMPARE(parentAfterLoad(tndNode()), fixture.scene.root().id());
-    const tndNode first = fixture.node;
-    QCOMPARE(parentAfterLoad(first), first.id());
-    QCOMPARE(parentAfterLoad(tndNode(4711)), fixture.scene.root().id());
-}
+    void keepsOutputsApart()
+    {
+        ServiceFixture fixture;
+        const QString first = fixture.file("a.step");
+        const quint64 job =
+            fixture.convert({first, fixture.file("other/a.step"), fixture.file("A.igs"), first});
+        QVERIFY(fixture.wait(fixture.convert({fixture.file("third/a.step")})) && fixture.wait(job));
+        QCOMPARE(fixture.outNames(),
+                 (QStringList{"A-4.glb", "a-2.glb", "a-3.glb", "a-5.glb", "a.glb"}));
+        QVERIFY(read(fixture.out() + "/a-2.glb").contains("third/a.step"));
+        QVERIFY(read(fixture.out() + "/a-3.glb").contains("other/a.step"));
+    }
 
-void tst_FileServiceJobs::reimportsInTheNodesPlace()
-{
-    ServiceFixture fixture;
-    const QString path = fixture.file("a.step");
-    QVERIFY(fixture.wait(fixture.load({path})));
-    const tndNode old = fixture.node;
-    QVERIFY(fixture.wait(fixture.service->reimportFile(old, false)));
-    QVERIFY(!fixture.scene.contains(old) && fixture.scene.contains(fixture.node));
-    QCOMPARE(fixture.scene.sourceFile(fixture.node), path);
-    QCOMPARE(fixture.scene.find(fixture.scene.root())->children().size(), std::size_t(1));
-    QCOMPARE(fixture.outNames(), QStringList("a.glb"));
+    void replacesOnlyItsOwnEarlierOutput()
+    {
+        ServiceFixture fixture;
+        fixture.file("../out/b.glb", "somebody's own file");
+        fixture.file("../out/b-2.glb.part", "somebody's download");
+        QDir().mkpath(fixture.out() + "/b-3.glb");
+        const QString path = fixture.file("b.step");
+        QVERIFY(fixture.wait(fixture.convert({path})));
+        QVERIFY(fixture.wait(fixture.convert({path})));
+        QVERIFY(fixture.wait(fixture.convert({fixture.file("b.step", "half\ncrash")})));
+        QCOMPARE(read(fixture.out() + "/b.glb"), QByteArray("somebody's own file"));
+        QCOMPARE(read(fixture.out() + "/b-2.glb.part"), QByteArray("somebody's download"));
+        // The crash did not take away what the runs before had left.
+        QCOMPARE(fixture.outNames(), (QStringList{"b-2.glb.part", "b-3.glb", "b-4.glb", "b.glb"}));
+    }
 
-    // The node goes while its file is converted.
-    fixture.onSignal = [&](quint64, const QString &entry) {
-        if (entry == "queued a")
-            fixture.scene.removeNode(fixture.node);
-    };
-    const quint64 late = fixture.service->reimportFile(fixture.node, false);
-    QVERIFY(fixture.wait(late));
-    QCOMPARE(fixture.count(late, "loadFailed a The node that was to be replaced is gone."), 1);
-    QCOMPARE(fixture.count(late, "loaded a Failure"), 1);
-}
+    void leavesNothingBehindWhenAsked()
+    {
+        for (const bool isNamed : {true, false}) {
+            ServiceFixture fixture;
+            const QString old = fixture.file("../place/a.glb", "old");
+            const QDir place = QFileInfo(old).canonicalPath();
+            tnPreferences::getData().set("FileIO tmp path", place.path(), true);
+            const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
+                                    fixture.file("c.step", "junk\nfinish success")};
+            const quint64 job = fixture.service->loadFiles(
+                files, tndNode(), isNamed ? place.path() : QString(), true, isNamed, true);
+            QVERIFY(fixture.wait(job));
+            for (const char *end : {"loaded a Success", "converted b Failure", "loaded c Failure"})
+                QCOMPARE(fixture.count(job, end), 1);
+            QCOMPARE(place.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                     QStringList("a.glb"));
+            QCOMPARE(read(old), QByteArray("old"));
+            QCOMPARE(fixture.fakeLog().filter("begin").filter(place.path() + "/.import-").size(),
+                     3);
+        }
+    }
 
-void tst_FileServiceJobs::leavesNothingRunningWhenItGoes()
-{
-    ServiceFixture fixture;
-    fixture.service->setMaxParallelProcesses(3);
-    const QStringList files = fixture.files(2, "half\nhang");
-    const quint64 kept = fixture.convert(files);
-    const quint64 removed = fixture.load({files[0], fixture.file("late.prt")}, true);
-    QTRY_COMPARE(fixture.outNames().filter(".part").size(), 2);
-    const QList<int> processes = fixture.fakeProcesses();
-    fixture.service->requestFileType(files[0]);
-    fixture.onSignal = [](quint64, const QString &entry) { QFAIL(qPrintable(entry)); };
+    void failsEachFileWithoutAnOutputDirectory()
+    {
+        ServiceFixture fixture;
+        const QStringList files = fixture.files(3, "sleep 0");
+        for (const bool remove : {false, true}) {
+            const quint64 job = fixture.service->loadFiles(files, tndNode(), files[0] + "/below",
+                                                           true, remove, false);
+            QVERIFY(fixture.wait(job));
+            QCOMPARE(fixture.count(job, "failed .* The output directory .* cannot be"), 3);
+            QCOMPARE(fixture.count(job, "converted .* Failure"), 3);
+        }
+        QVERIFY(fixture.fakeLog().isEmpty());
+    }
 
-    fixture.service.reset();
-    for (const int process : processes)
-        QVERIFY(!isAlive(process));
-    QCOMPARE(fixture.outNames(), QStringList());
-    QTest::qWait(50);
-    QCOMPARE(fixture.count(kept, "finished") + fixture.count(removed, "finished"), 0);
-}
+    void keepsWorkersAndRetiresThem()
+    {
+        WorkerLimits limits;
+        limits.memory = 1000000;
+        limits.idleTime = 1000;
+        const std::pair<const char *, int> rows[] = {
+            {"memory 1000", 1}, {"memory 2000000", 3}, {"crash", 3}};
+        for (const auto &[script, processes] : rows) {
+            ServiceFixture fixture(limits);
+            fixture.service->setMaxParallelProcesses(1);
+            QVERIFY(fixture.wait(fixture.convert(fixture.files(3, script))));
+            QCOMPARE(fixture.fakeProcesses().size(), processes);
+            QTRY_VERIFY(!isAlive(fixture.fakeProcesses().constLast()));
+        }
+    }
+
+    void takesNoHarmFromAWorkerThatDiesIdle()
+    {
+        ServiceFixture fixture;
+        const QStringList files = fixture.files(1, "sleep 0");
+        QVERIFY(fixture.wait(fixture.convert(files)));
+        const auto killWorker = [&fixture] {
+            QCOMPARE(kill(fixture.fakeProcesses().constLast(), SIGKILL), 0);
+            QTest::qSleep(100);
+        };
+        // Once long before the next file, and once too late for the service to see it.
+        for (const bool isSeen : {true, false}) {
+            if (isSeen) {
+                killWorker();
+                QTest::qWait(100);
+            }
+            fixture.onSignal = [&](quint64, const QString &entry) {
+                if (entry == "converting f0" && !isSeen)
+                    killWorker();
+            };
+            const quint64 job = fixture.convert(files);
+            QVERIFY(fixture.wait(job));
+            QCOMPARE(fixture.count(job, "converted f0 Success"), 1);
+        }
+        QCOMPARE(fixture.fakeProcesses().size(), 3);
+    }
+
+    void addsBelowTheTarget()
+    {
+        ServiceFixture fixture;
+        const auto parentAfterLoad = [&](const tndNode &target) {
+            fixture.wait(fixture.load({fixture.file("a.step")}, true, target));
+            const SceneNode *node = fixture.scene.find(fixture.node);
+            return node && node->parent() ? node->parent()->id() : 0;
+        };
+        QCOMPARE(parentAfterLoad(tndNode()), fixture.scene.root().id());
+        const tndNode first = fixture.node;
+        QCOMPARE(parentAfterLoad(first), first.id());
+        QCOMPARE(parentAfterLoad(tndNode(4711)), fixture.scene.root().id());
+    }
+
+    void reimportsInTheNodesPlace()
+    {
+        ServiceFixture fixture;
+        const QString path = fixture.file("a.step");
+        QVERIFY(fixture.wait(fixture.load({path})));
+        const tndNode old = fixture.node;
+        QVERIFY(fixture.wait(fixture.service->reimportFile(old, false)));
+        QVERIFY(!fixture.scene.contains(old) && fixture.scene.contains(fixture.node));
+        QCOMPARE(fixture.scene.sourceFile(fixture.node), path);
+        QCOMPARE(fixture.scene.find(fixture.scene.root())->children().size(), std::size_t(1));
+        QCOMPARE(fixture.outNames(), QStringList("a.glb"));
+
+        // The node goes while its file is converted.
+        fixture.onSignal = [&](quint64, const QString &entry) {
+            if (entry == "queued a")
+                fixture.scene.removeNode(fixture.node);
+        };
+        const quint64 late = fixture.service->reimportFile(fixture.node, false);
+        QVERIFY(fixture.wait(late));
+        QCOMPARE(fixture.count(late, "loadFailed a The node that was to be replaced is gone."), 1);
+        QCOMPARE(fixture.count(late, "loaded a Failure"), 1);
+    }
+
+    void leavesNothingRunningWhenItGoes()
+    {
+        ServiceFixture fixture;
+        fixture.service->setMaxParallelProcesses(3);
+        const QStringList files = fixture.files(2, "half\nhang");
+        const quint64 kept = fixture.convert(files);
+        const quint64 removed = fixture.load({files[0], fixture.file("late.prt")}, true);
+        QTRY_COMPARE(fixture.outNames().filter(".part").size(), 2);
+        const QList<int> processes = fixture.fakeProcesses();
+        fixture.service->requestFileType(files[0]);
+        fixture.onSignal = [](quint64, const QString &entry) { QFAIL(qPrintable(entry)); };
+
+        fixture.service.reset();
+        for (const int process : processes)
+            QVERIFY(!isAlive(process));
+        QCOMPARE(fixture.outNames(), QStringList());
+        QTest::qWait(50);
+        QCOMPARE(fixture.count(kept, "finished") + fixture.count(removed, "finished"), 0);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_FileServiceJobs)
 #include "tst_FileServiceJobs.moc"

@@ -55,116 +55,95 @@ class tst_FileTypeProbe : public QObject {
     Q_OBJECT
 
 private slots:
-    void tellsByName_data();
-    void tellsByName();
-    void tellsSharedSuffixesByContent_data();
-    void tellsSharedSuffixesByContent();
-    void readsSoundAndDamagedCompoundFiles_data();
-    void readsSoundAndDamagedCompoundFiles();
-};
-
-void tst_FileTypeProbe::tellsByName_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("suffix");
-    QTest::addColumn<QString>("base");
-    QTest::addColumn<FileType>("type");
-    const auto row = [](const char *path, const char *suffix, const char *base, FileType type) {
-        QTest::newRow(path) << path << suffix << base << type;
-    };
-    row("/a.b/c.STEP", "STEP", "c", FileType::Step);
-    row("a.prt", "prt", "a", FileType::NX);
-    row("a.PRT.7", "PRT", "a", FileType::ProEngineer);
-    row("a.b.asm.12", "asm", "a.b", FileType::ProEngineer);
-    row("a.step.7", "7", "a.step", FileType::Unsupported);
-    row("a.prt.7b", "7b", "a.prt", FileType::Unsupported);
-    row("prt.7", "7", "prt", FileType::Unsupported);
-    row("/x.step/noSuffix", "", "noSuffix", FileType::Unsupported);
-}
-
-void tst_FileTypeProbe::tellsByName()
-{
-    QFETCH(QString, path);
-    QTEST(FileTypeProbe::suffix(path), "suffix");
-    QTEST(FileTypeProbe::baseName(path), "base");
-    QTEST(FileTypeProbe::byName(path), "type");
-}
-
-void tst_FileTypeProbe::tellsSharedSuffixesByContent_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<FileType>("type");
-    const auto row = [](const char *title, const char *name, const QByteArray &content,
-                        FileType type) { QTest::newRow(title) << name << content << type; };
-    const QByteArray creo = "#UGC:2 PART 1174\n";
-    const QByteArray nx = compoundFile({"Root Entry", "images", "UG_PART"}, {1});
-    const QByteArray solidEdge =
-        compoundFile({"Root Entry", "Summary", "Versions", "Preview", "JSitesList", "x"}, {3, 1});
-    const QByteArray office = compoundFile({"Root Entry", "WordDocument"}, {1});
-    row("creo part", "a.prt", creo, FileType::ProEngineer);
-    row("nx assembly in disguise", "a.asm", nx, FileType::NX);
-    row("solid edge", "a.prt", solidEdge, FileType::SolidEdge);
-    row("content before version", "a.prt.4", nx, FileType::NX);
-    row("content of another suffix", "a.step", creo, FileType::Step);
-    row("office document", "a.asm", office, FileType::SolidEdge);
-    row("text with version", "a.prt.1", "Hello", FileType::ProEngineer);
-    row("empty", "a.prt", "", FileType::NX);
-    row("missing", "a.asm", {}, FileType::SolidEdge);
-}
-
-void tst_FileTypeProbe::tellsSharedSuffixesByContent()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, content);
-    QTemporaryDir directory;
-    QFile file(directory.filePath(name));
-    if (!content.isNull()) {
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(content), qint64(content.size()));
-        file.close();
+    void tellsByName()
+    {
+        const struct {
+            QString path, suffix, base;
+            FileType type;
+        } rows[] = {
+            {"/a.b/c.STEP", "STEP", "c", FileType::Step},
+            {"a.prt", "prt", "a", FileType::NX},
+            {"a.PRT.7", "PRT", "a", FileType::ProEngineer},
+            {"a.b.asm.12", "asm", "a.b", FileType::ProEngineer},
+            {"a.step.7", "7", "a.step", FileType::Unsupported},
+            {"a.prt.7b", "7b", "a.prt", FileType::Unsupported},
+            {"prt.7", "7", "prt", FileType::Unsupported},
+            {"/x.step/noSuffix", "", "noSuffix", FileType::Unsupported},
+        };
+        for (const auto &[path, suffix, base, type] : rows) {
+            QCOMPARE(FileTypeProbe::suffix(path), suffix);
+            QCOMPARE(FileTypeProbe::baseName(path), base);
+            QCOMPARE(FileTypeProbe::byName(path), type);
+        }
     }
-    QTEST(FileTypeProbe::byContent(file.fileName()), "type");
-    // A folder of that name says nothing either.
-    QVERIFY(!file.exists() || file.remove());
-    QVERIFY(QDir().mkpath(file.fileName()));
-    QCOMPARE(FileTypeProbe::byContent(file.fileName()), FileTypeProbe::byName(name));
-}
 
-void tst_FileTypeProbe::readsSoundAndDamagedCompoundFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("names"); // "..." when there may be more
-    const QByteArray good = compoundFile({"Root Entry", "a", "b", "c", "d", "e"}, {5, 2});
-    QTest::newRow("sound") << good << "abcde";
-    const auto damaged = [&good](const char *title, int offset, quint32 value, const char *names) {
-        QByteArray bytes = good;
-        put<quint32>(bytes, offset, value);
-        QTest::newRow(title) << bytes << names;
-    };
-    damaged("chain in a circle", 512 + 4 * 2, 5, "abcde...");
-    damaged("chain leaves the file", 512 + 4 * 5, 0x00FFFFFF, "abc");
-    damaged("directory out of the file", 48, 0x7FFFFFFF, "");
-    damaged("table out of the file", 76, 0x12345678, "abc");
-    damaged("sectors of 2 GB", 28, 0x001FFFFE, "");
-    damaged("endless name", 512 * 6 + 128 + 64, 0x0001FFFF, "a...");
-    QTest::newRow("cut within the header") << good.left(300) << "";
-    QTest::newRow("cut within the directory") << good.left(512 * 6 + 60) << "";
-}
+    void tellsSharedSuffixesByContent()
+    {
+        const QByteArray creo = "#UGC:2 PART 1174\n";
+        const QByteArray nx = compoundFile({"Root Entry", "images", "UG_PART"}, {1});
+        const struct {
+            QString name;
+            QByteArray content; // null: the file is missing
+            FileType type;
+        } rows[] = {
+            {"a.prt", creo, FileType::ProEngineer},
+            {"a.asm", nx, FileType::NX},
+            {"b.prt",
+             compoundFile({"Root Entry", "Summary", "Versions", "Preview", "JSitesList", "x"},
+                          {3, 1}),
+             FileType::SolidEdge},
+            {"a.prt.4", nx, FileType::NX}, // the content counts more than the version
+            {"a.step", creo, FileType::Step},
+            {"b.asm", compoundFile({"Root Entry", "WordDocument"}, {1}), FileType::SolidEdge},
+            {"a.prt.1", "Hello", FileType::ProEngineer},
+            {"c.prt", "", FileType::NX},
+            {"c.asm", {}, FileType::SolidEdge},
+        };
+        const QTemporaryDir directory;
+        for (const auto &[name, content, type] : rows) {
+            QFile file(directory.filePath(name));
+            if (!content.isNull()) {
+                QVERIFY(file.open(QIODevice::WriteOnly));
+                QCOMPARE(file.write(content), qint64(content.size()));
+                file.close();
+            }
+            QCOMPARE(FileTypeProbe::byContent(file.fileName()), type);
+        }
+        // A folder says nothing.
+        QVERIFY(QDir(directory.path()).mkdir("d.prt"));
+        QCOMPARE(FileTypeProbe::byContent(directory.filePath("d.prt")), FileType::NX);
+    }
 
-void tst_FileTypeProbe::readsSoundAndDamagedCompoundFiles()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, names);
-    QBuffer buffer(&bytes);
-    QVERIFY(buffer.open(QIODevice::ReadOnly));
-    const QStringList read = CompoundFile::entryNames(buffer);
-    QVERIFY(read.size() < 10000);
-    if (names.endsWith("..."))
-        QVERIFY2(read.join("").startsWith(names.chopped(3)), qPrintable(read.join("").left(99)));
-    else
-        QCOMPARE(read.join(""), names);
-}
+    void readsSoundAndDamagedCompoundFiles()
+    {
+        const QByteArray good = compoundFile({"Root Entry", "a", "b", "c", "d", "e"}, {5, 2});
+        const auto damaged = [&good](int offset, quint32 value) {
+            QByteArray bytes = good;
+            put<quint32>(bytes, offset, value);
+            return bytes;
+        };
+        const std::pair<QByteArray, QString> rows[] = {
+            // with the names, and "..." when there may be more
+            {good, "abcde"},
+            {damaged(512 + 4 * 2, 5), "abcde..."}, // the chain is a circle
+            {damaged(512 + 4 * 5, 0x00FFFFFF), "abc"}, // it leaves the file
+            {damaged(48, 0x7FFFFFFF), ""}, // the directory is out of the file
+            {damaged(76, 0x12345678), "abc"}, // the table is
+            {damaged(28, 0x001FFFFE), ""}, // sectors of 2 GB
+            {damaged(512 * 6 + 128 + 64, 0x0001FFFF), "a..."}, // an endless name
+            {good.left(300), ""}, // cut within the header
+            {good.left(512 * 6 + 60), ""}, // cut within the directory
+        };
+        for (auto [bytes, names] : rows) {
+            QBuffer buffer(&bytes);
+            QVERIFY(buffer.open(QIODevice::ReadOnly));
+            const QStringList found = CompoundFile::entryNames(buffer);
+            QVERIFY(found.size() < 10000);
+            const QString read = found.join("");
+            QCOMPARE(names.endsWith("...") ? read.left(names.size() - 3) + "..." : read, names);
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_FileTypeProbe)
 #include "tst_FileTypeProbe.moc"

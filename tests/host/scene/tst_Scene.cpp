@@ -47,22 +47,6 @@ const QString otherPath = QStringLiteral("/cad/other.step");
 class TestScene : public QObject {
     Q_OBJECT
 
-private slots:
-    void init()
-    {
-        m_scene = std::make_unique<Scene>();
-        m_settings = {};
-    }
-    void addsBelowTheGivenNodeOrTheRoot();
-    void boxesFollowNestedTransforms();
-    void centresAndGroundsInTheWorld_data();
-    void centresAndGroundsInTheWorld();
-    void sharesEqualMaterials();
-    void replacesInPlace();
-    void replacingKeepsWhatHangsBelow();
-    void removesAndForgets();
-    void selectsInTreeOrder();
-
 private:
     tndNode add(const tndNode &parent = {}, std::shared_ptr<SceneFragment> boxes = twoBoxes())
     {
@@ -81,178 +65,178 @@ private:
 
     std::unique_ptr<Scene> m_scene;
     tndSceneImportSettings m_settings;
+
+private slots:
+    void init()
+    {
+        m_scene = std::make_unique<Scene>();
+        m_settings = {};
+    }
+
+    void addsBelowTheGivenNodeOrTheRoot()
+    {
+        QCOMPARE(m_scene->root().id(), 1U);
+        const tndNode first = add();
+        const tndNode second = add(tndNode(9999));
+        const tndNode third = add(first);
+        QCOMPARE(add(first, nullptr), tndNode());
+
+        QCOMPARE(m_scene->find(first)->name(), QString("two.step"));
+        QCOMPARE(m_scene->find(first)->parent()->id(), 1U);
+        QCOMPARE(m_scene->find(second)->row(), 1);
+        QCOMPARE(m_scene->find(third)->parent()->id(), first.id());
+        QCOMPARE(m_scene->nodeCount(), std::size_t(12));
+        QCOMPARE(m_scene->triangleCount(first), std::size_t(8));
+
+        const tndNode leaf = inside(second, 1);
+        QCOMPARE(m_scene->find(inside(second, 0))->mesh(), m_scene->find(leaf)->mesh());
+        QCOMPARE(m_scene->sourceFile(leaf), path);
+        QCOMPARE(m_scene->sourceNode(leaf), second);
+        for (const tndNode &none : {m_scene->root(), tndNode(9999)})
+            QCOMPARE(m_scene->sourceFile(none), QString());
+    }
+
+    void boxesFollowNestedTransforms()
+    {
+        const tndNode file = add();
+        const BoundingBox box = m_scene->boundingBox(file);
+        // The turned box reaches from -20 to 10 times sin 45 around its place, no further: the
+        // corners of a box around it would.
+        const float s = std::sqrt(0.5F);
+        QVERIFY(near(box.min, {0, 0, 0}));
+        QVERIFY(near(box.max, {100 + 10 * s, 30 * s, 30}));
+        const tndNode turned = inside(file, 1);
+        QVERIFY(near(m_scene->boundingBox(turned).min, {100 - 20 * s, 0, 0}));
+        QVERIFY(near(m_scene->worldTransform(turned).map(QVector3D(10, 0, 0)),
+                     {100 + 10 * s, 10 * s, 0}));
+        QVERIFY(m_scene->boundingBox(tndNode(77)).isEmpty());
+
+        // A quarter turn keeps boxes; below it the result must stay exact, too.
+        auto quarter = twoBoxes();
+        quarter->nodes[0].transform.translate(0, 0, 5);
+        quarter->nodes[0].transform.rotate(90, 1, 0, 0);
+        const BoundingBox up = m_scene->boundingBox(add({}, quarter));
+        QVERIFY(near(up.min, {0, -30, 5}));
+        QVERIFY(near(up.max, {100 + 10 * s, 0, 5 + 30 * s}));
+    }
+
+    void centresAndGroundsInTheWorld()
+    {
+        const float s = std::sqrt(0.5F);
+        const QVector3D half(50 + 5 * s, 15 * s, 15);
+        const std::tuple<bool, bool, QVector3D> rows[] = {// with the box's least corner afterwards
+                                                          {false, false, {0, 0, 50 + 5}},
+                                                          {true, false, -half},
+                                                          {false, true, {0, 0, 0}},
+                                                          {true, true, {-half.x(), -half.y(), 0}}};
+        auto high = twoBoxes();
+        high->nodes[0].transform.translate(0, 0, 50);
+        const tndNode parent = inside(add({}, high));
+        for (const auto &[center, ground, corner] : rows) {
+            m_settings.setCenterInOrigin(center);
+            m_settings.setPutOnGround(ground);
+            auto boxes = twoBoxes();
+            boxes->nodes[0].transform.translate(0, 0, 5);
+            QVERIFY(near(m_scene->boundingBox(add(parent, boxes)).min, corner));
+        }
+    }
+
+    void sharesEqualMaterials()
+    {
+        add();
+        add();
+        QCOMPARE(m_scene->materials().size(), std::size_t(2));
+        m_settings.setMergeMaterials(true);
+        add();
+        QCOMPARE(m_scene->materials().size(), std::size_t(2));
+        auto other = twoBoxes();
+        other->materials[0].roughness = 0.1F;
+        add({}, other);
+        QCOMPARE(m_scene->materials().size(), std::size_t(3));
+    }
+
+    void replacesInPlace()
+    {
+        m_settings.setPutOnGround(true);
+        auto high = twoBoxes();
+        high->nodes[0].transform.translate(0, 0, 50);
+        add();
+        const tndNode old = add({}, high);
+        add();
+        const QMatrix4x4 moved = m_scene->find(old)->transform();
+        QVERIFY(!moved.isIdentity());
+
+        // A node inside of a file stands for the file.
+        const tndNode inner = inside(old, 0);
+        m_scene->setSelection({old});
+        const tndNode kept = replace(inner);
+        QVERIFY(kept.id() > inner.id());
+        QVERIFY(!m_scene->contains(old) && !m_scene->contains(inner));
+        QCOMPARE(m_scene->sourceFile(kept), otherPath);
+        QCOMPARE(m_scene->find(kept)->row(), 1);
+        QCOMPARE(m_scene->find(kept)->transform(), moved);
+        QCOMPARE(m_scene->selectedNodes(true), std::vector<tndNode>{kept});
+        QCOMPARE(m_scene->nodeCount(), std::size_t(12));
+
+        m_settings.setPreserveTransformations(false);
+        const tndNode fresh = replace(kept);
+        QVERIFY(m_scene->find(fresh)->transform().isIdentity());
+
+        const QSignalSpy changes(m_scene.get(), &Scene::changed);
+        QCOMPARE(replace(old), tndNode());
+        QCOMPARE(replace(m_scene->root()), tndNode());
+        QCOMPARE(m_scene->replaceNode(fresh, nullptr, path, m_settings), tndNode());
+        QVERIFY(m_scene->contains(fresh));
+        QCOMPARE(changes.count(), 0);
+    }
+
+    void replacingKeepsWhatHangsBelow()
+    {
+        const tndNode host = add();
+        const tndNode guest = add(inside(host, 1));
+        const BoundingBox before = m_scene->boundingBox(guest);
+
+        m_settings.setCenterInOrigin(true);
+        m_settings.setPreserveTransformations(false);
+        const tndNode fresh = replace(host);
+        QVERIFY(m_scene->contains(guest));
+        QCOMPARE(m_scene->find(guest)->parent()->id(), fresh.id());
+        QVERIFY(!m_scene->find(fresh)->transform().isIdentity());
+        QVERIFY(near(m_scene->boundingBox(guest).min, before.min));
+        QVERIFY(near(m_scene->boundingBox(guest).max, before.max));
+    }
+
+    void removesAndForgets()
+    {
+        const tndNode file = add();
+        const tndNode inner = inside(file);
+        m_scene->setSelection({inner});
+        const QSignalSpy selections(m_scene.get(), &Scene::selectionChanged);
+        const QSignalSpy changes(m_scene.get(), &Scene::changed);
+        QVERIFY(m_scene->removeNode(file));
+        QCOMPARE(selections.count(), 1);
+        QCOMPARE(changes.count(), 1);
+        QVERIFY(!m_scene->contains(inner));
+        QCOMPARE(m_scene->nodeCount(), std::size_t(0));
+        QVERIFY(m_scene->selectedNodes(false).empty());
+        QVERIFY(!m_scene->removeNode(file));
+        QVERIFY(!m_scene->removeNode(m_scene->root()));
+        QVERIFY(add().id() > file.id() + 3);
+    }
+
+    void selectsInTreeOrder()
+    {
+        const tndNode a = add();
+        const tndNode inA = inside(a);
+        const tndNode inB = inside(add());
+        const QSignalSpy selections(m_scene.get(), &Scene::selectionChanged);
+        m_scene->setSelection({inB, inA, a, tndNode(555), tndNode()});
+        m_scene->setSelection({a, inA, inB});
+        QCOMPARE(selections.count(), 1);
+        QCOMPARE(m_scene->selectedNodes(false), (std::vector<tndNode>{a, inA, inB}));
+        QCOMPARE(m_scene->selectedNodes(true), (std::vector<tndNode>{a, inB}));
+    }
 };
-
-void TestScene::addsBelowTheGivenNodeOrTheRoot()
-{
-    QCOMPARE(m_scene->root().id(), 1U);
-    const tndNode first = add();
-    const tndNode second = add(tndNode(9999));
-    const tndNode third = add(first);
-    QCOMPARE(add(first, nullptr), tndNode());
-
-    QCOMPARE(m_scene->find(first)->name(), QString("two.step"));
-    QCOMPARE(m_scene->find(first)->parent()->id(), 1U);
-    QCOMPARE(m_scene->find(second)->row(), 1);
-    QCOMPARE(m_scene->find(third)->parent()->id(), first.id());
-    QCOMPARE(m_scene->nodeCount(), std::size_t(12));
-    QCOMPARE(m_scene->triangleCount(first), std::size_t(8));
-
-    const tndNode leaf = inside(second, 1);
-    QCOMPARE(m_scene->find(inside(second, 0))->mesh(), m_scene->find(leaf)->mesh());
-    QCOMPARE(m_scene->sourceFile(leaf), path);
-    QCOMPARE(m_scene->sourceNode(leaf), second);
-    for (const tndNode &none : {m_scene->root(), tndNode(9999)})
-        QCOMPARE(m_scene->sourceFile(none), QString());
-}
-
-void TestScene::boxesFollowNestedTransforms()
-{
-    const tndNode file = add();
-    const BoundingBox box = m_scene->boundingBox(file);
-    // The turned box reaches from -20 to 10 times sin 45 around its place, no further: the corners
-    // of a box around it would.
-    const float s = std::sqrt(0.5F);
-    QVERIFY(near(box.min, {0, 0, 0}));
-    QVERIFY(near(box.max, {100 + 10 * s, 30 * s, 30}));
-    const tndNode turned = inside(file, 1);
-    QVERIFY(near(m_scene->boundingBox(turned).min, {100 - 20 * s, 0, 0}));
-    QVERIFY(
-        near(m_scene->worldTransform(turned).map(QVector3D(10, 0, 0)), {100 + 10 * s, 10 * s, 0}));
-    QVERIFY(m_scene->boundingBox(tndNode(77)).isEmpty());
-
-    // A quarter turn keeps boxes; below it the result must stay exact, too.
-    auto quarter = twoBoxes();
-    quarter->nodes[0].transform.translate(0, 0, 5);
-    quarter->nodes[0].transform.rotate(90, 1, 0, 0);
-    const BoundingBox up = m_scene->boundingBox(add({}, quarter));
-    QVERIFY(near(up.min, {0, -30, 5}));
-    QVERIFY(near(up.max, {100 + 10 * s, 0, 5 + 30 * s}));
-}
-
-void TestScene::centresAndGroundsInTheWorld_data()
-{
-    QTest::addColumn<bool>("center");
-    QTest::addColumn<bool>("ground");
-    QTest::addColumn<QVector3D>("corner"); // the box's least corner afterwards
-    const float s = std::sqrt(0.5F);
-    const QVector3D half(50 + 5 * s, 15 * s, 15);
-    QTest::newRow("as it is") << false << false << QVector3D(0, 0, 50 + 5);
-    QTest::newRow("centre") << true << false << -half;
-    QTest::newRow("ground") << false << true << QVector3D(0, 0, 0);
-    QTest::newRow("both") << true << true << QVector3D(-half.x(), -half.y(), 0);
-}
-
-void TestScene::centresAndGroundsInTheWorld()
-{
-    QFETCH(bool, center);
-    QFETCH(bool, ground);
-    QFETCH(QVector3D, corner);
-    auto high = twoBoxes();
-    high->nodes[0].transform.translate(0, 0, 50);
-    const tndNode parent = inside(add({}, high));
-    m_settings.setCenterInOrigin(center);
-    m_settings.setPutOnGround(ground);
-    auto boxes = twoBoxes();
-    boxes->nodes[0].transform.translate(0, 0, 5);
-    QVERIFY(near(m_scene->boundingBox(add(parent, boxes)).min, corner));
-}
-
-void TestScene::sharesEqualMaterials()
-{
-    add();
-    add();
-    QCOMPARE(m_scene->materials().size(), std::size_t(2));
-    m_settings.setMergeMaterials(true);
-    add();
-    QCOMPARE(m_scene->materials().size(), std::size_t(2));
-    auto other = twoBoxes();
-    other->materials[0].roughness = 0.1F;
-    add({}, other);
-    QCOMPARE(m_scene->materials().size(), std::size_t(3));
-}
-
-void TestScene::replacesInPlace()
-{
-    m_settings.setPutOnGround(true);
-    auto high = twoBoxes();
-    high->nodes[0].transform.translate(0, 0, 50);
-    add();
-    const tndNode old = add({}, high);
-    add();
-    const QMatrix4x4 moved = m_scene->find(old)->transform();
-    QVERIFY(!moved.isIdentity());
-
-    // A node inside of a file stands for the file.
-    const tndNode inner = inside(old, 0);
-    m_scene->setSelection({old});
-    const tndNode kept = replace(inner);
-    QVERIFY(kept.id() > inner.id());
-    QVERIFY(!m_scene->contains(old) && !m_scene->contains(inner));
-    QCOMPARE(m_scene->sourceFile(kept), otherPath);
-    QCOMPARE(m_scene->find(kept)->row(), 1);
-    QCOMPARE(m_scene->find(kept)->transform(), moved);
-    QCOMPARE(m_scene->selectedNodes(true), std::vector<tndNode>{kept});
-    QCOMPARE(m_scene->nodeCount(), std::size_t(12));
-
-    m_settings.setPreserveTransformations(false);
-    const tndNode fresh = replace(kept);
-    QVERIFY(m_scene->find(fresh)->transform().isIdentity());
-
-    const QSignalSpy changes(m_scene.get(), &Scene::changed);
-    QCOMPARE(replace(old), tndNode());
-    QCOMPARE(replace(m_scene->root()), tndNode());
-    QCOMPARE(m_scene->replaceNode(fresh, nullptr, path, m_settings), tndNode());
-    QVERIFY(m_scene->contains(fresh));
-    QCOMPARE(changes.count(), 0);
-}
-
-void TestScene::replacingKeepsWhatHangsBelow()
-{
-    const tndNode host = add();
-    const tndNode guest = add(inside(host, 1));
-    const BoundingBox before = m_scene->boundingBox(guest);
-
-    m_settings.setCenterInOrigin(true);
-    m_settings.setPreserveTransformations(false);
-    const tndNode fresh = replace(host);
-    QVERIFY(m_scene->contains(guest));
-    QCOMPARE(m_scene->find(guest)->parent()->id(), fresh.id());
-    QVERIFY(!m_scene->find(fresh)->transform().isIdentity());
-    QVERIFY(near(m_scene->boundingBox(guest).min, before.min));
-    QVERIFY(near(m_scene->boundingBox(guest).max, before.max));
-}
-
-void TestScene::removesAndForgets()
-{
-    const tndNode file = add();
-    const tndNode inner = inside(file);
-    m_scene->setSelection({inner});
-    const QSignalSpy selections(m_scene.get(), &Scene::selectionChanged);
-    const QSignalSpy changes(m_scene.get(), &Scene::changed);
-    QVERIFY(m_scene->removeNode(file));
-    QCOMPARE(selections.count(), 1);
-    QCOMPARE(changes.count(), 1);
-    QVERIFY(!m_scene->contains(inner));
-    QCOMPARE(m_scene->nodeCount(), std::size_t(0));
-    QVERIFY(m_scene->selectedNodes(false).empty());
-    QVERIFY(!m_scene->removeNode(file));
-    QVERIFY(!m_scene->removeNode(m_scene->root()));
-    QVERIFY(add().id() > file.id() + 3);
-}
-
-void TestScene::selectsInTreeOrder()
-{
-    const tndNode a = add();
-    const tndNode inA = inside(a);
-    const tndNode inB = inside(add());
-    const QSignalSpy selections(m_scene.get(), &Scene::selectionChanged);
-    m_scene->setSelection({inB, inA, a, tndNode(555), tndNode()});
-    m_scene->setSelection({a, inA, inB});
-    QCOMPARE(selections.count(), 1);
-    QCOMPARE(m_scene->selectedNodes(false), (std::vector<tndNode>{a, inA, inB}));
-    QCOMPARE(m_scene->selectedNodes(true), (std::vector<tndNode>{a, inB}));
-}
 
 QTEST_GUILESS_MAIN(TestScene)
 
