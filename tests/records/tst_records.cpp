@@ -1,0 +1,267 @@
+#include "records/CADFileTypes.h"
+#include "records/tnCADImportFile.h"
+#include "records/tnFileTyp.h"
+#include "tests/support/ScriptedServices.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QDir>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <unistd.h>
+
+using namespace tnCADFileTypes;
+
+class tst_Records : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ScriptedServices> m_services;
+    std::unique_ptr<QTemporaryDir> m_dir;
+
+    QString path(const QString &name) const { return m_dir->filePath(name); }
+    QUrl url(const QString &name) const { return QUrl::fromLocalFile(path(name)); }
+
+    /// A file of that many bytes, all of them holes.
+    QString makeFile(const QString &name, qint64 size)
+    {
+        QFile file(path(name));
+        if (!QDir().mkpath(QFileInfo(file).absolutePath()) || !file.open(QIODevice::WriteOnly)
+            || !file.resize(size))
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        return file.fileName();
+    }
+    void make(const QStringList &names)
+    {
+        for (const QString &name : names)
+            makeFile(name, 0);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_services = std::make_unique<ScriptedServices>();
+        m_dir = std::make_unique<QTemporaryDir>();
+    }
+
+    void cleanup() { m_services.reset(); }
+
+    void tablesFitTogether()
+    {
+        QMap<QString, int> suffixes;
+        QSet<QString> names;
+        for (int value = Cinema4D; value <= Undefined; ++value) {
+            const auto type = static_cast<FileType>(value);
+            QCOMPARE(fileTypeFacts[std::size_t(value)].type, type); // rows are found by position
+            names << displayName(type);
+            // Only these have no files of their own.
+            QCOMPARE(catalogue().count(type) == 0, type == BCAD || type == Undefined);
+            QCOMPARE(optionGroupMasks().at(type) == 0, type == Python || type == Undefined);
+            QVERIFY(optionGroupMasks().at(type) < 1U << 24);
+        }
+        QCOMPARE(names.size(), Undefined + 1);
+        for (const auto &[type, entry] : catalogue()) {
+            for (const QString &extension : entry.extensions) {
+                QCOMPARE(extension, extension.toLower());
+                ++suffixes[extension];
+            }
+            // What is offered for a type beyond the scene's own options needs options of its own.
+            QVERIFY2(!entry.importSettings || optionGroupMasks().at(type) & 1U,
+                     qPrintable(displayName(type)));
+        }
+        QCOMPARE(suffixes.keys(2), QStringList({"asm", "prt"}));
+        QCOMPARE(suffixes.size() - 2, suffixes.keys(1).size());
+    }
+
+    void singleFacts()
+    {
+        const CatalogueEntry &step = catalogue().at(Step);
+        QVERIFY(step.importSettings && step.extensions.count("stp")
+                && step.extensions.count("step"));
+        QVERIFY(!catalogue().at(Obj).importSettings);
+        QCOMPARE(optionGroupMasks().at(Step), 0x710F3FU);
+        QCOMPARE(displayName(CatiaV5), QString("Catia V5"));
+        QVERIFY(displayName(static_cast<FileType>(33)).isNull());
+        QCOMPARE(displayNameOrUndefined(static_cast<FileType>(-1)), QString("undefined"));
+        QCOMPARE(baseCadTypes(), (std::unordered_set<FileType>{Parasolid, SketchUp}));
+    }
+
+    void bornWithTheFactsOfTheFile()
+    {
+        const QString path = makeFile("Wheel.v2.STEP", 1500);
+        const tnCADImportFile file(path);
+        QVERIFY(file.matches(path) && file.path() == path);
+        for (const QString &other : {path.toUpper(), path + "x", path.mid(1)})
+            QVERIFY(!file.matches(other));
+        QCOMPARE(file.fileName() + ' ' + file.suffix(), QString("Wheel.v2.STEP STEP"));
+        QCOMPARE(file.size(), qint64(1500));
+        QCOMPARE(file.fileType(), tnCADFileTypes::Step);
+        QCOMPARE(file.state(), ImportState::Pending);
+
+        // Where the suffix is shared the service is not asked.
+        m_services->files.typeQuestions.clear();
+        for (const char *name : {"a.prt", "a.PRT", "a.AsM"})
+            QCOMPARE(tnCADImportFile(name).fileType(), tnCADFileTypes::Undefined);
+        QCOMPARE(tnCADImportFile("./gone/a.IGS").fileType(), tnCADFileTypes::Iges);
+        QCOMPARE(m_services->files.typeQuestions, QStringList("./gone/a.IGS"));
+    }
+
+    void statesAndProgress()
+    {
+        const struct {
+            int state;
+            unsigned int percent;
+            QString message, text;
+            bool running, importable;
+        } rows[]{
+            {0, 40, "abc", "Pending", false, true},
+            {1, 37, "abc", "37% abc", true, false},
+            {1, 0, "", "Importing", true, false},
+            {1, 37, QString(), "37% ", true, false},
+            {1, 5, "50%1 of %2 %%", "5% 50%1 of %2 %%", true, false},
+            {2, 40, "abc", "Loading", true, false},
+            {3, 40, "abc", "Failed", false, true},
+            {4, 40, "abc", "Succeeded", false, false},
+            {5, 40, "abc", "Incomplete", false, false},
+            {6, 40, "abc", "Aborted", false, true},
+        };
+        for (const auto &[state, percent, message, text, running, importable] : rows) {
+            tnCADImportFile file("a.step");
+            file.setProgress(percent, message);
+            QCOMPARE(file.stateText(), QString("Pending"));
+            file.setState(static_cast<ImportState>(state));
+            QCOMPARE(file.stateText(), text);
+            QVERIFY(file.isRunning() == running && file.isImportable() == importable);
+            // Nothing is left of the progress once the file has been in another state.
+            file.setState(ImportState::Importing);
+            QCOMPARE(file.stateText(), state == 1 ? text : QString("Importing"));
+        }
+        for (const int state : {-1, 0, 6, 7})
+            QCOMPARE(tnCADImportFile::isValidState(state), state == 0 || state == 6);
+    }
+
+    void changesOfStateReadTheDiskAgain()
+    {
+        tnCADImportFile file(makeFile("a.step", 0));
+        QCOMPARE(file.sizeText(), QString("Unknown"));
+        const std::pair<qint64, QString> sizes[]{
+            {1023, "0.0kB"},       {2047, "1.0kB"},    {1048575, "1023.0kB"},
+            {1048576, "1024.0kB"}, {1049600, "1.0MB"}, {qint64(5) << 30, "5120.0MB"}};
+        for (const auto &[size, text] : sizes) {
+            makeFile("a.step", size);
+            file.setState(ImportState::Importing);
+            QCOMPARE(file.sizeText(), text);
+        }
+    }
+
+    void toolTipTakesValuesAsTheyAre()
+    {
+        // Place markers and markup in a name are nothing special.
+        const QString path = makeFile("%1 %2 <b>&amp; %3.step", 1500);
+        tnCADImportFile file(path);
+        file.setFileType(static_cast<tnCADFileTypes::FileType>(33));
+        const QDateTime then(QDate(2001, 2, 3), QTime(4, 5, 6));
+        QFile disk(path);
+        QVERIFY(disk.open(QIODevice::ReadWrite)
+                && disk.setFileTime(then, QFileDevice::FileModificationTime));
+        file.setState(ImportState::Loading);
+        QCOMPARE(file.toolTip(),
+                 "<table><tr><td><b>Path: </b></td><td>" + path
+                     + "</td></tr><tr><td><b>File: </b></td><td>%1 %2 <b>&amp; %3.step</td></tr>"
+                       "<tr><td><b>Type: </b></td><td>undefined</td></tr>"
+                       "<tr><td><b>Size: </b></td><td>1500</td></tr>"
+                       "<tr><td><b>Last Modified: </b></td><td>"
+                     + then.toString(Qt::TextDate) + "</td></tr></table>");
+    }
+
+    void linksAreWeak()
+    {
+        auto parent = std::make_shared<tnCADImportFile>("assembly.step");
+        auto child = std::make_shared<tnCADImportFile>("part.step");
+        child->setParent(parent);
+        parent->addChild(child);
+        QVERIFY(child->hasParent() && parent->child(0).lock() == child);
+        for (const int index : {-1, 1, INT_MAX, INT_MIN})
+            QVERIFY(!parent->child(index).lock());
+        child.reset();
+        QVERIFY(parent->hasChildren() && parent->childCount() == 1 && !parent->child(0).lock());
+
+        child = std::make_shared<tnCADImportFile>("part.step");
+        child->setParent(parent);
+        parent.reset();
+        QVERIFY(!child->hasParent());
+    }
+
+    void plainFilesSendOnlyTheEnd()
+    {
+        make({"a.step", ".hidden.step", "b.txt"});
+        auto &search = tnFileTyp::instance();
+        QCOMPARE(search.supportedFiles({"/no/b.STEP", "a.txt", "/no/a.stl", "x"}),
+                 QStringList({"/no/b.STEP", "/no/a.stl"}));
+        const QSignalSpy start(&search, &tnFileTyp::startSearch);
+        const QSignalSpy enter(&search, &tnFileTyp::enterDirectory);
+        const QSignalSpy end(&search, &tnFileTyp::endSearch);
+        QCOMPARE(
+            search.searchFiles({url("a.step"), url(".hidden.step"), url("b.txt"), url("gone.step"),
+                                QUrl("http://example.org/c.step"), url("a.step")}),
+            QStringList({path("a.step"), path(".hidden.step")}));
+        QVERIFY(start.isEmpty() && enter.isEmpty() && end.size() == 1);
+    }
+
+    void foldersGiveEachFileOnce()
+    {
+        // The two dots at the end of a name look like the parent folder to the walk.
+        make({"top/b.step", "top/a.step", "top/sub/deep/c %1 & ü.stl", "top/.hidden.step",
+              "top/.secret/d.step", "top/sub/odd.step..", "other/e.obj", "linked/f.obj",
+              "linked/below/g.obj"});
+        m_services->files.types[""] = tnCADFileTypes::Step;
+        QVERIFY(QDir().mkpath(path("top/empty")));
+        QCOMPARE(symlink(qPrintable(path("linked")), qPrintable(path("top/link"))), 0);
+
+        auto &search = tnFileTyp::instance();
+        QSignalSpy start(&search, &tnFileTyp::startSearch);
+        QSignalSpy enter(&search, &tnFileTyp::enterDirectory);
+        QStringList found = search.searchFiles({url("top"), url("other"), url("top/a.step")});
+        QCOMPARE(start.size(), 1);
+
+        QCOMPARE(found.last(), path("other/e.obj"));
+        QCOMPARE(found.indexOf(path("top/a.step")) + 1, found.indexOf(path("top/b.step")));
+        found.sort();
+        QStringList expected{
+            path("top/a.step"),         path("top/b.step"),  path("top/sub/deep/c %1 & ü.stl"),
+            path("top/sub/odd.step.."), path("other/e.obj"), path("top/link/f.obj")};
+        expected.sort();
+        QCOMPARE(found, expected);
+
+        QStringList entered;
+        for (const auto &arguments : enter)
+            entered << arguments.first().toString();
+        QVERIFY(entered.contains(path("top/empty/.")));
+        QVERIFY(entered.contains(path("top/b.step")));
+        QVERIFY(entered.filter(QRegularExpression("\\.\\.$")).isEmpty());
+    }
+
+    void canBeStoppedAndKeepsWhatItFound()
+    {
+        QStringList names;
+        for (int i = 0; i < 50; ++i)
+            names << QString("top/%1/x.step").arg(i);
+        make(names + QStringList("other/y.step"));
+        auto &search = tnFileTyp::instance();
+        search.stopSearch(); // before a search it means nothing
+        int entered = 0;
+        QObject context;
+        connect(&search, &tnFileTyp::enterDirectory, &context, [&] {
+            // As a click would: the request arrives while the walk lets events run.
+            if (++entered == 10)
+                QTimer::singleShot(0, &context, [&search] { search.stopSearch(); });
+        });
+        const QStringList found = search.searchFiles({url("top"), url("other")});
+        QVERIFY(!found.isEmpty() && found.size() < 10 && entered <= 11);
+        QVERIFY(!found.contains(path("other/y.step")));
+        QCOMPARE(search.searchFiles({url("other")}).size(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Records)
+#include "tst_records.moc"
