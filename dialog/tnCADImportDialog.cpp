@@ -18,8 +18,6 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTimer>
 #include <QtGui/QDropEvent>
-#include <QtGui/QGuiApplication>
-#include <QtGui/QScreen>
 
 #include <utility>
 

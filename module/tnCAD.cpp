@@ -9,7 +9,9 @@
 #include "platform/tnMessage.h"
 #include "platform/tnScenegraphService.h"
 
+#include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QStyle>
 
 #include <algorithm>
 #include <cstdio>
@@ -26,6 +28,15 @@ bool canHaveWindows()
     std::fputs("tnCAD: the import needs a dialog, and there is no QApplication to show it!\n",
                stderr);
     return false;
+}
+
+/// The dialog has a size by its own liking, which is too much for small screens in large scales.
+void fitToScreen(QWidget &window)
+{
+    if (const QScreen *const screen = window.screen()) {
+        const QSize title(0, window.style()->pixelMetric(QStyle::PM_TitleBarHeight));
+        window.resize(window.size().boundedTo(screen->availableSize() - title));
+    }
 }
 
 /// Ends a dialog that has no parent to end it.
@@ -86,6 +97,7 @@ tnCADImportDialog *tnCAD::ensureDialog()
         // widget survives that. Each application calls its routines once.
         qAddPostRoutine(&tnCAD::deleteDialog);
         m_dialog = new tnCADImportDialog(tnController::getMainWindow());
+        fitToScreen(*m_dialog);
         // Objects in static storage go in the reverse order of their making. The module is older
         // than what the dialog's making has brought up in the libraries, the settings for one,
         // without which the dialog can't end; this one is younger.
