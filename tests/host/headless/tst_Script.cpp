@@ -1,0 +1,113 @@
+#include "HostProcess.h"
+
+#include <QtTest/QtTest>
+
+namespace {
+
+const QByteArray reloaded =
+    R"({"message":"reloadCAD","answer":{"result":0,"materialAssignmentMode":0,"importAnimations":true}})";
+const QByteArray unanswered = R"({"message":"importCAD","answer":{}})";
+
+} // namespace
+
+class TestScript : public QObject {
+    Q_OBJECT
+
+private slots:
+    void runs_data();
+    void runs();
+    void leavesTheWindowOpen();
+};
+
+void TestScript::runs_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArrayList>("answers"); // all lines of the output
+    QTest::addColumn<QByteArrayList>("notes"); // in this order among the errors
+    const auto row = [](const char *name, const QByteArray &script, int status,
+                        const QByteArrayList &answers, const QByteArrayList &notes) {
+        QTest::newRow(name) << script << status << answers << notes;
+    };
+    row("each message when the jobs before it have ended", R"(# a comment
+
+{"message":"importCAD","attributes":{"files":["bracket.step"],"loadState":-1}}
+{"message":"reloadCAD","attributes":{"files":["gear.stl"],"wait":true}})",
+        0, {unanswered, reloaded},
+        {"bracket.step: loaded", "gear.stl: conversion started", "gear.stl: loaded",
+         "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded\n"});
+    row("a dialog that a failed file keeps open",
+        R"({"message":"reloadCAD","attributes":{"files":["broken.step","gear.stl"],"wait":true}})",
+        1, {reloaded},
+        {"gear.stl: loaded", "Line 1: the command waits for a dialog that stays open",
+         "\n1 of 2 files succeeded, 1 failed\n"});
+    row("dialogs that wait for a user",
+        R"({"message":"importCAD","attributes":{"urls":["gear.stl"],"wait":true}}
+{"message":"importCAD"}
+{"message":"importCAD","attributes":{"urls":["gear.stl"]}})",
+        0, {R"({"message":"importCAD","answer":{"result":0}})", unanswered, unanswered},
+        {"Line 1: the command waits for a dialog in which nobody presses Import",
+         "Line 2: a dialog asks", "Line 3: the import dialog is open"});
+    row("what is no message, and no command", R"(nonsense
+[]
+{"message":"importCAD","attribute":{}}
+{"message":"importCAD","attributes":{"wait":null}}
+{"message":"importCAD","attributes":{"parentNodeId":{"unsigned int":-1}}}
+{"message":"noSuch \"one\""}
+{"message":"importCAD","attributes":{"files":["gear.stl"],"loadState":-1}})",
+        1,
+        {R"({"line":1,"error":"illegal value"})", R"({"line":2,"error":"not an object"})",
+         R"({"line":3,"error":"there is more than \"message\" and \"attributes\""})",
+         R"({"line":4,"error":"\"wait\" is neither a truth value, a number, a text nor a list of texts"})",
+         R"({"line":5,"error":"the value of \"parentNodeId\" is no unsigned int"})",
+         R"({"message":"noSuch \"one\"","error":"no plug-in offers this command"})", unanswered},
+        {"\n1 of 1 files succeeded\n"});
+    row("every attribute in the type of its command",
+        R"({"message":"importCAD","attributes":{"files":["gear.stl"],"loadState":-1,"wait":true,"parentNodeId":1}}
+{"message":"importCAD","attributes":{"urls":["gear.stl"],"loadState":0,"wait":false}}
+{"message":"reloadCAD","attributes":{"files":["gear.stl"],"wait":true,"parent":1,"showDialog":true,"startImport":true}})",
+        0, {unanswered, unanswered, reloaded}, {"\n2 of 2 files succeeded\n"});
+    row("values of other types",
+        R"({"message":"importCAD","attributes":{"files":"gear.stl","wait":1,"parentNodeId":-1,"loadState":0.5}}
+{"message":"reloadCAD","attributes":{"files":{"std::vector<QString>":["gear.stl"]},"parent":{"unsigned int":1}}})",
+        0, {unanswered, R"({"message":"reloadCAD","answer":{}})"},
+        {"'parentNodeId' has wrong type (is:'i' != req:'j')",
+         "'loadState' has wrong type (is:'d' != req:'i')",
+         "'wait' has wrong type (is:'i' != req:'b')", "'files' has wrong type (is:'7QString' !=",
+         "'parent' has wrong type (is:'j' != req:'i')", "'files' has wrong type (is:'St6vector"});
+}
+
+void TestScript::runs()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(int, status);
+    QFETCH(QByteArrayList, answers);
+    QFETCH(QByteArrayList, notes);
+    HostProcess host;
+    for (const char *sample : {"gear.stl", "bracket.step"})
+        QVERIFY(host.copySample(sample, sample));
+    QVERIFY(host.write("broken.step", "nonsense") && host.write("script", script));
+    QVERIFY2(host.run({"--headless", "--script", "script"}) == status, host.report());
+    QCOMPARE(host.output, answers.join('\n') + '\n');
+    int from = 0;
+    for (const QByteArray &note : notes) {
+        from = host.errors.indexOf(note, from);
+        QVERIFY2(from >= 0, host.report() + "??? " + note);
+    }
+    QCOMPARE(host.errors.count("has wrong type"), notes.join().count("has wrong type"));
+}
+
+void TestScript::leavesTheWindowOpen()
+{
+    HostProcess host;
+    QVERIFY(host.write("script", R"({"message":"noSuch"})"));
+    host.startHost({"--script", "script"});
+    QVERIFY(host.waitForReadyRead(60000));
+    QVERIFY2(!host.waitForFinished(500), host.report());
+    host.terminate();
+    QVERIFY2(host.finish() == 128 + 15, host.report());
+}
+
+QTEST_GUILESS_MAIN(TestScript)
+
+#include "tst_Script.moc"
