@@ -77,6 +77,7 @@ void TestHeadless::imports()
     QVERIFY(host.write("broken.step", "nonsense") && host.write("turbine.jt", "something"));
     QVERIFY(QDir(host.path("")).mkpath("empty") && QDir(host.path("")).mkpath("folder/below"));
     QVERIFY(host.write("notes.txt", "milk") && host.write("folder/notes.txt", "not to import"));
+    QVERIFY(host.write("import-logbook.txt", "of an older batch"));
     QVERIFY(host.copySample("gear.stl", "folder/z.stl"));
     QVERIFY(host.copySample("gear.stl", "folder/below/a.stl"));
     for (const QString sample : {"bracket.step", "gear.stl", "assembly/robot.step",
