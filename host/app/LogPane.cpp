@@ -1,6 +1,9 @@
 #include "host/app/LogPane.h"
 
+#include <QtCore/QTime>
+#include <QtGui/QContextMenuEvent>
 #include <QtGui/QFontDatabase>
+#include <QtWidgets/QMenu>
 
 namespace {
 
@@ -8,11 +11,14 @@ constexpr int mostLines = 10000;
 
 struct LevelLook {
     const char *prefix;
-    const char *color;
+    /// Each easy to read on its ground; empty: as any text.
+    const char *colorOnLight;
+    const char *colorOnDark;
 };
 
-/// By the values of tnLog::Level. The colours stand out from dark and from light grounds.
-constexpr LevelLook looks[] = {{"", ""}, {"Warning: ", "#c07800"}, {"Error: ", "#d03030"}};
+/// By the values of tnLog::Level.
+constexpr LevelLook looks[] = {
+    {"", "", ""}, {"Warning: ", "#8f5a00", "#f0b040"}, {"Error: ", "#c01818", "#ff8080"}};
 
 } // namespace
 
@@ -21,6 +27,8 @@ LogPane::LogPane(QWidget *parent)
     , m_bridge(std::make_shared<LogBridge>())
 {
     setReadOnly(true);
+    setAcceptDrops(false); // files that are dropped here are the window's
+    setTabChangesFocus(true);
     setMaximumBlockCount(mostLines);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     connect(m_bridge.get(), &LogBridge::logged, this, &LogPane::onLogged);
@@ -35,13 +43,23 @@ LogPane::~LogPane()
     tnLog::setSink({});
 }
 
+void LogPane::contextMenuEvent(QContextMenuEvent *event)
+{
+    const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+    menu->addSeparator();
+    QAction *clearAll = menu->addAction(tr("C&lear"), this, &QPlainTextEdit::clear);
+    clearAll->setEnabled(!document()->isEmpty());
+    menu->exec(event->globalPos());
+}
+
 void LogPane::onLogged(int level, const QString &text)
 {
     const LevelLook &look = looks[level];
-    const QString line = QString::fromUtf8(look.prefix) + text;
-    if (*look.color == '\0')
-        appendPlainText(line);
-    else
-        appendHtml(QStringLiteral("<span style=\"color:%1\">%2</span>")
-                       .arg(QString::fromUtf8(look.color), line.toHtmlEscaped()));
+    const bool isDark = palette().color(QPalette::Base).lightness() < 128;
+    const QString line = QTime::currentTime().toString(QStringLiteral("HH:mm:ss  "))
+        + QString::fromUtf8(look.prefix) + text;
+    // Texts may have lines and columns of their own.
+    appendHtml(QStringLiteral("<span style=\"white-space:pre-wrap;color:%1\">%2</span>")
+                   .arg(QString::fromUtf8(isDark ? look.colorOnDark : look.colorOnLight),
+                        line.toHtmlEscaped()));
 }

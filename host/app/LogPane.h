@@ -24,6 +24,9 @@ public:
     explicit LogPane(QWidget *parent = nullptr);
     ~LogPane() override;
 
+protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
+
 private:
     void onLogged(int level, const QString &text);
 

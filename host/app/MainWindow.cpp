@@ -1,9 +1,12 @@
 #include "host/app/MainWindow.h"
 
 #include "host/app/AssetManager.h"
+#include "host/app/ImportStatus.h"
 #include "host/app/LogPane.h"
 #include "host/app/SceneView.h"
+#include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
+#include "host/services/FileService.h"
 #include "host/services/HostIcons.h"
 #include "host/services/HostServices.h"
 #include "platform/tnController.h"
@@ -11,67 +14,121 @@
 #include "platform/tnMessage.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QUrl>
+#include <QtCore/QLocale>
+#include <QtCore/QMimeData>
+#include <QtCore/QSettings>
+#include <QtCore/QTimer>
+#include <QtGui/QDragEnterEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QAction>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
+#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenuBar>
+#include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
+
+namespace {
+
+constexpr QSize usualSize(1000, 700);
+constexpr int usualLogHeight = 170;
+
+const QString geometryKey = QStringLiteral("mainWindow/geometry");
+const QString stateKey = QStringLiteral("mainWindow/state");
+const QString headerKey = QStringLiteral("mainWindow/sceneHeader");
+const QString folderKey = QStringLiteral("mainWindow/lastFolder");
+
+void send(const char *command, tnMessage &message)
+{
+    if (!tnController::callCB(command, message))
+        tnLog::error("No plug-in offers the command %s.", command);
+}
+
+QList<QUrl> localUrls(const QMimeData &data)
+{
+    QList<QUrl> result;
+    for (const QUrl &url : data.urls()) {
+        if (url.isLocalFile())
+            result << url;
+    }
+    return result;
+}
+
+/// Files are only ever copied: a source that is told of a move would delete its own.
+bool isWelcome(const QDropEvent &event)
+{
+    // A modal dialog does not keep drops from the windows behind it.
+    return (event.possibleActions() & Qt::CopyAction) && !QApplication::activeModalWidget()
+        && !localUrls(*event.mimeData()).isEmpty();
+}
+
+} // namespace
 
 MainWindow::MainWindow(HostServices &services)
     : m_services(services)
 {
     setWindowTitle(QStringLiteral("tnhost"));
     setWindowIcon(HostIcons::icon(QStringLiteral("Application")));
-    resize(1000, 700);
+    setAcceptDrops(true);
 
     // First of all, so that everything that follows is logged where the user can see it.
-    addDock(QStringLiteral("log"), tr("Log"), new LogPane, Qt::BottomDockWidgetArea);
-    setCentralWidget(new SceneView(services.scene()));
+    m_logDock = addDock(QStringLiteral("log"), tr("Log"), new LogPane, Qt::BottomDockWidgetArea);
+    m_view = new SceneView(services.scene());
+    setCentralWidget(m_view);
     m_assetDock = addDock(QStringLiteral("assets"), tr("Asset Manager"),
                           new AssetManager(services.scene()), Qt::RightDockWidgetArea);
-    m_assetDock->setVisible(services.controllerService().isAssetManagerWanted());
+    m_assetDock->hide();
+    createMenus();
+    createStatusBar();
+    restoreSettings();
+    if (services.controllerService().isAssetManagerWanted())
+        onAssetManagerRequested(true);
     connect(&services.controllerService(), &ControllerService::assetManagerRequested, this,
             &MainWindow::onAssetManagerRequested);
-
-    auto *import = new QAction(HostIcons::icon(QStringLiteral("FileOpen")), tr("&Import…"), this);
-    import->setShortcut(QKeySequence::Open);
-    connect(import, &QAction::triggered, this, &MainWindow::onImport);
-    auto *quit = new QAction(tr("&Quit"), this);
-    quit->setShortcut(QKeySequence::Quit);
-    connect(quit, &QAction::triggered, this, &QWidget::close);
-    QAction *assets = m_assetDock->toggleViewAction();
-    assets->setIcon(HostIcons::icon(QStringLiteral("ModuleAssets")));
-
-    QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addAction(import);
-    file->addSeparator();
-    file->addAction(quit);
-    menuBar()->addMenu(tr("&View"))->addAction(assets);
-    QToolBar *bar = addToolBar(tr("Tools"));
-    bar->setObjectName(QStringLiteral("tools"));
-    bar->addAction(import);
-    bar->addAction(assets);
+    m_view->setFocus();
 
     tnController::setMainWindow(this);
 }
 
 MainWindow::~MainWindow()
 {
+    // The application may end without closing its windows.
+    if (isVisible())
+        saveSettings();
     // Children go after this: whoever looks for a parent meanwhile must not find a half-dead one.
     tnController::setMainWindow(nullptr);
 }
 
 void MainWindow::importFiles(const QStringList &paths)
 {
-    if (paths.isEmpty())
-        return;
     QList<QUrl> urls;
     for (const QString &path : paths)
         urls << QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
-    tnMessage message;
-    message.set("urls", urls, true);
-    if (!tnController::callCB("importCAD", message))
-        tnLog::error("No plug-in offers the command importCAD.");
+    importUrls(urls);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    saveSettings();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!isWelcome(*event))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    if (!isWelcome(*event))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    // Where the files come from waits until this returns, and the search for them may take long.
+    QTimer::singleShot(0, this, [this, urls = localUrls(*event->mimeData())] { importUrls(urls); });
 }
 
 QDockWidget *MainWindow::addDock(const QString &name, const QString &title, QWidget *content,
@@ -84,12 +141,131 @@ QDockWidget *MainWindow::addDock(const QString &name, const QString &title, QWid
     return dock;
 }
 
+QAction *MainWindow::addTool(const QString &name, const QString &icon, const QString &text,
+                             const QKeySequence &shortcut, void (MainWindow::*slot)())
+{
+    auto *action = new QAction(HostIcons::icon(icon), text, this);
+    action->setObjectName(name);
+    action->setShortcut(shortcut);
+    connect(action, &QAction::triggered, this, slot);
+    return action;
+}
+
+void MainWindow::createMenus()
+{
+    QAction *import = addTool(QStringLiteral("import"), QStringLiteral("FileOpen"),
+                              tr("&Import CAD…"), QKeySequence::Open, &MainWindow::onImport);
+    QAction *folder =
+        addTool(QStringLiteral("importFolder"), QStringLiteral("FolderOpen"), tr("Import &Folder…"),
+                Qt::CTRL + Qt::SHIFT + Qt::Key_O, &MainWindow::onImportFolder);
+    m_reload = addTool(QStringLiteral("reload"), QStringLiteral("FileReload"),
+                       tr("&Reload Selected"), QKeySequence::Refresh, &MainWindow::onReload);
+    for (const auto signal : {&Scene::selectionChanged, &Scene::changed})
+        connect(&m_services.scene(), signal, this, &MainWindow::updateReload);
+    updateReload();
+    auto *quit = new QAction(tr("&Quit"), this);
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+    QAction *assets = m_assetDock->toggleViewAction();
+    assets->setIcon(HostIcons::icon(QStringLiteral("ModuleAssets")));
+
+    QToolBar *bar = addToolBar(tr("Tools"));
+    bar->setObjectName(QStringLiteral("tools"));
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar->addActions({import, folder, m_reload, assets});
+
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->addActions({import, folder, m_reload});
+    file->addSeparator();
+    file->addAction(quit);
+    m_view->insertAction(m_view->actions().constFirst(), m_reload);
+    menuBar()->addMenu(tr("&Edit"))->addActions(m_view->actions());
+    menuBar()
+        ->addMenu(tr("&View"))
+        ->addActions({m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
+}
+
+void MainWindow::createStatusBar()
+{
+    statusBar()->addWidget(new ImportStatus(m_services.fileService()), 1);
+    auto *totals = new QLabel;
+    statusBar()->addPermanentWidget(totals);
+    // Counting walks the scene, and during an import it changes often.
+    auto *delay = new QTimer(this);
+    delay->setSingleShot(true);
+    connect(&m_services.scene(), &Scene::changed, delay, [delay] {
+        if (!delay->isActive())
+            delay->start(100);
+    });
+    connect(delay, &QTimer::timeout, totals, [totals, &scene = m_services.scene()] {
+        const auto text = [](std::size_t count) { return QLocale().toString(qulonglong(count)); };
+        totals->setText(tr("Nodes: %1   Triangles: %2")
+                            .arg(text(scene.nodeCount()), text(scene.triangleCount(scene.root()))));
+    });
+    delay->start(0);
+}
+
+void MainWindow::restoreSettings()
+{
+    const QSettings settings;
+    // What is missing or damaged changes nothing.
+    resize(usualSize.boundedTo(QApplication::primaryScreen()->availableSize() * 9 / 10));
+    resizeDocks({m_logDock}, {usualLogHeight}, Qt::Vertical);
+    restoreGeometry(settings.value(geometryKey).toByteArray());
+    restoreState(settings.value(stateKey).toByteArray());
+    m_view->setColumnWidths(settings.value(headerKey).toList());
+}
+
+void MainWindow::saveSettings() const
+{
+    QSettings settings;
+    settings.setValue(geometryKey, saveGeometry());
+    settings.setValue(stateKey, saveState());
+    settings.setValue(headerKey, m_view->columnWidths());
+}
+
+void MainWindow::importUrls(const QList<QUrl> &urls)
+{
+    if (urls.isEmpty())
+        return;
+    statusBar()->showMessage(tr("Searching for files …"));
+    tnMessage message;
+    message.set("urls", urls, true);
+    send("importCAD", message);
+    statusBar()->clearMessage();
+}
+
 void MainWindow::onImport()
 {
     // Without files the plug-in asks for them.
     tnMessage message;
-    if (!tnController::callCB("importCAD", message))
-        tnLog::error("No plug-in offers the command importCAD.");
+    send("importCAD", message);
+}
+
+void MainWindow::onImportFolder()
+{
+    const QString folder = QFileDialog::getExistingDirectory(
+        this, tr("Import Folder"), QSettings().value(folderKey).toString());
+    if (folder.isEmpty())
+        return;
+    QSettings().setValue(folderKey, folder);
+    importUrls({QUrl::fromLocalFile(folder)});
+}
+
+void MainWindow::onReload()
+{
+    QStringList files;
+    for (const tndNode &node : m_view->selectedFileNodes())
+        files << m_services.scene().sourceFile(node);
+    files.removeDuplicates();
+    tnMessage message;
+    message.set("files", files, true);
+    send("reloadCAD", message);
+}
+
+void MainWindow::updateReload()
+{
+    m_reload->setEnabled(!m_view->selectedFileNodes().empty());
 }
 
 void MainWindow::onAssetManagerRequested(bool show)

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QtCore/QList>
+#include <QtCore/QUrl>
 #include <QtWidgets/QMainWindow>
 
 class HostServices;
-class QDockWidget;
+class SceneView;
+class tnMessage;
 
 /// The host's window: scene tree, log, asset manager. The services must outlive it.
 class MainWindow : public QMainWindow {
@@ -16,12 +19,31 @@ public:
     /// Hands files and folders to the plug-in; nothing happens with an empty list.
     void importFiles(const QStringList &paths);
 
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
 private:
     QDockWidget *addDock(const QString &name, const QString &title, QWidget *content,
                          Qt::DockWidgetArea area);
+    QAction *addTool(const QString &name, const QString &icon, const QString &text,
+                     const QKeySequence &shortcut, void (MainWindow::*slot)());
+    void createMenus();
+    void createStatusBar();
+    void restoreSettings();
+    void saveSettings() const;
+
+    void importUrls(const QList<QUrl> &urls);
     void onImport();
+    void onImportFolder();
+    void onReload();
+    void updateReload();
     void onAssetManagerRequested(bool show);
 
     HostServices &m_services;
+    SceneView *m_view = nullptr;
+    QDockWidget *m_logDock = nullptr;
     QDockWidget *m_assetDock = nullptr;
+    QAction *m_reload = nullptr;
 };

@@ -91,6 +91,8 @@ QVariant SceneModel::data(const QModelIndex &index, int role) const
 
 QVariant SceneModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole && section == Triangles)
+        return int(Qt::AlignRight | Qt::AlignVCenter); // as the numbers below
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     switch (section) {

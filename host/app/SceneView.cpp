@@ -2,8 +2,22 @@
 
 #include "host/app/SceneModel.h"
 #include "host/scene/Scene.h"
+#include "host/services/HostIcons.h"
 
+#include <QtGui/QPainter>
+#include <QtWidgets/QAction>
 #include <QtWidgets/QHeaderView>
+
+#include <unordered_set>
+
+namespace {
+
+constexpr int leastWidth = 50;
+constexpr int mostWidth = 2000;
+/// In characters, from the second column on.
+constexpr int usualWidths[] = {30, 14};
+
+} // namespace
 
 SceneView::SceneView(Scene &scene, QWidget *parent)
     : QTreeView(parent)
@@ -14,12 +28,62 @@ SceneView::SceneView(Scene &scene, QWidget *parent)
     setSelectionMode(ExtendedSelection);
     setAlternatingRowColors(true);
     setUniformRowHeights(true);
+    setTextElideMode(Qt::ElideMiddle); // names of parts and files differ at their ends
     header()->setStretchLastSection(false);
+    header()->setSectionsMovable(false);
+    header()->setMinimumSectionSize(leastWidth);
     header()->setSectionResizeMode(SceneModel::Name, QHeaderView::Stretch);
-    header()->setSectionResizeMode(SceneModel::SourceFile, QHeaderView::ResizeToContents);
-    header()->setSectionResizeMode(SceneModel::Triangles, QHeaderView::ResizeToContents);
+    int column = SceneModel::SourceFile;
+    for (const int width : usualWidths)
+        header()->resizeSection(column++, width * fontMetrics().averageCharWidth());
+    createActions();
     connect(&scene, &Scene::selectionChanged, this, &SceneView::showSelection);
     connect(&scene, &Scene::changed, this, &SceneView::showSelection);
+}
+
+std::vector<tndNode> SceneView::selectedFileNodes() const
+{
+    std::vector<tndNode> result;
+    // Those below one file need not follow one another: other files may have been added there.
+    std::unordered_set<unsigned int> seen;
+    for (const tndNode &node : m_scene.selectedNodes(false)) {
+        const tndNode file = m_scene.sourceNode(node);
+        if (!file.isNull() && seen.insert(file.id()).second)
+            result.push_back(file);
+    }
+    return result;
+}
+
+QVariantList SceneView::columnWidths() const
+{
+    QVariantList widths;
+    for (int column = SceneModel::SourceFile; column < SceneModel::ColumnCount; ++column)
+        widths << columnWidth(column);
+    return widths;
+}
+
+void SceneView::setColumnWidths(const QVariantList &widths)
+{
+    if (widths.size() != SceneModel::ColumnCount - SceneModel::SourceFile)
+        return;
+    int column = SceneModel::SourceFile;
+    for (const QVariant &width : widths) {
+        if (width.toInt() >= leastWidth && width.toInt() <= mostWidth)
+            setColumnWidth(column, width.toInt());
+        ++column;
+    }
+}
+
+void SceneView::paintEvent(QPaintEvent *event)
+{
+    QTreeView::paintEvent(event);
+    if (m_scene.nodeCount() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::PlaceholderText));
+    painter.drawText(viewport()->rect().adjusted(leastWidth, 0, -leastWidth, 0),
+                     Qt::AlignCenter | Qt::TextWordWrap,
+                     tr("The scene is empty. Drop CAD files or folders here to import them."));
 }
 
 void SceneView::rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end)
@@ -39,6 +103,44 @@ void SceneView::selectionChanged(const QItemSelection &selected, const QItemSele
     for (const QModelIndex &index : selectionModel()->selectedRows())
         nodes.push_back(m_model->nodeAt(index));
     m_scene.setSelection(nodes);
+}
+
+void SceneView::createActions()
+{
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+    const auto add = [this](const QString &text, const QKeySequence &shortcut, auto slot) {
+        auto *action = new QAction(text, this);
+        // Not the whole window's: in the log these keys are about the text.
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetShortcut);
+        connect(action, &QAction::triggered, this, slot);
+        addAction(action);
+        return action;
+    };
+    QAction *remove = add(tr("Re&move"), QKeySequence::Delete, &SceneView::removeSelected);
+    remove->setIcon(HostIcons::icon(QStringLiteral("Remove")));
+    auto *separator = new QAction(this);
+    separator->setSeparator(true);
+    addAction(separator);
+    QAction *const all[] = {add(tr("Select &All"), QKeySequence::SelectAll, &QTreeView::selectAll),
+                            add(tr("&Expand All"), {}, &QTreeView::expandAll),
+                            add(tr("&Collapse All"), {}, &QTreeView::collapseAll)};
+    const auto update = [this, remove, all] {
+        remove->setEnabled(!m_scene.selectedNodes(true).empty());
+        for (QAction *action : all)
+            action->setEnabled(m_scene.nodeCount() > 0);
+    };
+    connect(&m_scene, &Scene::selectionChanged, this, update);
+    connect(&m_scene, &Scene::changed, this, update);
+    update();
+}
+
+void SceneView::removeSelected()
+{
+    const std::vector<tndNode> nodes = m_scene.selectedNodes(true);
+    m_scene.setSelection({}); // at once, and not bit by bit
+    for (const tndNode &node : nodes)
+        m_scene.removeNode(node);
 }
 
 void SceneView::showSelection()

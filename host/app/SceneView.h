@@ -1,11 +1,17 @@
 #pragma once
 
+#include "platform/tndNode.h"
+
+#include <QtCore/QVariantList>
 #include <QtWidgets/QTreeView>
+
+#include <vector>
 
 class Scene;
 class SceneModel;
 
-/// Shows the scene's tree; its selection and the scene's are one.
+/// Shows the scene's tree; its selection and the scene's are one. Its actions make the context
+/// menu.
 class SceneView : public QTreeView {
     Q_OBJECT
 
@@ -13,12 +19,24 @@ public:
     /// The scene must outlive the view.
     explicit SceneView(Scene &scene, QWidget *parent = nullptr);
 
+    /// The nodes that stand for the files of the selected nodes, each once, in the order of the
+    /// tree.
+    std::vector<tndNode> selectedFileNodes() const;
+
+    /// Of all columns but the first, which takes what remains.
+    QVariantList columnWidths() const;
+    /// A list that does not fit changes nothing, and neither does a width that makes no sense.
+    void setColumnWidths(const QVariantList &widths);
+
 protected:
+    void paintEvent(QPaintEvent *event) override;
     void rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end) override;
     void selectionChanged(const QItemSelection &selected,
                           const QItemSelection &deselected) override;
 
 private:
+    void createActions();
+    void removeSelected();
     void showSelection();
 
     Scene &m_scene;
