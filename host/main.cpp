@@ -91,8 +91,11 @@ int runWindow(HostServices &services, const QStringList &pluginErrors, const QSt
 {
     MainWindow window(services);
     SignalWatcher signalWatcher;
-    QObject::connect(&signalWatcher, &SignalWatcher::received, qApp,
-                     [](int signal) { QCoreApplication::exit(128 + signal); });
+    QObject::connect(&signalWatcher, &SignalWatcher::received, qApp, [script](int signal) {
+        if (script)
+            script->abort(signal);
+        QCoreApplication::exit(128 + signal);
+    });
     for (const QString &error : pluginErrors)
         tnLog::error("%s", qUtf8Printable(error));
     window.show();

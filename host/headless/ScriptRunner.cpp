@@ -89,7 +89,7 @@ void ScriptRunner::send(ScriptMessage &message)
         m_watch.start();
     const bool isKnown = tnController::callCB(message.command().toStdString(), message.message());
     m_watch.stop();
-    if (m_isFinished)
+    if (m_isFinished || m_signal != 0)
         return; // which is what has ended the command
 
     if (isKnown) {
