@@ -18,38 +18,32 @@ class tst_ConverterScene : public QObject {
 private slots:
     void polygons()
     {
-        using Corners = std::vector<Vec3>;
-        Corners comb{{0, 0, 0}};
+        std::vector<double> comb{0, 0, 0};
         for (int i = 0; i < 300; ++i)
-            comb.push_back({double(i), i % 2 ? 1. : 9., 0});
-        comb.push_back({299, 0, 0});
+            comb.insert(comb.end(), {double(i), i % 2 ? 1. : 9., 0});
+        comb.insert(comb.end(), {299, 0, 0});
         const struct {
-            Corners corners;
+            std::vector<double> coordinates;
             int triangles;
             double area;
         } rows[] = {
-            {{{0, 0, 0}, {1, 0, 0}}, 0, 0},
-            {{{0, 0, 0}, {0, 1, 0}, {0, 1, 1}, {0, 0, 1}}, 2, 1},
+            {{0, 0, 0, 1, 0, 0}, 0, 0},
+            {{0, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1}, 2, 1},
             // A notch at the first corner, and a corner on an edge.
-            {{{1, 1, 0}, {2, 2, 0}, {0, 2, 0}, {0, 0, 0}, {2, 0, 0}}, 3, 3},
-            {{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 1, 0}, {0, 1, 0}}, 3, 2},
+            {{1, 1, 0, 2, 2, 0, 0, 2, 0, 0, 0, 0, 2, 0, 0}, 3, 3},
+            {{0, 0, 0, 1, 0, 0, 2, 0, 0, 2, 1, 0, 0, 1, 0}, 3, 2},
             // A square with a square hole, joined by a slit.
-            {{{0, 0, 0},
-              {3, 0, 0},
-              {3, 3, 0},
-              {0, 3, 0},
-              {0, 0, 0},
-              {1, 1, 0},
-              {1, 2, 0},
-              {2, 2, 0},
-              {2, 1, 0},
-              {1, 1, 0}},
+            {{0, 0, 0, 3, 0, 0, 3, 3, 0, 0, 3, 0, 0, 0, 0,
+              1, 1, 0, 1, 2, 0, 2, 2, 0, 2, 1, 0, 1, 1, 0},
              8,
              8},
-            {Corners(5, Vec3{1, 1, 1}), 0, 0},
+            {std::vector<double>(15, 1), 0, 0},
             {comb, 300, 299 * 5}, // each pair of teeth covers 10 mm²
         };
-        for (const auto &[corners, triangles, area] : rows) {
+        for (const auto &[coordinates, triangles, area] : rows) {
+            std::vector<Vec3> corners;
+            for (std::size_t i = 0; i < coordinates.size(); i += 3)
+                corners.push_back({coordinates[i], coordinates[i + 1], coordinates[i + 2]});
             Vec3 sum;
             for (const auto &[a, b, c] : triangulated(corners))
                 sum = sum + (corners[b] - corners[a]).cross(corners[c] - corners[a]) * 0.5;
@@ -114,17 +108,15 @@ private slots:
 
     void numbers()
     {
-        const std::pair<const char *, double> rows[] = {
-            {"1.5", 1.5},
-            {"+.5e+1", 5},
-            {"1e-999", 0},
-            // None of these is a number.
-            {"1e999", -1},
-            {"1,5", -1},
-            {"inf", -1},
-            {"1.5x", -1},
-            {"", -1},
-        };
+        const std::pair<const char *, double> rows[] = {{"1.5", 1.5},
+                                                        {"+.5e+1", 5},
+                                                        {"1e-999", 0},
+                                                        // None of these is a number.
+                                                        {"1e999", -1},
+                                                        {"1,5", -1},
+                                                        {"inf", -1},
+                                                        {"1.5x", -1},
+                                                        {"", -1}};
         for (const auto &[text, value] : rows)
             QCOMPARE(parseNumber(text).value_or(-1), value);
     }

@@ -30,24 +30,25 @@ private slots:
             {{"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
         };
         for (const auto &[arguments, exitCode, output, errors] : rows) {
-            const RunResult run = runConverter(arguments);
-            QVERIFY2(run.exitCode == exitCode, run.errors);
-            QVERIFY2(run.output.startsWith(output), run.output);
-            QCOMPARE(run.output.isEmpty(), *output == '\0');
-            QVERIFY2(run.errors.contains(errors), run.errors);
+            ConverterProcess run(arguments);
+            QCOMPARE(run.end(), exitCode);
+            const QByteArray told = run.readAllStandardOutput();
+            QVERIFY2(told.startsWith(output) && told.isEmpty() == !*output, told);
+            QVERIFY(run.readAllStandardError().contains(errors));
         }
     }
 
     void settingsFile()
     {
         ConverterFixture fixture;
-        const RunResult run = runConverter(
+        ConverterProcess run(
             {TN_SAMPLES_DIR "/housing.iges", fixture.path("out.glb"), "--settings",
              fixture.write("s.json", R"({"MergeGeometries": false, "UseStitching": 1})")});
-        QCOMPARE(run.exitCode, 0);
-        QVERIFY2(run.errors.contains("Warning: The setting UseStitching"), run.errors);
-        QVERIFY2(run.errors.contains("Writing: 100 %"), run.errors);
-        QVERIFY(run.output.isEmpty());
+        QCOMPARE(run.end(), 0);
+        const QByteArray errors = run.readAllStandardError();
+        QVERIFY2(errors.contains("Warning: The setting UseStitching"), errors);
+        QVERIFY2(errors.contains("Writing: 100 %"), errors);
+        QVERIFY(run.readAllStandardOutput().isEmpty());
         QCOMPARE(fixture.result().meshCount, 12);
     }
 
@@ -56,9 +57,9 @@ private slots:
         ConverterFixture fixture;
         const QString input = fixture.write(
             "a.wrl", "#VRML V2.0 utf8\nInline { url \"no.wrl\" } Shape { geometry Box { } }\n");
-        const RunResult run = runConverter({input, fixture.path("out.glb")});
-        QCOMPARE(run.exitCode, 3);
-        QVERIFY2(run.errors.contains(fixture.path("no.wrl").toUtf8()), run.errors);
+        ConverterProcess run({input, fixture.path("out.glb")});
+        QCOMPARE(run.end(), 3);
+        QVERIFY(run.readAllStandardError().contains(fixture.path("no.wrl").toUtf8()));
         QCOMPARE(fixture.result().triangles, 12);
     }
 
@@ -67,8 +68,8 @@ private slots:
         const ConverterFixture fixture;
         for (const char *name : {"my \"first\" gear's.stl", "a&b %1 $HOME;#.stl",
                                  "Zahnrad-\u00E4\u00F6\u00DF-\u6B6F\u8ECA.StL"}) {
-            const QString input = fixture.write(name, readFile("gear.stl"));
-            QCOMPARE(runConverter({input, input + ".glb"}).exitCode, 0);
+            const QString input = fixture.write(name, ConverterFixture::read("gear.stl"));
+            QCOMPARE(ConverterProcess({input, input + ".glb"}).end(), 0);
             const ConvertedFile file(input + ".glb");
             QCOMPARE(file.triangles, 192);
             QVERIFY(file.document["asset"]["extras"]["source"] == input.toStdString());
@@ -80,14 +81,14 @@ private slots:
     void manyFilesInOneWorker()
     {
         const ConverterFixture fixture;
-        WorkerProcess worker;
+        ConverterProcess worker;
         const QJsonObject ready = worker.next();
         QCOMPARE(ready["event"].toString(), QString("ready"));
         QCOMPARE(ready["version"].toInt(), 1);
         QCOMPARE(ready["formats"].toArray(), QJsonArray({"Step", "Iges", "STL", "Obj", "VRML"}));
 
         // All requests at once: the host need not wait for an answer. Types win over suffixes.
-        const QString data = fixture.write("gear.dat", readFile("gear.stl"));
+        const QString data = fixture.write("gear.dat", ConverterFixture::read("gear.stl"));
         const struct {
             QString input;
             bool isGood;
@@ -120,10 +121,9 @@ private slots:
             QVERIFY(last["seconds"].toDouble() >= 0 && last["memory"].toDouble() > 1e6);
             QCOMPARE(QFile::exists(fixture.path(QString::number(id++))), isGood);
         }
-        QCOMPARE(readFile(fixture.path("16")), readFile(fixture.path("10")));
-        worker.closeWriteChannel();
-        QVERIFY(worker.waitForFinished());
-        QCOMPARE(worker.exitCode(), 0);
+        QCOMPARE(ConverterFixture::read(fixture.path("16")),
+                 ConverterFixture::read(fixture.path("10")));
+        QCOMPARE(worker.end(), 0);
         QCOMPARE(worker.readAllStandardOutput(), QByteArray());
     }
 
@@ -141,7 +141,7 @@ private slots:
             {R"({"command":"convert","id":8,"input":"/a","output":"/b","type":1})", 8},
             {R"({"command":"convert","id":9,"input":["/a"],"output":"/b"})", 9},
         };
-        WorkerProcess worker;
+        ConverterProcess worker;
         worker.next();
         for (const auto &[line, id] : requests) {
             worker.send(line);
@@ -163,7 +163,7 @@ private slots:
     void partsAndWarnings()
     {
         const ConverterFixture fixture;
-        WorkerProcess worker;
+        ConverterProcess worker;
         worker.next();
         worker.convert(3, "assembly/robot.step", fixture.path("out.glb"),
                        {{"settings", QJsonObject{{"ChordDeviation", "coarse"}}}});

@@ -245,9 +245,9 @@ private slots:
 
     void partFiles()
     {
-        const QByteArray original = readFile("assembly/arm.stp");
+        const QByteArray original = ConverterFixture::read("assembly/arm.stp");
         for (const char *name : {"robot.step", "base.stp", "gripper.stp"})
-            m_fixture.write(name, readFile(QString("assembly/") + name));
+            m_fixture.write(name, ConverterFixture::read(QString("assembly/") + name));
         const QString arm = m_fixture.path("arm.stp");
         for (const QByteArray &content :
              {original, QByteArray(), original.left(5000), QByteArray("An arm.\n")}) {
@@ -272,7 +272,7 @@ private slots:
             QVERIFY(!isWhole || file.fills({{-40, -40, 0}, {40, 40, 250}}, 0.15F));
         }
         // The assembly is a part of itself; what is drawn of a circle is open.
-        m_fixture.write("arm.stp", readFile("assembly/robot.step"));
+        m_fixture.write("arm.stp", ConverterFixture::read("assembly/robot.step"));
         QVERIFY(m_fixture.convert(m_fixture.path("robot.step")).state != State::Failure);
         QCOMPARE(m_fixture.result().problems, QStringList());
         // All of the robot's geometry stands in its parts.

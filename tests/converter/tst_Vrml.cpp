@@ -209,7 +209,7 @@ private slots:
         gzclose(file);
         QCOMPARE(m_fixture.convert(path).state, State::Success);
         QCOMPARE(result().triangles, 12);
-        m_fixture.write("packed.WRL", readFile(path).chopped(9));
+        m_fixture.write("packed.WRL", ConverterFixture::read(path).chopped(9));
         const Outcome cut = m_fixture.convert(path);
         QCOMPARE(cut.state, State::Failure);
         QVERIFY2(cut.message.find("decompressed") != std::string::npos, cut.message.c_str());
@@ -241,7 +241,7 @@ private slots:
 
     void everyTruncationIsHandled()
     {
-        const QByteArray lamp = readFile("lamp.wrl");
+        const QByteArray lamp = ConverterFixture::read("lamp.wrl");
         const int end = lamp.lastIndexOf('}');
         for (int length = 0; length < end; length += 7) {
             const Outcome outcome = m_fixture.convert(m_fixture.write("in.wrl", lamp.left(length)));

@@ -11,7 +11,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <iostream>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -35,20 +34,18 @@ void send(const QString &event, QJsonObject object)
     writeLine(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
-void log(const QByteArray &what)
-{
-    const int file = open(qgetenv("TN_FAKE_LOG"), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    const QByteArray line = QByteArray::number(getpid()) + ' ' + what + '\n';
-    if (file < 0 || write(file, line, size_t(line.size())) != line.size())
-        std::abort();
-    close(file);
-}
-
-void writeFile(const QString &path, const QByteArray &content)
+void writeFile(const QString &path, const QByteArray &content, QFile::OpenMode mode = {})
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!file.open(QFile::WriteOnly | QFile::Unbuffered | mode)
+        || file.write(content) != content.size())
         std::abort();
+}
+
+void log(const QByteArray &what)
+{
+    const QByteArray line = QByteArray::number(getpid()) + ' ' + what + '\n';
+    writeFile(QFile::decodeName(qgetenv("TN_FAKE_LOG")), line, QFile::Append);
 }
 
 /// A glTF binary with one empty node.
@@ -58,8 +55,8 @@ QByteArray emptyScene(const QString &source)
         + R"("}},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})";
     json.append((4 - json.size() % 4) % 4, ' ');
     const quint32 size = quint32(json.size());
-    QByteArray head(20, '\0');
     const quint32 words[] = {0x46546C67, 2, 20 + size, size, 0x4E4F534A};
+    QByteArray head(20, '\0');
     qToLittleEndian<quint32>(words, 5, head.data());
     return head + json;
 }
@@ -69,7 +66,6 @@ void runCommand(const QString &line)
     const QString command = line.section(' ', 0, 0);
     const QString rest = line.section(' ', 1);
     const QString first = rest.section(' ', 0, 0);
-    const QString second = rest.section(' ', 1);
     const QString output = request.value("output").toString();
     const QString input = request.value("input").toString();
     const QString sibling = QFileInfo(input).absolutePath() + '/' + first;
@@ -83,11 +79,10 @@ void runCommand(const QString &line)
     } else if (command == "part") {
         send(command, {{"file", sibling}});
     } else if (command == "partdone") {
-        const QString message = second.section(' ', 1);
         send("partFinished",
              {{"file", sibling},
-              {"state", second.section(' ', 0, 0)},
-              {"message", message},
+              {"state", rest.section(' ', 1, 1)},
+              {"message", rest.section(' ', 2)},
               {"seconds", 0.125}});
     } else if (command == "half") {
         writeFile(output + ".part", "half");
@@ -114,7 +109,10 @@ void runCommand(const QString &line)
         hasFinished = true;
         log("end");
         send("finished",
-             {{"state", first}, {"seconds", 0.5}, {"message", second}, {"memory", memory}});
+             {{"state", first},
+              {"seconds", 0.5},
+              {"message", rest.section(' ', 1)},
+              {"memory", memory}});
     } else {
         std::abort();
     }
@@ -126,8 +124,7 @@ void convert()
     log("begin " + QJsonDocument(request).toJson(QJsonDocument::Compact));
     send("started", {});
     QFile file(request.value("input").toString());
-    if (!file.open(QIODevice::ReadOnly))
-        std::abort();
+    file.open(QIODevice::ReadOnly);
     for (const QString &line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
         runCommand(line);
     if (hasFinished)
