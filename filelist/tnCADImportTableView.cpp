@@ -7,6 +7,7 @@
 #include "platform/tnPlatform.h"
 #include "records/tnFileTyp.h"
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QPointer>
 #include <QtCore/QScopeGuard>
 #include <QtCore/QSortFilterProxyModel>
@@ -19,8 +20,10 @@
 
 namespace {
 
-/// Milliseconds in which changes to the rows gather before the sorting is put right.
+/// Milliseconds in which changes to the rows gather before the sorting is put right; with very many
+/// rows so much more that the repairs take but a small part of the time.
 constexpr int repairDelay = 50;
+constexpr int repairShare = 10; // one tenth
 
 /// From so many on, files are added behind the view's back.
 constexpr int manyFiles = 1000;
@@ -40,7 +43,13 @@ tnCADImportTableView::tnCADImportTableView(QWidget *parent)
     auto *repair = new QTimer(this);
     repair->setSingleShot(true);
     repair->setInterval(repairDelay);
-    connect(repair, &QTimer::timeout, this, &tnCADImportTableView::restoreOrder);
+    connect(repair, &QTimer::timeout, this, [this, repair] {
+        QElapsedTimer duration;
+        duration.start();
+        restoreOrder();
+        const auto share = static_cast<int>(duration.elapsed()) * repairShare;
+        repair->setInterval(std::clamp(share, repairDelay, repairDelay * repairShare));
+    });
     connect(header, &QHeaderView::sortIndicatorChanged, this,
             [this, repair, watched = QPointer<QAbstractItemModel>()]() mutable {
                 if (model())
