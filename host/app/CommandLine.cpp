@@ -1,6 +1,7 @@
 #include "host/app/CommandLine.h"
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 
 #include <algorithm>
@@ -37,6 +38,16 @@ constexpr Option options[] = {
 /// In the order of BatchOptions::Mode.
 constexpr const char *modeNames[] = {"import", "keep", "convert"};
 
+/// The parser asks the application for the program's name, and there is none yet.
+QString helpText(const QCommandLineParser &parser, const QStringList &arguments)
+{
+    QByteArray name = arguments.value(0).toUtf8();
+    char *argv[] = {name.data(), nullptr};
+    int argc = 1;
+    const QCoreApplication application(argc, argv);
+    return parser.helpText();
+}
+
 } // namespace
 
 CommandLine::CommandLine(const QStringList &arguments)
@@ -49,9 +60,9 @@ CommandLine::CommandLine(const QStringList &arguments)
         fail(parser.errorText());
         return;
     }
-    if (parser.isSet(help)) {
+    if (parser.isSet(help) || parser.isSet(QStringLiteral("help-all"))) {
         m_outcome = Outcome::Done;
-        m_message = parser.helpText();
+        m_message = helpText(parser, arguments);
         return;
     }
     if (parser.isSet(version)) {

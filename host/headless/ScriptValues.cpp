@@ -82,7 +82,7 @@ bool read(const QJsonValue &json, QString &value)
 
 bool read(const QJsonValue &json, QStringList &value)
 {
-    for (const QJsonValue &element : json.toArray()) {
+    for (const auto &element : json.toArray()) {
         if (!element.isString())
             return false;
         value << element.toString();
@@ -186,8 +186,9 @@ QJsonValue withAbsolutePaths(const QString &key, const QJsonValue &json)
     if (!json.isArray() || (key != QLatin1String("files") && key != QLatin1String("urls")))
         return json;
     QJsonArray paths;
-    for (const QJsonValue &element : json.toArray())
-        paths << (element.isString() ? QJsonValue(absolute(element.toString())) : element);
+    for (const auto &element : json.toArray())
+        paths << (element.isString() ? QJsonValue(absolute(element.toString()))
+                                     : QJsonValue(element));
     return paths;
 }
 
@@ -213,12 +214,12 @@ boost::any ScriptValues::fromJson(const QString &command, const QString &key,
     for (const AttributeType &each : attributeTypes) {
         if (command != QLatin1String(each.command) || key != QLatin1String(each.key))
             continue;
-        const boost::any result = convert(each.type, json);
+        boost::any result = convert(each.type, json);
         if (!result.empty())
             return result;
     }
     for (const char *type : naturalTypes) {
-        const boost::any result = convert(type, json);
+        boost::any result = convert(type, json);
         if (!result.empty())
             return result;
     }

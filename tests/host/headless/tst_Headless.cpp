@@ -14,6 +14,7 @@ private slots:
     void imports();
     void refusesWrongUsage_data();
     void refusesWrongUsage();
+    void tellsItsOptions();
     void needsNoDisplayAndNoLocale();
     void abortsOnSignals_data();
     void abortsOnSignals();
@@ -124,6 +125,13 @@ void TestHeadless::refusesWrongUsage()
     HostProcess host;
     QVERIFY2(host.run(arguments) == 2, host.report());
     QVERIFY2(host.output.isEmpty() && host.errors.contains(message), host.report());
+}
+
+void TestHeadless::tellsItsOptions()
+{
+    HostProcess host;
+    QVERIFY2(host.run({"--help"}) == 0 && host.errors.isEmpty(), host.report());
+    QVERIFY2(host.output.contains("tnhost") && host.output.contains("--script"), host.report());
 }
 
 void TestHeadless::needsNoDisplayAndNoLocale()
