@@ -228,6 +228,7 @@ void MainWindow::importUrls(const QList<QUrl> &urls)
 {
     if (urls.isEmpty())
         return;
+    m_services.fileService().setPlaces({});
     statusBar()->showMessage(tr("Searching for files …"));
     tnMessage message;
     message.set("urls", urls, true);
@@ -237,6 +238,7 @@ void MainWindow::importUrls(const QList<QUrl> &urls)
 
 void MainWindow::onImport()
 {
+    m_services.fileService().setPlaces({});
     // Without files the plug-in asks for them.
     tnMessage message;
     send("importCAD", message);
@@ -255,9 +257,14 @@ void MainWindow::onImportFolder()
 void MainWindow::onReload()
 {
     QStringList files;
-    for (const tndNode &node : m_view->selectedFileNodes())
+    QMultiHash<QString, tndNode> places;
+    for (const tndNode &node : m_view->selectedFileNodes()) {
         files << m_services.scene().sourceFile(node);
+        places.insert(files.constLast(), node);
+    }
     files.removeDuplicates();
+    // The plug-in would add them below what is selected, which is themselves.
+    m_services.fileService().setPlaces(places);
     tnMessage message;
     message.set("files", files, true);
     send("reloadCAD", message);

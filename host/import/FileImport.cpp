@@ -239,12 +239,7 @@ void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &frag
         endLoad(JobState::Failure, error, true);
         return;
     }
-    const ImportRequest &request = m_job.request();
-    const QString source = QFileInfo(m_path).absoluteFilePath();
-    Scene &scene = m_job.context().scene;
-    const tndNode node = request.replaced.isNull()
-        ? scene.addFragment(fragment, m_job.target(), source, request.sceneSettings)
-        : scene.replaceNode(request.replaced, fragment, source, request.sceneSettings);
+    const tndNode node = attach(fragment);
     if (node.isNull()) {
         endLoad(JobState::Failure, QStringLiteral("The node that was to be replaced is gone."),
                 true);
@@ -252,6 +247,23 @@ void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &frag
     }
     emit m_job.service().fileAddedToScene(m_job.id(), m_path, node);
     endLoad(m_conversionState, QString(), true);
+}
+
+tndNode FileImport::attach(const std::shared_ptr<const SceneFragment> &fragment)
+{
+    const ImportRequest &request = m_job.request();
+    const QString source = QFileInfo(m_path).absoluteFilePath();
+    Scene &scene = m_job.context().scene;
+    if (!request.replaced.isNull())
+        return scene.replaceNode(request.replaced, fragment, source, request.sceneSettings);
+    tndNode node;
+    for (const tndNode &place : request.places.values(m_path)) {
+        if (scene.contains(place))
+            node = scene.replaceNode(place, fragment, source, request.sceneSettings);
+    }
+    return node.isNull()
+        ? scene.addFragment(fragment, m_job.target(), source, request.sceneSettings)
+        : node;
 }
 
 void FileImport::endLoad(JobState state, const QString &message, bool wasRead)

@@ -2,6 +2,7 @@
 
 #include "host/import/Conversion.h"
 #include "host/import/FragmentLoader.h"
+#include "platform/tndNode.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QString>
@@ -52,6 +53,8 @@ private:
     QString objection() const;
     void tellConversionEnd(tnCADFileTypes::JobState state, double seconds, const QString &message);
     void closeParts(tnCADFileTypes::JobState state, const QString &message);
+    /// Brings the content into the scene; null when that was not possible.
+    tndNode attach(const std::shared_ptr<const SceneFragment> &fragment);
     void endLoad(tnCADFileTypes::JobState state, const QString &message, bool wasRead);
     void endPartLoads(tnCADFileTypes::JobState state, const QString &message, bool wasRead);
     void finish();

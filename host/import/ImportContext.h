@@ -7,6 +7,8 @@
 #include "host/scene/Scene.h"
 #include "platform/tnFileIOService.h"
 
+#include <QtCore/QMultiHash>
+
 /// What all jobs share. Outlives them.
 struct ImportContext {
     tnFileIOService &service; ///< whose signals tell of the jobs
@@ -22,6 +24,8 @@ struct ImportRequest {
     QStringList files;
     tndNode target; ///< null: the root
     tndNode replaced; ///< not null: the files take this node's place
+    /// By path: files that take the place of these nodes, as far as they are still there.
+    QMultiHash<QString, tndNode> places;
     QString outputDirectory; ///< empty: a temporary one
     bool load = false;
     bool removeConverted = false;

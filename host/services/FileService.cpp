@@ -102,7 +102,14 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
     request.load = load;
     request.removeConverted = removeConverted;
     request.direct = direct;
+    if (!direct)
+        request.places = m_places;
     return addJob(std::move(request));
+}
+
+void FileService::setPlaces(const QMultiHash<QString, tndNode> &places)
+{
+    m_places = places;
 }
 
 quint64 FileService::reimportFile(const tndNode &node, bool removeConverted)
