@@ -208,10 +208,14 @@ void MainWindow::createStatusBar()
 void MainWindow::restoreSettings()
 {
     const QSettings settings;
-    // What is missing or damaged changes nothing.
-    resize(usualSize.boundedTo(QApplication::primaryScreen()->availableSize() * 9 / 10));
+    const QSize usual =
+        usualSize.boundedTo(QApplication::primaryScreen()->availableSize() * 9 / 10);
+    resize(usual);
     resizeDocks({m_logDock}, {usualLogHeight}, Qt::Vertical);
     restoreGeometry(settings.value(geometryKey).toByteArray());
+    // The damaged kind may pass for a window of next to nothing.
+    if (size() != size().expandedTo(minimumSizeHint()))
+        resize(usual);
     restoreState(settings.value(stateKey).toByteArray());
     m_view->setColumnWidths(settings.value(headerKey).toList());
 }

@@ -1,0 +1,169 @@
+#include "host/app/ImportStatus.h"
+#include "host/app/LogPane.h"
+#include "host/app/MainWindow.h"
+#include "host/app/SceneView.h"
+#include "host/scene/Scene.h"
+#include "host/services/HostServices.h"
+#include "platform/tnController.h"
+#include "platform/tnLog.h"
+#include "platform/tnMessage.h"
+#include "tests/support/ScriptedFileService.h"
+
+#include <QtCore/QMimeData>
+#include <QtCore/QSettings>
+#include <QtTest/QtTest>
+#include <QtWidgets/QAction>
+
+namespace {
+
+QStringList sent; ///< each attribute's name and values
+
+void record(tnMessage &message)
+{
+    for (const tnMessage::Attribute &attribute : message.attributes()) {
+        const auto *files = boost::any_cast<QStringList>(&attribute.second);
+        const auto *urls = boost::any_cast<QList<QUrl>>(&attribute.second);
+        sent << QString::fromStdString(attribute.first)
+             << (files      ? *files
+                     : urls ? QUrl::toStringList(*urls)
+                            : QStringList());
+    }
+}
+
+tndNode add(Scene &scene, const tndNode &parent, const QString &file)
+{
+    auto fragment = std::make_shared<SceneFragment>();
+    fragment->nodes.resize(1);
+    fragment->roots = {0};
+    return scene.addFragment(fragment, parent, file, {});
+}
+
+} // namespace
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QSettings().clear();
+        sent.clear();
+        tnController::addCB("importCAD", &record);
+        tnController::addCB("reloadCAD", &record);
+    }
+    void reloadsAndRemovesTheSelection();
+    void takesLocalFilesThatAreDropped();
+    void keepsItsLooks();
+    void logsAnyText();
+    void tellsHowFarTheImportsAre();
+
+private:
+    HostServices m_services{{}};
+};
+
+void TestMainWindow::reloadsAndRemovesTheSelection()
+{
+    MainWindow window(m_services);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    Scene &scene = m_services.scene();
+    const tndNode a = add(scene, {}, "/cad/a.stl");
+    const tndNode b = add(scene, a, "/cad/b.stl");
+    const tndNode again = add(scene, {}, "/cad/a.stl");
+    const auto *reload = window.findChild<QAction *>("reload");
+    QVERIFY(!reload->isEnabled());
+    // What lies below a file is reloaded with it.
+    scene.setSelection({tndNode(scene.find(again)->children().at(0)->id()), b, a});
+    QVERIFY(reload->isEnabled());
+    QTest::keyClick(&window, Qt::Key_F5);
+    QCOMPARE(sent, (QStringList{"files", "/cad/a.stl", "/cad/b.stl"}));
+
+    QTest::keyClick(window.findChild<SceneView *>(), Qt::Key_Delete);
+    QVERIFY(!scene.contains(a) && !scene.contains(b) && scene.contains(again));
+    QVERIFY(scene.find(again)->children().empty() && !reload->isEnabled());
+}
+
+void TestMainWindow::takesLocalFilesThatAreDropped()
+{
+    MainWindow window(m_services);
+    // Otherwise they would keep drops from the window.
+    for (const QWidget *child : window.findChildren<QWidget *>())
+        QVERIFY2(!child->acceptDrops(), child->metaObject()->className());
+
+    const QList<QUrl> urls{QUrl("https://example.com/a.stl"), QUrl("file:///cad/a.stl")};
+    const auto drop = [&](int count, Qt::DropActions offered) {
+        QMimeData data;
+        data.setUrls(urls.mid(0, count));
+        QDragEnterEvent enter({}, offered, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QApplication::sendEvent(&window, &enter);
+        QDropEvent event({}, offered, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window, &event);
+        return enter.isAccepted() && event.dropAction() == Qt::CopyAction && sent.isEmpty();
+    };
+    QVERIFY(!drop(1, Qt::CopyAction)); // no local file
+    QVERIFY(!drop(2, Qt::MoveAction)); // would be taken away from there
+    QVERIFY(drop(2, Qt::CopyAction | Qt::MoveAction));
+    QTRY_COMPARE(sent, (QStringList{"urls", "file:///cad/a.stl"}));
+}
+
+void TestMainWindow::keepsItsLooks()
+{
+    QVariantList widths{123, 77};
+    {
+        MainWindow window(m_services);
+        window.show();
+        window.resize(640, 480);
+        window.findChild<SceneView *>()->setColumnWidths(widths);
+        window.close();
+    }
+    const MainWindow next(m_services);
+    QCOMPARE(next.size(), QSize(640, 480));
+    QCOMPARE(next.findChild<SceneView *>()->columnWidths(), widths);
+
+    QSettings().clear();
+    const QSize usual = MainWindow(m_services).size();
+    for (const QVariant &value : {QVariant("garbage"), QVariant(next.saveState().left(40)),
+                                  QVariant(next.saveGeometry().left(20)), QVariant(widths << 5),
+                                  QVariant(QVariantList{-5, 1000000})}) {
+        for (const char *key : {"geometry", "state", "sceneHeader"})
+            QSettings().setValue(QStringLiteral("mainWindow/") + key, value);
+        const MainWindow window(m_services);
+        QCOMPARE(window.size(), usual);
+        QVERIFY(!window.findChild<QWidget *>("log")->isHidden());
+        QVERIFY(window.findChild<SceneView *>()->columnWidths().at(1).toInt() < usual.width());
+    }
+}
+
+void TestMainWindow::logsAnyText()
+{
+    const LogPane log;
+    tnLog::error("%s", "<b>bold</b> &\n  indented");
+    tnLog::info("Fine");
+    QVERIFY2(QRegularExpression("^[\\d:]{8}  Error: <b>bold</b> &\n  indented\n[\\d:]{8}  Fine$")
+                 .match(log.toPlainText())
+                 .hasMatch(),
+             qPrintable(log.toPlainText()));
+}
+
+void TestMainWindow::tellsHowFarTheImportsAre()
+{
+    ScriptedFileService service;
+    const ImportStatus status(service);
+    emit service.startingImport(1, 2);
+    emit service.childFileImportAdded(1, "a", "part");
+    emit service.fileConversionProgressChanged(1, "a", 50, {});
+    emit service.fileConversionProgressChanged(1, "part", 100, {});
+    QCOMPARE(status.text(), QString("Importing … 25 %"));
+    emit service.fileConversionFinished(1, "a", tnCADFileTypes::Success, 1.0);
+    emit service.importProgressChanged(1, 50);
+    emit service.startingImport(2, 3);
+    QCOMPARE(status.text(), QString("Importing … 20 %")); // one file of five
+    emit service.importFinished(1, 2.0);
+    emit service.importFinished(2, 2.0);
+    QVERIFY(status.text().isEmpty());
+}
+
+QTEST_MAIN(TestMainWindow)
+
+#include "tst_MainWindow.moc"
