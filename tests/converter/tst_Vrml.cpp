@@ -71,9 +71,6 @@ private slots:
             {faceSet("0 0 0 .002 0 0 .002 .002 0 .001 .0005 0 0 .002 0", "0 1 2 3 4 -1",
                      "convex FALSE"),
              3, Box{{0, 0, 0}, {2, 2, 0}}, 2.5},
-            {shape("ElevationGrid { xDimension 3 zDimension 2 xSpacing .001 zSpacing .001 "
-                   "height [0 0 0 0 0 0] }"),
-             4, Box{{0, 0, 0}, {2, 0, 1}}, 2},
             // More vertices than small indices could count.
             {shape("ElevationGrid { xDimension 300 zDimension 300 xSpacing .001 zSpacing .001 "
                    "height ["

@@ -121,21 +121,17 @@ private Q_SLOTS:
         QVERIFY(!dialog._assetManager2->isVisible());
     }
 
-    void scale()
+    void firstLook()
     {
-        for (const double factor : {1.0, 1.333}) {
-            QSettings().clear();
-            tnPlatform::setDpiScale(factor, factor * 2);
-            const tnCADImportDialog dialog(nullptr);
-            QCOMPARE(dialog.size(), QSize(int(810 * factor), int(600 * factor * 2)));
-            QCOMPARE(dialog._settings->minimumWidth(), int(440 * factor));
-            for (const int column : {0, 1, 2})
-                QCOMPARE(dialog.tableView->columnWidth(column), column == 0 ? 120 : 60);
-            QVERIFY(dialog._tesselation->tessellationFrame->isCollapsed()
-                    && dialog._tesselation->advancedFrame->isCollapsed());
-            QVERIFY(dialog._file_specific_options->isHidden());
-            tnPlatform::setDpiScale(0, 0);
-        }
+        tnPlatform::setDpiScale(1.333, 2);
+        const tnCADImportDialog dialog(nullptr);
+        tnPlatform::setDpiScale(0, 0);
+        QCOMPARE(dialog.size(), QSize(1079, 1200));
+        QCOMPARE(dialog._settings->minimumWidth(), 586);
+        QCOMPARE(dialog.tableView->columnWidth(0), 120);
+        QVERIFY(dialog._tesselation->tessellationFrame->isCollapsed()
+                && dialog._tesselation->advancedFrame->isCollapsed());
+        QVERIFY(dialog._file_specific_options->isHidden());
     }
 };
 

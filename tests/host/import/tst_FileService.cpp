@@ -144,22 +144,6 @@ private slots:
         QVERIFY2(iges.contains(R"("UseStitching":true)"), qPrintable(iges));
     }
 
-    void convertsAndLoadsWithTheRealConverter()
-    {
-        ServiceFixture fixture({}, TN_CONVERTER);
-        const QString good = TN_SAMPLES_DIR "/gear.stl";
-        const quint64 job =
-            fixture.load({fixture.file("bad.step", "this is no STEP file\n"), good});
-        QVERIFY(fixture.wait(job));
-        QCOMPARE(fixture.count(job, "failed bad .*bad.step"), 1);
-        QCOMPARE(fixture.count(job, "loaded gear Success"), 1);
-        QCOMPARE(fixture.scene.sourceFile(fixture.node), good);
-        QCOMPARE(fixture.scene.triangleCount(fixture.node), std::size_t(192));
-        // Its own earlier output is recognised by what the converter noted there.
-        QVERIFY(fixture.wait(fixture.convert({good})));
-        QCOMPARE(fixture.outNames(), QStringList("gear.glb"));
-    }
-
     void answersByName()
     {
         ServiceFixture fixture;

@@ -270,16 +270,14 @@ private slots:
     void addsBelowTheTarget()
     {
         ServiceFixture fixture;
-        const auto parentAfterLoad = [&](const tndNode &target) {
-            fixture.wait(fixture.load({fixture.file("a.step")}, true, target));
-            const SceneNode *node = fixture.scene.find(fixture.node);
-            return node && node->parent() ? node->parent()->id() : 0;
-        };
-        const unsigned int root = fixture.scene.root().id();
-        QCOMPARE(parentAfterLoad(tndNode()), root);
-        const tndNode first = fixture.node;
-        QCOMPARE(parentAfterLoad(first), first.id());
-        QCOMPARE(parentAfterLoad(tndNode(4711)), root);
+        unsigned int parent = fixture.scene.root().id();
+        for (const tndNode &target : {tndNode(), tndNode(4711), fixture.scene.root()}) {
+            QVERIFY(fixture.wait(fixture.load({fixture.file("a.step")}, true, target)));
+            QCOMPARE(fixture.scene.find(fixture.node)->parent()->id(), parent);
+        }
+        parent = fixture.node.id();
+        QVERIFY(fixture.wait(fixture.load({fixture.file("a.step")}, true, fixture.node)));
+        QCOMPARE(fixture.scene.find(fixture.node)->parent()->id(), parent);
     }
 
     void reimportsInTheNodesPlace()

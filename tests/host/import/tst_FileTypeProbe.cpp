@@ -62,7 +62,6 @@ private slots:
             FileType type;
         } rows[] = {
             {"/a.b/c.STEP", "STEP", "c", FileType::Step},
-            {"a.prt", "prt", "a", FileType::NX},
             {"a.PRT.7", "PRT", "a", FileType::ProEngineer},
             {"a.b.asm.12", "asm", "a.b", FileType::ProEngineer},
             {"a.step.7", "7", "a.step", FileType::Unsupported},

@@ -77,19 +77,13 @@ private:
     QString m_error;
 
 private slots:
-    void readsGeometryInMillimetres()
+    void readsNamesAndMaterials()
     {
         const auto fragment = read(glb());
         QVERIFY2(fragment, qPrintable(m_error));
-        QCOMPARE(fragment->roots, std::vector<int>{0});
-        QCOMPARE(fragment->nodes.size(), std::size_t(2));
-        QCOMPARE(fragment->nodes[0].children, std::vector<int>{1});
         QCOMPARE(fragment->nodes[1].name, QString("part"));
-        QCOMPARE(fragment->nodes[1].transform.column(3), QVector4D(1000, 0, 0, 1));
-        const SceneMesh &mesh = *fragment->meshes.at(0);
-        QCOMPARE(mesh.triangles, std::size_t(1));
-        QCOMPARE(mesh.box.min, QVector3D(0, 0, 0));
-        QCOMPARE(mesh.box.max, QVector3D(1000, 2000, 3000));
+        QCOMPARE(fragment->meshes.at(0)->triangles, std::size_t(1));
+        QCOMPARE(fragment->meshes[0]->box.max, QVector3D(1000, 2000, 3000));
         const SceneMaterial expected{"red", {1.0F, 0.0F, 0.0F, 0.5F}, 0.25F, 0.75F};
         QVERIFY(fragment->materials.at(0) == expected);
     }
