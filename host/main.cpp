@@ -4,7 +4,6 @@
 #include "host/app/SignalWatcher.h"
 #include "host/headless/BatchRunner.h"
 #include "host/headless/Console.h"
-#include "host/headless/DialogDriver.h"
 #include "host/headless/FileCollector.h"
 #include "host/headless/ScriptRunner.h"
 #include "host/scene/Scene.h"
@@ -52,7 +51,6 @@ int runToEnd(Runner &runner)
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QTimer::singleShot(0, &runner, &Runner::start);
     QCoreApplication::exec();
-    DialogDriver::end();
     return status;
 }
 

@@ -10,6 +10,7 @@
 #include "platform/tnScenegraphService.h"
 
 #include <QtGui/QScreen>
+#include <QtGui/QWindow>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStyle>
 
@@ -100,7 +101,11 @@ tnCADImportDialog *tnCAD::ensureDialog()
         fitToScreen(*m_dialog);
         // Objects in static storage go in the reverse order of their making. The module is older
         // than what the dialog's making has brought up in the libraries, the settings for one,
-        // without which the dialog can't end; this one is younger.
+        // without which the dialog can't end; this one is younger. What windows need to go is made
+        // only when the first of them goes.
+        {
+            const QWindow gone;
+        }
         static LastDialog last;
         last.dialog = m_dialog;
     }

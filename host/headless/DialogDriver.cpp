@@ -49,11 +49,6 @@ bool DialogDriver::find(QString *problem)
     return true;
 }
 
-void DialogDriver::end()
-{
-    delete dialog();
-}
-
 QDialog *DialogDriver::dialog()
 {
     for (QWidget *window : QApplication::topLevelWidgets()) {

@@ -14,9 +14,6 @@ public:
     /// Looks for the dialog among the windows, shown or not. Gives false, with a sentence in
     /// problem, when there is none or when it lacks a widget.
     bool find(QString *problem);
-    /// Ends the dialog, if there is one, as a main window does that takes its dialogs along: left
-    /// to the end of the process, it would outlive what Qt needs to take a window down.
-    static void end();
 
     // From here on only after find() has given true, and while the dialog lives.
 

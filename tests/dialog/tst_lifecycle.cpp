@@ -98,6 +98,7 @@ int dieInOrder(const QByteArray &order, int argc, char **argv)
     }
     static tnCAD module;
     const QPointer<tnCADImportDialog> dialog = openDialog();
+    std::make_unique<QWidget>()->show(); // and gone again, which leaves its traces in Qt
     if (order == "exit") // the application stays, and the module goes before it
         std::exit(0);
     order.startsWith("window") ? mainWindow.reset() : application.reset();
