@@ -79,6 +79,7 @@ private slots:
         for (const auto &[input, output, message] : rows)
             verifyFailure(fixture.convertTo(output, input), message);
         QVERIFY(!QFile::exists(fixture.path("full.glb")));
+        QVERIFY(!QFileInfo(fixture.path("full.glb.part")).isSymLink());
         QCOMPARE(read(gear), read("gear.stl"));
         QFile::setPermissions(gear, {});
         if (geteuid() != 0) // Permissions do not bind the superuser.

@@ -188,7 +188,7 @@ private slots:
         change("\"buffer\":0,\"byteOffset\":0", "\"buffer\":4,\"byteOffset\":0", "no buffer");
         change("\"byteLength\":42", "\"byteLength\":0", "no valid glTF");
         change("\"byteLength\":42", "\"byteLength\":42,\"uri\":\"/etc/passwd\"", "outside");
-        change("\"byteOffset\":36,", "\"byteOffset\":28,", "larger than its vertex count");
+        change(positions, R"("count":2,"type":"VEC3")", "larger than its vertex count");
         change("\"componentType\":5123", "\"componentType\":5122", "unsigned integers");
         change("\"type\":\"VEC3\"", "\"type\":\"VEC2\"", "type float");
         change(positions,
