@@ -18,6 +18,7 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTimer>
 #include <QtGui/QDropEvent>
+#include <QtGui/QGuiApplication>
 
 #include <utility>
 
@@ -230,7 +231,13 @@ void tnCADImportDialog::connectSearch()
         _pbAbort->setVisible(visible);
     };
     connect(search, &tnFileTyp::startSearch, this, [showProgress] { showProgress(true); });
-    connect(search, &tnFileTyp::endSearch, this, [showProgress] { showProgress(false); });
+    connect(search, &tnFileTyp::endSearch, this, [this, showProgress] {
+        // The search that this one has interrupted goes on.
+        showProgress(m_runningSearches > 1);
+    });
+    // A walk holds up the end of the event loop.
+    connect(qApp, &QGuiApplication::lastWindowClosed, search, &tnFileTyp::stopSearch);
+    connect(this, &QDialog::finished, this, [this] { m_waitingDrops.clear(); });
 
     connect(tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this](const QItemSelection &selected) { _pbRemove->setEnabled(!selected.isEmpty()); });
@@ -260,10 +267,11 @@ void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &n
     // Whoever began the list before has been overtaken, and with him his search.
     ++m_preparations;
     m_waitingDrops.clear();
-    if (m_runningSearches > 0)
+    if (std::exchange(m_runningSearches, 0) > 0)
         tnFileTyp::instance().stopSearch();
 
     fileModel()->clear();
+    _pbRemove->setEnabled(false); // a list that is cleared does not tell of its selection
     int mode = _cbMode->currentIndex();
     switch (entry) {
     case AddFolder:
@@ -308,11 +316,11 @@ QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
     const int preparations = m_preparations;
     ++m_runningSearches;
     const QStringList files = tnFileTyp::instance().searchFiles(urls);
-    if (!self)
+    if (!self || preparations != m_preparations)
         return {};
     if (--m_runningSearches == 0 && !m_waitingDrops.isEmpty())
         QTimer::singleShot(0, this, [this] { addDroppedUrls(std::exchange(m_waitingDrops, {})); });
-    return preparations == m_preparations ? files : QStringList();
+    return files;
 }
 
 void tnCADImportDialog::appendFiles(const QStringList &files)
@@ -334,8 +342,8 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
     bool closed = false;
     const auto closing = connect(this, &QDialog::finished, this, [this, &closed] {
         closed = true;
-        m_waitingDrops.clear();
-        tnFileTyp::instance().stopSearch();
+        if (m_runningSearches == 1) // else a command has come meanwhile, whose files count
+            tnFileTyp::instance().stopSearch();
     });
     tnCADImportAddFolderState(this).enter();
     const tnWaitCursor waitCursor;

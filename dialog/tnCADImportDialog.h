@@ -144,6 +144,6 @@ private:
     tndNode m_targetNode;
     std::unordered_map<tnCADFileTypes::FileType, tndXlatSettings> m_xlatSettings;
     int m_preparations = 0; ///< how often an import was prepared
-    int m_runningSearches = 0; ///< more than one when a command comes during a search
+    int m_runningSearches = 0; ///< since then; more than one when a command comes during a search
     QList<QUrl> m_waitingDrops; ///< that came during a search
 };

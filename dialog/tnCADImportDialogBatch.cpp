@@ -158,8 +158,9 @@ void tnCADImportDialog::onImportFinished(double seconds)
         showFailureSummary(files - succeeded, seconds);
         return;
     }
-    // While files are being searched for, the user expects them in this list.
-    const bool isDone = m_runningSearches == 0;
+    // While files are being searched for or chosen, the user expects them in this list.
+    const bool isDone =
+        m_runningSearches == 0 && m_waitingDrops.isEmpty() && !tableView->isChoosing();
     if (isDone && QSettings().value(QStringLiteral("importDialog/closeOnSuccess"), true).toBool()) {
         model->clear();
         _abort->setEnabled(true);

@@ -129,7 +129,12 @@ void tnCADImportTableView::onAdd()
     // The view may go while the user chooses.
     const QPointer<tnCADImportTableView> self(this);
     tnFileImportDialog chooser;
-    if (chooser.exec() != QDialog::Accepted || !self)
+    ++m_openChoosers;
+    const bool isAccepted = chooser.exec() == QDialog::Accepted;
+    if (!self)
+        return;
+    --m_openChoosers;
+    if (!isAccepted || m_locked)
         return;
     const QStringList files = chooser.selectedImportFiles();
     addFiles(tnFileTyp::instance().supportedFiles(files));

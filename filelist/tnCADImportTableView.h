@@ -30,11 +30,15 @@ public:
     /// The source rows in the order of the view. O(n).
     std::vector<int> sortedRows() const;
 
+    /// Whether the user is choosing files to add.
+    bool isChoosing() const { return m_openChoosers > 0; }
+
     /// A locked view lets nobody edit, remove rows, or open its menu.
     void setLocked(bool locked);
 
 public Q_SLOTS:
-    /// Lets the user choose files and adds those that can be imported.
+    /// Lets the user choose files and adds those that can be imported, unless the view is locked
+    /// meanwhile.
     void onAdd();
     /// Removes the selected rows, and with an assembly its parts.
     void onRemove();
@@ -72,4 +76,5 @@ private:
     QAction *m_showFilesAction = nullptr;
     QAction *m_reimportAction = nullptr;
     bool m_locked = false;
+    int m_openChoosers = 0;
 };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 tnFileTyp &tnFileTyp::instance()
 {
@@ -29,7 +30,7 @@ QStringList tnFileTyp::supportedFiles(const QStringList &files) const
 
 QStringList tnFileTyp::searchFiles(const QList<QUrl> &urls)
 {
-    m_stopSearch = false;
+    const bool isOuterStopped = std::exchange(m_stopSearch, false);
     QStringList found;
     bool folderSeen = false;
     for (const QUrl &url : urls) {
@@ -46,6 +47,8 @@ QStringList tnFileTyp::searchFiles(const QList<QUrl> &urls)
         }
     }
     emit endSearch();
+    // A search in the midst of which this one has come is stopped with it.
+    m_stopSearch = m_stopSearch || isOuterStopped;
     found.removeDuplicates();
     return found;
 }

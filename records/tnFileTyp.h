@@ -24,7 +24,8 @@ public:
     QStringList supportedFiles(const QStringList &files) const;
 
 public Q_SLOTS:
-    /// Ends the running search at its next entry. Without one it does nothing.
+    /// Ends the running search at its next entry, and those that it interrupts. Without one it does
+    /// nothing.
     void stopSearch();
 
 Q_SIGNALS:

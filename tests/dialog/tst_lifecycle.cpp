@@ -290,6 +290,7 @@ private Q_SLOTS:
         QTest::newRow("close") << false << "";
         QTest::newRow("escape") << false << "old.step";
         QTest::newRow("prepare") << true << "new.step";
+        QTest::newRow("batch") << false << "";
         QTest::newRow("search") << true << "other.stl";
         QTest::newRow("delete") << false << "";
     }
@@ -317,6 +318,12 @@ private Q_SLOTS:
                 dialog->reject();
             if (what == "prepare")
                 dialog->prepareImport({"/cad/new.step"}, {}, 3);
+            if (what == "batch") {
+                dialog->prepareImport({"/cad/new.step"}, {}, 0);
+                dialog->tableView->fileModel()->setFileState("/cad/new.step",
+                                                             ImportState::Succeeded);
+                emit services.files.importFinished(1, 1);
+            }
             if (what == "search")
                 dialog->prepareImport(dialog->searchUrls(otherUrl), {}, 0);
             if (what == "delete")
