@@ -5,9 +5,11 @@
 #include "platform/tnLog.h"
 
 #include <QtConcurrent/QtConcurrentRun>
+#include <QtCore/QFileInfo>
 #include <QtCore/QThread>
 
 #include <algorithm>
+#include <utility>
 
 using tnCADFileTypes::FileType;
 
@@ -102,8 +104,12 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
     request.load = load;
     request.removeConverted = removeConverted;
     request.direct = direct;
-    if (!direct)
-        request.places = m_places;
+    if (!direct && m_sceneSettings.getCreateReferences())
+        request.places = std::exchange(m_places, {});
+    for (const QString &file : files) {
+        if (const QFileInfo info(file); info.isRelative())
+            m_givenPaths.insert(info.absoluteFilePath(), file);
+    }
     return addJob(std::move(request));
 }
 
@@ -123,7 +129,7 @@ quint64 FileService::reimportFile(const tndNode &node, bool removeConverted)
     if (source.isEmpty())
         tnLog::warning("The node %u comes from no file, so it is not imported again.", node.id());
     else
-        request.files << source;
+        request.files << m_givenPaths.value(source, source);
     return addJob(std::move(request));
 }
 

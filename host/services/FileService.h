@@ -45,8 +45,9 @@ public:
     quint64 loadFiles(const QStringList &files, const tndNode &target,
                       const QString &outputDirectory, bool load, bool removeConverted,
                       bool direct) override;
-    /// What loadFiles() loads from these paths from now on takes the place of these nodes, as far
-    /// as they are still there, in place of becoming a child of the target. Direct jobs excepted.
+    /// In the next job that creates references, what is loaded from these paths takes the place of
+    /// these nodes, as far as they are still there, in place of becoming a child of the target.
+    /// Direct jobs excepted.
     void setPlaces(const QMultiHash<QString, tndNode> &places);
     /// Writes where the last job of loadFiles() wrote. A node without a source file is a job
     /// without files.
@@ -85,5 +86,6 @@ private:
     quint64 m_lastServed = 0; ///< the job whose file was started last
     QString m_lastDirectory;
     QMultiHash<QString, tndNode> m_places;
+    QHash<QString, QString> m_givenPaths; ///< by absolute path, as the signals are to name them
     bool m_isScheduled = false;
 };
