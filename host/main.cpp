@@ -17,6 +17,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QTextCodec>
 #include <QtCore/QTimer>
+#include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
 
 #include <clocale>
@@ -144,6 +145,10 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
         Console::muteScreenWarnings();
     }
+
+    // The application clears Qt's cache of icons when it goes, so the cache must be there first:
+    // what comes with a first file chooser would be gone by then.
+    QIcon::fromTheme(QStringLiteral("none"));
 
     // Application and services stand in static storage and are made before the plug-ins are
     // loaded, so that they go after the plug-ins' own static objects, which still use them.
