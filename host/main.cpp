@@ -17,7 +17,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QTextCodec>
 #include <QtCore/QTimer>
-#include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
 
 #include <clocale>
@@ -146,15 +145,11 @@ int main(int argc, char **argv)
         Console::muteScreenWarnings();
     }
 
-    // The application clears Qt's cache of icons when it goes, so the cache must be there first:
-    // what comes with a first file chooser would be gone by then.
-    QIcon::fromTheme(QStringLiteral("none"));
-
-    // Application and services stand in static storage and are made before the plug-ins are
-    // loaded, so that they go after the plug-ins' own static objects, which still use them.
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // small icons would be ragged
     static int applicationArgc = 1;
-    static QApplication application(applicationArgc, argv);
+    // Not in static storage: what Qt makes on need, for a first file chooser say, would go before
+    // the application, which still uses it at its end.
+    QApplication application(applicationArgc, argv);
     std::setlocale(LC_NUMERIC, "C"); // the application has set the user's
     // Windows that nobody sees must not change how the user's own come up.
     QCoreApplication::setApplicationName(headless ? QStringLiteral("tnhost-headless")
@@ -175,6 +170,8 @@ int main(int argc, char **argv)
         ? program + QStringLiteral("/tnconvert")
         : commandLine.converter();
     options.maxProcesses = commandLine.maxProcesses();
+    // In static storage, and made before the plug-ins are loaded, so that they go after the
+    // plug-ins' own static objects, which still use them.
     static HostServices services(options);
 
     PluginLoader loader(commandLine.pluginDirectory(), program);

@@ -2,6 +2,7 @@
 
 #include "platform/tnLog.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -103,7 +104,9 @@ void ConverterWorker::kill()
     if (m_state == State::Dead || m_state == State::Killed)
         return;
     m_state = State::Killed;
-    m_deadline.start(killTime);
+    // Behind the application's end there are neither timers nor files that wait.
+    if (QCoreApplication::instance())
+        m_deadline.start(killTime);
     m_process->kill();
 }
 
