@@ -291,6 +291,17 @@ private slots:
         QCOMPARE(fixture.scene.sourceFile(fixture.node), path);
         QCOMPARE(fixture.outNames(), QStringList("a.glb"));
 
+        // All nodes of the file that are to be replaced, as far as they are still there.
+        QVERIFY(fixture.wait(fixture.load({path})));
+        const tndNode again = fixture.node;
+        tndSceneImportSettings settings;
+        settings.setCreateReferences(true);
+        fixture.service->setSceneImportSettings(settings);
+        fixture.service->setPlaces({{path, again}, {path, old}, {"/cad/b.step", fixture.node}});
+        QVERIFY(fixture.wait(fixture.load({path}, false, again)));
+        QVERIFY(!fixture.scene.contains(again) && fixture.scene.contains(fixture.node));
+        QCOMPARE(fixture.scene.find(fixture.scene.root())->children().size(), std::size_t(2));
+
         // The node goes while its file is converted.
         fixture.onSignal = [&](quint64, const QString &entry) {
             if (entry == "queued a")
