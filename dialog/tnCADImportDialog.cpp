@@ -267,6 +267,7 @@ void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &n
     // Whoever began the list before has been overtaken, and with him his search.
     ++m_preparations;
     m_waitingDrops.clear();
+    m_isRunning = false;
     if (std::exchange(m_runningSearches, 0) > 0)
         tnFileTyp::instance().stopSearch();
 
@@ -354,6 +355,11 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
     tnCADImportAddFilesState(this).enter();
     if (!closed)
         tableView->addFiles(files);
+    // A second start would send what is waiting in the running batch once more.
+    if (m_isRunning) {
+        tnCADImportRunState(this).enter();
+        updateImportState();
+    }
 }
 
 void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)

@@ -143,6 +143,7 @@ private:
     int m_finishedPartImports = 0;
     tndNode m_targetNode;
     std::unordered_map<tnCADFileTypes::FileType, tndXlatSettings> m_xlatSettings;
+    bool m_isRunning = false; ///< a batch that was started here and is followed
     int m_preparations = 0; ///< how often an import was prepared
     int m_runningSearches = 0; ///< since then; more than one when a command comes during a search
     QList<QUrl> m_waitingDrops; ///< that came during a search

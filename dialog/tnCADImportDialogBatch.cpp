@@ -57,6 +57,7 @@ void tnCADImportDialog::onImport()
         return;
     _abort->setEnabled(true);
     tnCADImportRunState(this).enter();
+    m_isRunning = true;
     // What the user sees first is imported first.
     m_currentMode->start(fileModel()->importableFiles(tableView->sortedRows()));
 }
@@ -66,6 +67,7 @@ void tnCADImportDialog::reimportRow(int row)
     tnCADImportRunState(this).enter();
     const tndNode node = fileModel()->nodeOfRow(row);
     _abort->setEnabled(true);
+    m_isRunning = true;
     m_currentMode->reimport(node);
 }
 
@@ -147,6 +149,7 @@ void tnCADImportDialog::onImportProgressChanged()
 
 void tnCADImportDialog::onImportFinished(double seconds)
 {
+    m_isRunning = false;
     tnCADImportAddFilesState(this).enter();
     tnCADImportFileModel *model = fileModel();
     model->promoteCompletedParents();

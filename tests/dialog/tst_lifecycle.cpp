@@ -280,6 +280,13 @@ private Q_SLOTS:
         stop = true;
         QVERIFY(drop(dialog, QList<QUrl>{QUrl::fromLocalFile(folder.top)} + folder.urls));
         QVERIFY(visits == 1 && listed(dialog).contains(folder.top));
+
+        stop = false;
+        dialog.onImport();
+        drop(dialog, folder.urls);
+        QVERIFY(!dialog._abort->isHidden() && dialog._pbImport->isHidden());
+        emit services.files.importFinished(1, 1);
+        QVERIFY(dialog._abort->isHidden() && !dialog._pbImport->isHidden());
     }
 
     void anythingMayHappenDuringASearch_data()
