@@ -12,6 +12,18 @@
 
 namespace {
 
+using Paths = std::vector<QString>;
+
+/// Sends the command with these attributes and gives the message with the answers.
+tnMessage send(const char *command, const std::vector<tnMessage::Attribute> &attributes)
+{
+    tnMessage message;
+    for (const auto &[key, value] : attributes)
+        message.set(key, value, true);
+    tnController::callCB(command, message);
+    return message;
+}
+
 QStringList listed(const tnCADImportDialog &dialog)
 {
     return dialog.tableView->fileModel()->fileNames(false);
@@ -27,16 +39,7 @@ int look(const tnCADImportDialog &dialog)
     return dialog._pbAbort->isHidden() ? tnCADImportDialog::AddFiles : tnCADImportDialog::AddFolder;
 }
 
-void writeFile(const QString &path)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("x");
-}
-
 } // namespace
-
-Q_DECLARE_METATYPE(std::vector<QString>)
 
 class tst_Commands : public QObject {
     Q_OBJECT
@@ -50,6 +53,8 @@ private:
 private Q_SLOTS:
     void init()
     {
+        m_module.reset();
+        m_services.reset(); // only one may be registered
         m_services = std::make_unique<ScriptedServices>();
         m_module = std::make_unique<tnCAD>();
     }
@@ -58,92 +63,64 @@ private Q_SLOTS:
     {
         m_module.reset();
         m_services.reset();
-        tnController::setNoGUI(false);
-        tnController::setHideGUI(false);
-    }
-
-    void commandsLiveAsLongAsTheModule()
-    {
-        tnMessage message;
-        message.set("files", QStringList(), true);
-        QVERIFY(tnController::callCB("reloadCAD", message));
-        m_module.reset();
-        QVERIFY(!tnController::callCB("reloadCAD", message));
-        QVERIFY(!tnController::callCB("importCAD", message));
     }
 
     void newSceneIsPassedOn()
     {
         QSignalSpy newScene(m_module.get(), &tnCAD::onNewScene);
-        tnMessage other(15);
-        tnMessage scene(16);
-        QCOMPARE(tnController::broadcast(other), 0);
-        QCOMPARE(newScene.size(), 0);
-        QCOMPARE(tnController::broadcast(scene), 0);
-        QCOMPARE(newScene.size(), 1);
-    }
-
-    void directLoad_data()
-    {
-        QTest::addColumn<bool>("handled");
-        QTest::addColumn<bool>("candidate");
-        QTest::addColumn<bool>("allowed");
-        QTest::addColumn<int>("loadState");
-        QTest::addColumn<bool>("direct");
-        QTest::addColumn<int>("state");
-
-        QTest::newRow("not for the dialog") << false << false << false << 0 << true << 0;
-        QTest::newRow("not for the dialog, any state") << false << true << true << 2 << true << 0;
-        QTest::newRow("dialog's, asked for") << true << true << true << -1 << true << 0;
-        QTest::newRow("dialog's, not asked for") << true << true << true << 0 << false << 0;
-        QTest::newRow("state 1 still undergoes the test")
-            << false << true << true << 1 << true << 0;
-        QTest::newRow("other negative") << true << true << true << -2 << false << 0;
-        QTest::newRow("no candidate") << true << false << true << -1 << false << 0;
-        QTest::newRow("scene refuses") << true << true << false << -1 << false << 0;
-        QTest::newRow("unknown state") << true << true << true << 9 << false << 0;
-        QTest::newRow("run") << true << true << true << 2 << false << 2;
-        QTest::newRow("a reload never") << false << true << true << 3 << false << 3;
+        for (const int id : {15, 16}) {
+            tnMessage message(id);
+            QCOMPARE(tnController::broadcast(message), 0);
+            QCOMPARE(newScene.size(), id - 15);
+        }
     }
 
     void directLoad()
     {
-        QFETCH(bool, handled);
-        QFETCH(bool, candidate);
-        QFETCH(bool, allowed);
-        QFETCH(int, loadState);
-        m_services->files.handledByDialog = handled;
-        m_services->files.directLoadCandidate = candidate;
-        m_services->scene.directLoadAllowed = allowed;
+        const struct {
+            bool handled, candidate, allowed;
+            int loadState;
+            bool direct;
+            int state;
+        } rows[] = {
+            {false, false, false, 0, true, 0}, // not for the dialog
+            {false, true, true, 2, true, 0},   {false, true, true, 1, true, 0},
+            {false, true, true, 3, false, 3}, // a reload never
+            {true, true, true, -1, true, 0}, // the dialog's, but asked for
+            {true, true, true, 0, false, 0},   {true, true, true, -2, false, 0},
+            {true, false, true, -1, false, 0}, {true, true, false, -1, false, 0},
+            {true, true, true, 9, false, 0},   {true, true, true, 2, false, 2},
+        };
+        for (const auto &row : rows) {
+            init();
+            m_services->files.handledByDialog = row.handled;
+            m_services->files.directLoadCandidate = row.candidate;
+            m_services->scene.directLoadAllowed = row.allowed;
+            send("importCAD",
+                 {{"files", Paths{"/a/b.step", "/a/notes.txt"}},
+                  {"loadState", row.loadState},
+                  {"parentNodeId", 12u}});
 
-        tnMessage message;
-        message.set("files", std::vector<QString>{"/a/b.step", "/a/notes.txt"}, true);
-        message.set("loadState", loadState, true);
-        message.set("parentNodeId", 12u, true);
-        tnController::callCB("importCAD", message);
-
-        const auto &loads = m_services->files.loads;
-        QTEST(loads.size() == 1, "direct");
-        QTEST(!dialog()->isVisible(), "direct");
-        if (loads.size() == 1) {
-            QCOMPARE(loads[0].files, QStringList("/a/b.step"));
-            QCOMPARE(loads[0].target, tndNode(12));
-            QVERIFY(loads[0].directory.isEmpty());
-            QVERIFY(loads[0].load && loads[0].remove && loads[0].direct);
-        } else {
-            QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
-            QCOMPARE(dialog()->targetNode(), tndNode(12));
-            QTEST(look(*dialog()), "state");
-            QVERIFY(!dialog()->isModal());
+            const QByteArray which = "row " + QByteArray::number(int(&row - rows));
+            const auto &loads = m_services->files.loads;
+            QVERIFY2(loads.size() == std::size_t(row.direct), which);
+            QVERIFY2(dialog()->isVisible() != row.direct, which);
+            if (row.direct) {
+                QCOMPARE(loads[0].files, QStringList("/a/b.step"));
+                QCOMPARE(loads[0].target, tndNode(12));
+                QVERIFY(loads[0].directory.isEmpty());
+                QVERIFY(loads[0].load && loads[0].remove && loads[0].direct);
+            } else {
+                QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
+                QCOMPARE(dialog()->targetNode(), tndNode(12));
+                QVERIFY2(look(*dialog()) == row.state && !dialog()->isModal(), which);
+            }
         }
     }
 
     void twoFilesGoToTheDialogUnasked()
     {
-        tnMessage message;
-        message.set("files", std::vector<QString>{"/a/b.step", "/a/c.stl"}, true);
-        message.set("loadState", -1, true);
-        tnController::callCB("importCAD", message);
+        send("importCAD", {{"files", Paths{"/a/b.step", "/a/c.stl"}}, {"loadState", -1}});
         QVERIFY(m_services->files.directLoadQuestions.empty());
         QCOMPARE(look(*dialog()), 0);
         QVERIFY(dialog()->targetNode().isNull() && dialog()->isVisible());
@@ -151,49 +128,43 @@ private Q_SLOTS:
 
     void urlsComeFirstUnlessTheyAreUnreadable()
     {
-        QTemporaryDir folder;
-        QDir(folder.path()).mkdir("sub");
-        writeFile(folder.filePath("a.step"));
-        writeFile(folder.filePath("sub/b.stl"));
-        writeFile(folder.filePath("sub/c.txt"));
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir("sub"));
+        for (const char *name : {"a.step", "sub/b.stl", "sub/c.txt"})
+            QVERIFY(QFile(folder.filePath(name)).open(QIODevice::WriteOnly));
+        const Paths others{"/other.step", "/more.step"};
+        send("importCAD",
+             {{"urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}}, {"files", others}});
+        QStringList found = listed(*dialog());
+        found.sort();
+        QCOMPARE(found, QStringList({folder.filePath("a.step"), folder.filePath("sub/b.stl")}));
 
-        tnMessage message;
-        message.set("urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}, true);
-        message.set("files", std::vector<QString>{"/other.step", "/more.step"}, true);
-        tnController::callCB("importCAD", message);
-        const QStringList found = listed(*dialog());
-        QCOMPARE(QSet<QString>(found.begin(), found.end()),
-                 QSet<QString>({folder.filePath("a.step"), folder.filePath("sub/b.stl")}));
-
-        message.set("urls", QStringList{folder.path()}, true);
         CapturedStream err(stderr);
-        tnController::callCB("importCAD", message);
+        send("importCAD", {{"urls", QStringList(folder.path())}, {"files", others}});
         QVERIFY(err.take().contains("'urls' has wrong type"));
         QCOMPARE(listed(*dialog()), QStringList({"/other.step", "/more.step"}));
     }
 
     void nothingToImportEndsTheCommand()
     {
-        tnMessage message;
-        message.set("wait", true, true);
-        message.set("files", std::vector<QString>(), true);
-        tnController::callCB("importCAD", message);
-        message.set("urls", QList<QUrl>(), true);
-        tnController::callCB("importCAD", message);
-        QVERIFY(!dialog());
-        message = tnMessage();
-        message.set("wait", true, true);
-        message.set("files", std::vector<QString>{"/a/notes.txt"}, true);
-        tnController::callCB("importCAD", message);
+        for (const bool withUrls : {false, true}) {
+            std::vector<tnMessage::Attribute> attributes{{"wait", true}, {"files", Paths()}};
+            if (withUrls)
+                attributes.emplace_back("urls", QList<QUrl>());
+            send("importCAD", attributes);
+            QVERIFY(!dialog());
+        }
+        const tnMessage message =
+            send("importCAD", {{"wait", true}, {"files", Paths{"/a/notes.txt"}}});
         QVERIFY(dialog() && !dialog()->isVisible());
         QVERIFY(m_services->files.loads.empty() && message.get("result").empty());
     }
 
     void withoutFilesTheUserIsAsked()
     {
-        QTemporaryDir folder;
+        const QTemporaryDir folder;
         const QString path = folder.filePath("a.step");
-        writeFile(path);
+        QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         for (const bool accept : {false, true}) {
             QTimer::singleShot(0, this, [&] {
                 auto *const chooser =
@@ -202,11 +173,8 @@ private Q_SLOTS:
                 chooser->selectFile(path);
                 QMetaObject::invokeMethod(chooser, accept ? "accept" : "reject");
             });
-            tnMessage message;
-            message.set("loadState", 3, true);
-            message.set("parentNodeId", 12u, true);
-            message.set("wait", !accept, true);
-            tnController::callCB("importCAD", message);
+            const tnMessage message =
+                send("importCAD", {{"loadState", 3}, {"parentNodeId", 12u}, {"wait", !accept}});
             QCOMPARE(dialog() != nullptr, accept);
             QVERIFY(message.get("result").empty());
         }
@@ -214,67 +182,54 @@ private Q_SLOTS:
         QVERIFY(look(*dialog()) == 0 && dialog()->targetNode().isNull());
     }
 
-    void reload_data()
-    {
-        QTest::addColumn<int>("gui"); // 0 shown, 1 none, 2 hidden
-        QTest::addColumn<QVariant>("showDialog");
-        QTest::addColumn<QVariant>("startImport");
-        QTest::addColumn<bool>("shown");
-        QTest::addColumn<bool>("started");
-        const QVariant none;
-        QTest::newRow("default") << 0 << none << none << true << false;
-        QTest::newRow("start") << 0 << QVariant(true) << QVariant(true) << true << true;
-        QTest::newRow("no start") << 0 << none << QVariant(false) << true << false;
-        QTest::newRow("start of a wrong type") << 0 << none << QVariant(1) << true << false;
-        QTest::newRow("unseen") << 0 << QVariant(false) << QVariant(false) << false << true;
-        QTest::newRow("no GUI") << 1 << QVariant(true) << QVariant(false) << false << true;
-        QTest::newRow("hidden GUI") << 2 << none << none << false << true;
-    }
-
     void reload()
     {
-        QFETCH(int, gui);
-        QFETCH(QVariant, showDialog);
-        QFETCH(QVariant, startImport);
-        tnController::setNoGUI(gui == 1);
-        tnController::setHideGUI(gui == 2);
-        m_services->files.handledByDialog = false;
+        enum { Shown, None, Hidden };
+        const struct {
+            int gui;
+            boost::any showDialog, startImport;
+            bool isShown, isStarted;
+        } rows[] = {
+            {Shown, {}, {}, true, false},       {Shown, true, true, true, true},
+            {Shown, {}, false, true, false},    {Shown, {}, 1, true, false}, // of a wrong type
+            {Shown, false, false, false, true}, {None, true, false, false, true},
+            {Hidden, {}, {}, false, true},
+        };
+        for (const auto &row : rows) {
+            init();
+            tnController::setNoGUI(row.gui == None);
+            tnController::setHideGUI(row.gui == Hidden);
+            m_services->files.handledByDialog = false;
+            std::vector<tnMessage::Attribute> attributes{{"files", QStringList{"/a/b.step"}},
+                                                         {"parent", 4}};
+            if (!row.showDialog.empty())
+                attributes.emplace_back("showDialog", row.showDialog);
+            if (!row.startImport.empty())
+                attributes.emplace_back("startImport", row.startImport);
+            CapturedStream err(stderr);
+            const tnMessage message = send("reloadCAD", attributes);
+            err.take();
+            tnController::setNoGUI(false);
+            tnController::setHideGUI(false);
 
-        tnMessage message;
-        message.set("files", QStringList{"/a/b.step"}, true);
-        message.set("parent", 4, true);
-        if (showDialog.isValid())
-            message.set("showDialog", showDialog.toBool(), true);
-        if (startImport.type() == QVariant::Bool)
-            message.set("startImport", startImport.toBool(), true);
-        else if (startImport.isValid())
-            message.set("startImport", startImport.toInt(), true);
-        CapturedStream err(stderr);
-        tnController::callCB("reloadCAD", message);
-        err.take();
-
-        const auto &loads = m_services->files.loads;
-        QTEST(loads.size() == 1, "started");
-        QVERIFY(loads.empty() || (!loads[0].direct && loads[0].target == tndNode(4)));
-        QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
-        QCOMPARE(dialog()->targetNode(), tndNode(4));
-        QCOMPARE(dialog()->windowTitle(),
-                 QString(loads.empty() ? "Re-import File" : "Import File(s)"));
-        QTEST(dialog()->isVisible(), "shown");
-        QVERIFY(message.get("result").empty());
+            const QByteArray which = "row " + QByteArray::number(int(&row - rows));
+            const auto &loads = m_services->files.loads;
+            QVERIFY2(loads.size() == std::size_t(row.isStarted), which);
+            QVERIFY(loads.empty() || (!loads[0].direct && loads[0].target == tndNode(4)));
+            QCOMPARE(listed(*dialog()), QStringList("/a/b.step"));
+            QCOMPARE(dialog()->targetNode(), tndNode(4));
+            QVERIFY2((look(*dialog()) == tnCADImportDialog::Reload) != row.isStarted, which);
+            QVERIFY2(dialog()->isVisible() == row.isShown, which);
+            QVERIFY(message.get("result").empty());
+        }
     }
 
     void reloadTakesOnlyItsOwnTypes()
     {
-        tnMessage message;
-        message.set("files", std::vector<QString>{"/a/b.step"}, true);
         CapturedStream err(stderr);
-        tnController::callCB("reloadCAD", message);
+        send("reloadCAD", {{"files", Paths{"/a/b.step"}}});
         QVERIFY(!dialog());
-
-        message.set("files", QStringList{"/a/b.step"}, true);
-        message.set("parent", 4u, true);
-        tnController::callCB("reloadCAD", message);
+        send("reloadCAD", {{"files", QStringList("/a/b.step")}, {"parent", 4u}});
         const QByteArray printed = err.take();
         QVERIFY(printed.contains("'files' has wrong type"));
         QVERIFY(printed.contains("'parent' has wrong type"));
@@ -283,21 +238,26 @@ private Q_SLOTS:
 
     void waitsForTheAnswer()
     {
-        tnMessage reload;
-        reload.set("files", QStringList{"/a/b.step", "/a/c.stl"}, true);
-        reload.set("wait", true, true);
-        tnMessage import;
-        import.set("files", std::vector<QString>{"/a/d.step", "/a/e.stl"}, true);
-        import.set("wait", true, true);
         // The second command comes while the first one waits; the dialog's end is that of both.
-        QTimer::singleShot(0, this, [&] { tnController::callCB("importCAD", import); });
+        tnMessage import;
+        QTimer::singleShot(0, this, [&] {
+            import = send("importCAD",
+                          {{"files",
+                            Paths {
+                                "/a/d.step",
+                                "/a/e.stl"
+                            }},
+                           { "wait",
+                             true }});
+        });
         QTimer::singleShot(100, this, [&] {
             QCOMPARE(listed(*dialog()), QStringList({"/a/d.step", "/a/e.stl"}));
             dialog()->_materialAssignment->setCurrentIndex(2);
             dialog()->_importAnimations->setChecked(true);
             dialog()->_pbReloadOk->click();
         });
-        tnController::callCB("reloadCAD", reload);
+        const tnMessage reload =
+            send("reloadCAD", {{"files", QStringList{"/a/b.step", "/a/c.stl"}}, {"wait", true}});
         QCOMPARE(boost::any_cast<int>(import.get("result")), 1);
         QCOMPARE(boost::any_cast<int>(reload.get("result")), 1);
         QCOMPARE(boost::any_cast<int>(reload.get("materialAssignmentMode")), 2);
@@ -309,18 +269,19 @@ private Q_SLOTS:
     void aWaitEndsWithTheDialogOrTheModule()
     {
         for (const bool module : {false, true}) {
-            tnMessage message;
-            message.set("files", QStringList{"/a/b.step"}, true);
-            message.set("wait", true, true);
             QTimer::singleShot(0, this, [&] {
                 if (module)
                     m_module.reset();
                 else
                     delete dialog();
             });
-            tnController::callCB("reloadCAD", message);
+            const tnMessage message =
+                send("reloadCAD", {{"files", QStringList("/a/b.step")}, {"wait", true}});
             QVERIFY(message.get("result").empty());
         }
+        tnMessage late;
+        for (const char *command : {"importCAD", "reloadCAD"})
+            QVERIFY(!tnController::callCB(command, late));
     }
 };
 
