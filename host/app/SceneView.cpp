@@ -102,7 +102,9 @@ void SceneView::selectionChanged(const QItemSelection &selected, const QItemSele
     std::vector<tndNode> nodes;
     for (const QModelIndex &index : selectionModel()->selectedRows())
         nodes.push_back(m_model->nodeAt(index));
+    m_isTelling = true;
     m_scene.setSelection(nodes);
+    m_isTelling = false;
 }
 
 void SceneView::createActions()
@@ -145,12 +147,25 @@ void SceneView::removeSelected()
 
 void SceneView::showSelection()
 {
-    // Also after the view's own choice: then nothing changes, as the root can be chosen in neither.
+    if (m_isTelling)
+        return;
+    // By ranges: single rows take their square.
     QItemSelection selection;
+    QModelIndex first;
+    QModelIndex last;
+    const auto addRange = [&] {
+        if (last.isValid())
+            selection.append(QItemSelectionRange(first, last));
+    };
     for (const tndNode &node : m_scene.selectedNodes(false)) {
         const QModelIndex index = m_model->indexOf(node);
-        selection.select(index, index);
+        if (!last.isValid() || index != last.siblingAtRow(last.row() + 1)) {
+            addRange();
+            first = index;
+        }
+        last = index;
     }
+    addRange();
     m_isFollowing = true;
     selectionModel()->select(selection,
                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);

@@ -42,4 +42,5 @@ private:
     Scene &m_scene;
     SceneModel *m_model; ///< owned as QObject child
     bool m_isFollowing = false; ///< the selection comes from the scene, or is about to
+    bool m_isTelling = false; ///< the scene learns the selection from the view
 };
