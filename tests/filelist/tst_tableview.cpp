@@ -1,149 +1,267 @@
+#include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
-#include "filelist/tnCADImportTableView.h"
+#include "filelist/tnFileImportDialog.h"
+#include "logbook/logbookPath.h"
+#include "platform/tnHeaderViewBase.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTimer>
 #include <QtGui/QContextMenuEvent>
+#include <QtGui/QDesktopServices>
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QPushButton>
 
-namespace {
-
-/// The list as the dialog puts it together: the view, set up by the form, then its models.
-struct FileList {
-    ScriptedServices services;
-    tnCADImportFileModel model;
-    QSortFilterProxyModel proxy;
-    tnCADImportTableView view;
-
-    FileList()
-    {
-        view.setSelectionBehavior(QAbstractItemView::SelectRows);
-        view.setSortingEnabled(true);
-        view.horizontalHeader()->setStretchLastSection(true);
-        proxy.setSourceModel(&model);
-        view.setModel(&proxy);
-        proxy.setSortRole(tnCADImportFileModel::SortRole);
-        model.addFiles({"/b.step", "/c.stl", "/a.step"});
-    }
-
-    QString shown() const
-    {
-        QStringList names;
-        for (int row : view.sortedRows())
-            names << model.index(row, 0).data().toString().trimmed();
-        return names.join(' ');
-    }
-
-    /// With both clicks that the window system makes a double click of.
-    void doubleClickHeader(int section)
-    {
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        const QHeaderView *header = view.horizontalHeader();
-        const QPoint inside(header->sectionViewportPosition(section) + 20, header->height() / 2);
-        QTest::mouseDClick(view.windowHandle(), Qt::LeftButton, {},
-                           header->viewport()->mapTo(&view, inside));
-    }
-};
-
-} // namespace
+using Model = tnCADImportFileModel;
 
 class tst_TableView : public QObject {
     Q_OBJECT
 
+public Q_SLOTS:
+    void openInBrowser(const QUrl &url) { m_opened << url.toLocalFile(); }
+
 private Q_SLOTS:
-    void standsAsItCameUntilSorted()
+    void initTestCase()
     {
-        FileList list;
-        QCOMPARE(list.shown(), QString("b.step c.stl a.step"));
-        list.view.setSortingEnabled(true);
-        QCOMPARE(list.shown(), QString("b.step c.stl a.step"));
-        for (const char *expected :
-             {"a.step b.step c.stl", "c.stl b.step a.step", "a.step b.step c.stl"}) {
-            list.doubleClickHeader(tnCADImportFileModel::FileColumn);
-            QCOMPARE(list.shown(), QString(expected));
-        }
-        // All sizes are equal: such rows stand as they came, parts below their assembly.
-        list.model.addChildFiles({"/z.prt"}, "/b.step");
-        for (int i = 0; i < 2; ++i) {
-            list.doubleClickHeader(tnCADImportFileModel::SizeColumn);
-            QCOMPARE(list.shown(), QString("b.step z.prt c.stl a.step"));
-        }
+        QCoreApplication::setOrganizationName("tests");
+        QDesktopServices::setUrlHandler("file", this, "openInBrowser");
+    }
+    void cleanupTestCase() { QDesktopServices::unsetUrlHandler("file"); }
+
+    void init()
+    {
+        m_dialog = std::make_unique<tnCADImportDialog>(nullptr);
+        m_view = m_dialog->tableView;
+        m_model = m_view->fileModel();
+        m_dialog->prepareImport({"/p/part.step", "/b/robot.step", "/c/c.step", "/a/a.step"}, {}, 0);
+        m_model->addChildFiles({"/b/arm.step"}, "/b/robot.step");
+        m_dialog->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
     }
 
-    void partsStayBelowTheirAssembly()
+    void standsAsItCameUntilSorted()
     {
-        FileList list;
-        list.view.sortByColumn(tnCADImportFileModel::StateColumn, Qt::AscendingOrder);
-        list.model.addChildFiles({"/z.prt"}, "/b.step");
-        QTRY_COMPARE(list.shown(), QString("b.step z.prt c.stl a.step"));
-        list.model.setFileState("/b.step", ImportState::Loading);
-        QTRY_COMPARE(list.shown(), QString("c.stl a.step b.step z.prt"));
+        QCOMPARE(shown(), QString("part robot arm c a"));
+        m_view->setSortingEnabled(true);
+        QCOMPARE(shown(), QString("part robot arm c a"));
+        for (const char *expected :
+             {"a c part robot arm", "robot arm part c a", "a c part robot arm"}) {
+            doubleClickHeader(Model::FileColumn);
+            QCOMPARE(shown(), QString(expected));
+        }
+        // All sizes are equal: such rows stand as they came, parts below their assembly.
+        for (int i = 0; i < 2; ++i) {
+            doubleClickHeader(Model::SizeColumn);
+            QCOMPARE(shown(), QString("part robot arm c a"));
+        }
     }
 
     void sortsAgainOnlyForRowsOutOfOrder()
     {
-        FileList list;
-        list.view.sortByColumn(tnCADImportFileModel::StateColumn, Qt::AscendingOrder);
-        list.view.selectRow(2);
-        list.model.setFileState("/c.stl", ImportState::Succeeded);
-        list.model.setFileState("/b.step", ImportState::Succeeded);
-        QTRY_COMPARE(list.shown(), QString("a.step b.step c.stl"));
-        QCOMPARE(list.view.selectionModel()->selectedRows().size(), 1);
-        QVERIFY(list.view.selectionModel()->isRowSelected(0, {}));
+        m_view->sortByColumn(Model::StateColumn, Qt::AscendingOrder);
+        m_model->addChildFiles({"/b/hand.prt"}, "/b/robot.step");
+        QTRY_COMPARE(shown(), QString("part robot hand arm c a"));
+        m_view->selectRow(5);
+        m_model->setFileState("/c/c.step", ImportState::Succeeded);
+        m_model->setFileState("/b/robot.step", ImportState::Succeeded);
+        QTRY_COMPARE(shown(), QString("part a robot hand arm c"));
+        QCOMPARE(m_view->selectionModel()->selectedRows().size(), 1);
+        QVERIFY(m_view->selectionModel()->isRowSelected(1, {}));
 
-        QSignalSpy layout(list.view.model(), &QAbstractItemModel::layoutChanged);
-        list.model.setFileProgress("/b.step", 50, "half way");
+        const QSignalSpy layout(m_view->model(), &QAbstractItemModel::layoutChanged);
+        m_model->setFileProgress("/b/robot.step", 50, "half way");
         QTest::qWait(200);
         QCOMPARE(layout.size(), 0);
     }
 
     void removesSelectedRowsUnlessLocked()
     {
-        FileList list;
-        list.model.addChildFiles({"/z.prt"}, "/b.step");
-        list.view.sortByColumn(0, Qt::DescendingOrder);
-        QCOMPARE(list.shown(), QString("c.stl b.step z.prt a.step"));
-        QSignalSpy changed(&list.model, &tnCADImportFileModel::changed);
-        list.view.onRemove();
-        list.view.selectRow(2);
-        list.view.onRemove();
+        m_view->sortByColumn(Model::FileColumn, Qt::DescendingOrder);
+        const QSignalSpy changed(m_model, &Model::changed);
+        m_view->clearSelection();
+        m_view->onRemove();
+        m_view->selectRow(1); // a part, which goes with its assembly only
+        m_view->onRemove();
+        m_view->selectRow(0);
+        m_view->setLocked(true);
+        QCOMPARE(m_view->contextMenuPolicy(), Qt::PreventContextMenu);
+        m_view->onRemove();
+        m_view->onRemoveImported();
         QCOMPARE(changed.size(), 0);
-
-        list.view.selectRow(1);
-        list.view.setLocked(true);
-        list.view.onRemove();
-        QCOMPARE(changed.size(), 0);
-        QCOMPARE(list.view.contextMenuPolicy(), Qt::PreventContextMenu);
-        QCOMPARE(int(list.view.editTriggers()), 0);
-        list.view.setLocked(false);
-        QCOMPARE(list.view.contextMenuPolicy(), Qt::DefaultContextMenu);
-        QCOMPARE(int(list.view.editTriggers()), 26);
-        list.view.onRemove();
-        QCOMPARE(list.shown(), QString("c.stl a.step"));
+        m_view->setLocked(false);
+        QCOMPARE(m_view->contextMenuPolicy(), Qt::DefaultContextMenu);
+        m_view->onRemove();
+        QCOMPARE(shown(), QString("part c a"));
         QCOMPARE(changed.size(), 1);
     }
 
-    void headerMenuHidesColumns()
+    void headerHidesColumns()
     {
-        FileList list;
-        list.view.show();
-        QHeaderView *header = list.view.horizontalHeader();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, header->mapToGlobal({5, 5}));
-        QApplication::sendEvent(header->viewport(), &event);
-        const auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-        QVERIFY(menu);
-        QAction *const size = menu->actions().at(tnCADImportFileModel::SizeColumn);
-        QCOMPARE(size->text(), QString("Size"));
-        for (bool hidden : {true, false}) {
-            size->trigger();
-            QCOMPARE(list.view.isColumnHidden(tnCADImportFileModel::SizeColumn), hidden);
-            QCOMPARE(size->isChecked(), !hidden);
+        auto *header = qobject_cast<tnHeaderViewBase *>(m_view->horizontalHeader());
+        for (const bool visible : {false, true}) {
+            header->setSectionVisible(Model::SizeColumn, visible);
+            QCOMPARE(m_view->isColumnHidden(Model::SizeColumn), !visible);
+            QCOMPARE(header->isSectionVisible(Model::SizeColumn), visible);
         }
     }
+
+    void menuOffersWhatTheSelectionAllows()
+    {
+        fillForMenu();
+        const std::pair<std::vector<int>, QString> cases[] = {
+            {{}, "Add Clear"},
+            {{1}, "Add Remove Clear File"},
+            {{3}, "Reimport Add Remove Clear File"}, // incomplete
+            {{1, 3}, "Add Remove Clear"},
+        };
+        for (const auto &[rows, entries] : cases) {
+            select(rows);
+            QCOMPARE(openMenu(), entries);
+        }
+        m_model->setFileState("/a/a.step", ImportState::Failed);
+        emit m_services.files.fileConversionStarted(1, "/a/a.step");
+        QCOMPARE(openMenu(), QString("Add Remove Log"));
+    }
+
+    void menuActsOnTheRowThatIsSeenSelected()
+    {
+        fillForMenu();
+        select({3});
+        openMenu("Show File in Explorer");
+        openMenu("Reimport Missing Components");
+        QCOMPARE(m_services.files.reimports.size(), std::size_t(1));
+        QCOMPARE(m_services.files.reimports.at(0).node, tndNode(7));
+        m_view->onShowLog();
+        select({});
+        m_view->onShowFiles();
+        QCOMPARE(m_opened, QStringList({"/b", defaultOutputDirectory(), "/p"}));
+        openMenu("Clear Imported Files");
+        QCOMPARE(shown(), QString("c part robot arm"));
+    }
+
+    void deleteKeyWaitsForTheMenu()
+    {
+        fillForMenu();
+        const auto press = [this](QWidget *field) {
+            QApplication::setActiveWindow(m_dialog.get());
+            field->setFocus();
+            QTRY_VERIFY(field->hasFocus());
+            QTest::keyClick(field, Qt::Key_Delete);
+        };
+        select({});
+        openMenu();
+        select({3});
+        press(m_view);
+        QCOMPARE(m_model->rowCount(), 5);
+        openMenu();
+        press(m_dialog->_cbMode);
+        QCOMPARE(m_model->rowCount(), 5);
+        press(m_view);
+        QCOMPARE(shown(), QString("a c part"));
+    }
+
+    void addTakesWhatCanBeImportedAndRemembersWhere()
+    {
+        const QTemporaryDir dir;
+        const QString first = dir.filePath("b.step");
+        const QString second = dir.filePath("a.stl");
+        for (const QString &path : {first, second, dir.filePath("notes.txt")})
+            QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+        m_model->clear();
+
+        // What the user types into the chooser and presses, and where the chooser had opened.
+        const auto add = [&](const QString &typed, QDialogButtonBox::StandardButton pressed) {
+            QString opened;
+            QTimer::singleShot(0, this, [&] {
+                auto *chooser =
+                    qobject_cast<tnFileImportDialog *>(QApplication::activeModalWidget());
+                QVERIFY(chooser);
+                opened = chooser->directory().path();
+                chooser->findChild<QLineEdit *>("fileNameEdit")->setText(typed);
+                chooser->findChild<QDialogButtonBox *>()->button(pressed)->click();
+            });
+            m_view->onAdd();
+            return opened;
+        };
+        const QString usual = QFileDialog().directory().path();
+        const QString all = '"' + first + "\" \"" + dir.filePath("notes.txt") + "\" \"" + second;
+        QCOMPARE(add(all + '"', QDialogButtonBox::Cancel), usual);
+        QVERIFY(m_model->isEmpty());
+        QCOMPARE(add(all + '"', QDialogButtonBox::Open), usual);
+        QCOMPARE(m_model->fileNames(false), QStringList({first, second}));
+        tnFileImportDialog().storeLastDirectory(QString());
+        QCOMPARE(QSettings().value("importDialog/lastDirectory").toString(), dir.path());
+        QCOMPARE(add("a.stl", QDialogButtonBox::Open), dir.path());
+        QCOMPARE(m_model->rowCount(), 2);
+    }
+
+private:
+    QString shown() const
+    {
+        QStringList names;
+        for (const int row : m_view->sortedRows())
+            names << QFileInfo(m_model->fileNames(false).at(row)).baseName();
+        return names.join(' ');
+    }
+    /// With both clicks that the window system makes a double click of.
+    void doubleClickHeader(int section)
+    {
+        const QHeaderView *header = m_view->horizontalHeader();
+        const QPoint inside(header->sectionViewportPosition(section) + 20, header->height() / 2);
+        QTest::mouseDClick(m_dialog->windowHandle(), Qt::LeftButton, {},
+                           header->viewport()->mapTo(m_dialog.get(), inside));
+    }
+    void fillForMenu()
+    {
+        m_model->setFileNode("/b/robot.step", tndNode(7));
+        m_model->setFileState("/b/robot.step", ImportState::Incomplete);
+        m_model->setFileState("/a/a.step", ImportState::Succeeded);
+        m_view->sortByColumn(Model::FileColumn, Qt::AscendingOrder);
+        QCOMPARE(shown(), QString("a c part robot arm"));
+    }
+    void select(const std::vector<int> &rows)
+    {
+        m_view->clearSelection();
+        for (const int row : rows)
+            m_view->selectionModel()->select(m_view->model()->index(row, 0),
+                                             QItemSelectionModel::Select
+                                                 | QItemSelectionModel::Rows);
+    }
+    /// Opens the menu, triggers the entry of that text and gives the first words of what was
+    /// offered.
+    QString openMenu(const QString &text = {})
+    {
+        QStringList offered;
+        QTimer::singleShot(0, this, [&] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            QList<QAction *> chosen;
+            for (QAction *action : menu->actions()) {
+                if (!action->isSeparator() && action->isVisible() && action->isEnabled())
+                    offered << action->text();
+                if (action->text() == text && !text.isEmpty())
+                    chosen << action;
+            }
+            menu->close();
+            for (QAction *action : chosen)
+                action->trigger();
+        });
+        QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, m_view->mapToGlobal({5, 5}));
+        QApplication::sendEvent(m_view->viewport(), &event);
+        return offered.replaceInStrings(QRegularExpression("^Show (Import )?| .*"), QString())
+            .join(' ');
+    }
+
+    ScriptedServices m_services;
+    std::unique_ptr<tnCADImportDialog> m_dialog;
+    tnCADImportTableView *m_view = nullptr;
+    Model *m_model = nullptr;
+    QStringList m_opened;
 };
 
 QTEST_MAIN(tst_TableView)
