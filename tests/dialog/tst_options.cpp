@@ -134,15 +134,11 @@ struct Options {
             : widget->inherits("QCheckBox")  ? "checked"
                                              : "value";
     }
-    double shown(const QString &name) const
-    {
-        return widget(name)->property(property(widget(name))).toDouble();
-    }
     Values allShown() const
     {
         Values values;
-        for (const Change &change : allChanges)
-            values[change.widget] = shown(change.widget);
+        for (const auto &[name, value, fields] : allChanges)
+            values[name] = widget(name)->property(property(widget(name))).toDouble();
         return values;
     }
     void put(const QString &name, double value)
@@ -173,18 +169,6 @@ class tst_Options : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void typesWithOptions()
-    {
-        const std::set<int> without{Cinema4D, Webplan, Lumen, Obj, Python, Orrery, VRML};
-        CapturedStream output(stdout);
-        for (int type = Cinema4D; type <= Unsupported; ++type) {
-            const bool supported = tnCADImportDialog::supportsImportSettings(FileType(type));
-            QVERIFY2(supported == (type <= BCAD && !without.count(type)), QByteArray::number(type));
-        }
-        const QByteArray line = "tnCADImportDialog::supportsImportSettings : type ";
-        QCOMPARE(output.take(), line + "Undefined not found\n" + line + "Unsupported not found\n");
-    }
-
     /// A widget changes the fields that are its own and no others, nothing goes to the service
     /// before it is told to, and what went there comes back into the same widget.
     void eachOption()
@@ -212,9 +196,14 @@ private Q_SLOTS:
     /// survive a look at that one, and reach the service.
     void eachType()
     {
-        for (int number :
-             {1, 3, 6, 7, 10, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 23, 24, 26, 27, 28, 29, 30}) {
+        const std::set<int> without{Cinema4D, Webplan, Lumen, Obj, Python, Orrery, VRML};
+        for (int number = Cinema4D; number <= BCAD; ++number) {
             const auto type = static_cast<FileType>(number);
+            const QByteArray row = "type " + QByteArray::number(number);
+            const bool supported = tnCADImportDialog::supportsImportSettings(type);
+            QVERIFY2(supported != (without.count(type) != 0), row);
+            if (!supported || type == Parasolid || type == SketchUp) // the latter share BCAD's
+                continue;
             const FileType other = type == JT ? Step : JT;
             Options options;
             tndXlatSettings &record = options.service.xlatSettings[type];
@@ -234,7 +223,6 @@ private Q_SLOTS:
             options.select(other);
             options.put("m_importerVersion", 0);
             options.select(type);
-            const QByteArray row = "type " + QByteArray::number(number);
             QVERIFY2(options.allShown() == changed, row);
             QVERIFY2(options.written(type) == expected, row);
             QVERIFY2(options.written(other) == valuesOf(tndXlatSettings()), row);
