@@ -105,7 +105,7 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
     request.removeConverted = removeConverted;
     request.direct = direct;
     if (!direct && m_sceneSettings.getCreateReferences())
-        request.places = std::exchange(m_places, {});
+        request.places = m_places;
     for (const QString &file : files) {
         if (const QFileInfo info(file); info.isRelative())
             m_givenPaths.insert(info.absoluteFilePath(), file);

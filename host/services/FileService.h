@@ -45,9 +45,9 @@ public:
     quint64 loadFiles(const QStringList &files, const tndNode &target,
                       const QString &outputDirectory, bool load, bool removeConverted,
                       bool direct) override;
-    /// In the next job that creates references, what is loaded from these paths takes the place of
-    /// these nodes, as far as they are still there, in place of becoming a child of the target.
-    /// Direct jobs excepted.
+    /// In jobs that create references, what is loaded from these paths takes the place of these
+    /// nodes, as far as they are still there, in place of becoming a child of the target. Direct
+    /// jobs excepted.
     void setPlaces(const QMultiHash<QString, tndNode> &places);
     /// Writes where the last job of loadFiles() wrote. A node without a source file is a job
     /// without files.
