@@ -16,6 +16,8 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScrollBar>
 
+#include <optional>
+
 namespace {
 
 const QStringList keys{"importDialog/advancedOptionsCollapseState",
@@ -118,12 +120,18 @@ int dieInOrder(const QByteArray &order, int argc, char **argv)
 class tst_Lifecycle : public QObject {
     Q_OBJECT
 
+private:
+    std::optional<ScriptedServices> m_services;
+
 private Q_SLOTS:
-    void init() { QSettings().clear(); }
+    void init()
+    {
+        QSettings().clear();
+        m_services.emplace();
+    }
 
     void manyFilesKeepTheListAsItLooks()
     {
-        ScriptedServices services;
         tnCADImportDialog dialog(nullptr);
         dialog.appendFiles({"/z.step"});
         dialog.tableView->sortByColumn(tnCADImportFileModel::FileColumn, Qt::DescendingOrder);
@@ -154,7 +162,6 @@ private Q_SLOTS:
 
     void windowSettingsComeBack()
     {
-        ScriptedServices services;
         for (const unsigned int pattern : {0x55u, 0x2au, 0x33u}) {
             {
                 tnCADImportDialog dialog(nullptr);
@@ -178,7 +185,6 @@ private Q_SLOTS:
 
     void damagedSettingsDoNoHarm()
     {
-        ScriptedServices services;
         const QByteArray upright = QSplitter(Qt::Vertical).saveState();
         const QByteArray cut = QWidget().saveGeometry().left(20);
         for (const QVariant &value : {QVariant("\x01 garbage"), QVariant(QStringList{"a", "b"}),
@@ -194,12 +200,11 @@ private Q_SLOTS:
 
     void theWindowHoldsItsContents()
     {
-        ScriptedServices services;
         tnPlatform::setDpiScale(1, 1);
         tnCADImportDialog dialog(nullptr);
         tnPlatform::setDpiScale(0, 0);
         dialog.prepareImport({"/cad/a.step"}, {}, 0);
-        emit services.files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
+        emit m_services->files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
         dialog.show();
         QVERIFY(dialog._settings->verticalScrollBar()->maximum() > 0);
         QCOMPARE(dialog._settings->horizontalScrollBar()->maximum(), 0);
@@ -213,7 +218,6 @@ private Q_SLOTS:
 
     void aReloadReplacesWhatWasThere()
     {
-        ScriptedServices services;
         tnCADImportDialog dialog(nullptr);
         dialog._cbMode->setCurrentIndex(2);
         dialog.prepareImport({"/cad/a.step"}, tndNode(5), 0);
@@ -222,19 +226,18 @@ private Q_SLOTS:
         QVERIFY(dialog._cbMode->currentIndex() == 0 && !dialog._cbMode->signalsBlocked());
         QCOMPARE(dialog._globalReferenceBehavior->currentIndex(), 1);
         dialog.onImport();
-        QVERIFY(services.files.loads.at(0).load); // not the mode that converts only
-        QCOMPARE(services.files.loads.at(0).target, tndNode(6));
+        QVERIFY(m_services->files.loads.at(0).load); // not the mode that converts only
+        QCOMPARE(m_services->files.loads.at(0).target, tndNode(6));
     }
 
     void handlersComeBeforeTheWatchers()
     {
-        ScriptedServices services;
-        auto &stored = services.files.xlatSettings;
+        auto &stored = m_services->files.xlatSettings;
         stored[tnCADFileTypes::Iges].setChordDeviation(7);
         tnCADImportDialog dialog(nullptr);
         dialog.prepareImport({"/cad/a.step", "/cad/b.igs"}, {}, 0);
-        emit services.files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
-        emit services.files.fileTypeReceived("/cad/b.igs", tnCADFileTypes::Iges);
+        emit m_services->files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
+        emit m_services->files.fileTypeReceived("/cad/b.igs", tnCADFileTypes::Iges);
         // Options stored before those of the new type are shown would be those of the old one.
         dialog._cbFileType->setCurrentIndex(dialog._cbFileType->findText("Step"));
         dialog._tesselation->chordDeviationSpinBox->setValue(3);
@@ -254,7 +257,6 @@ private Q_SLOTS:
 
     void dropsAreSearched()
     {
-        ScriptedServices services;
         Folder folder;
         tnCADImportDialog dialog(nullptr);
         int visits = 0;
@@ -285,95 +287,82 @@ private Q_SLOTS:
         dialog.onImport();
         drop(dialog, folder.urls);
         QVERIFY(!dialog._abort->isHidden() && dialog._pbImport->isHidden());
-        emit services.files.importFinished(1, 1);
+        emit m_services->files.importFinished(1, 1);
         QVERIFY(dialog._abort->isHidden() && !dialog._pbImport->isHidden());
-    }
-
-    void anythingMayHappenDuringASearch_data()
-    {
-        QTest::addColumn<bool>("open");
-        QTest::addColumn<QString>("left");
-        QTest::newRow("drop") << true << "old.step a.step b.igs other.stl";
-        QTest::newRow("close") << false << "";
-        QTest::newRow("escape") << false << "old.step";
-        QTest::newRow("prepare") << true << "new.step";
-        QTest::newRow("batch") << false << "";
-        QTest::newRow("search") << true << "other.stl";
-        QTest::newRow("delete") << false << "";
     }
 
     void anythingMayHappenDuringASearch()
     {
-        ScriptedServices services;
         Folder folder;
         QTemporaryDir other;
         QVERIFY(QFile(other.filePath("other.stl")).open(QIODevice::WriteOnly));
         const QList<QUrl> otherUrl{QUrl::fromLocalFile(other.path())};
-        QPointer<tnCADImportDialog> dialog = new tnCADImportDialog(nullptr);
-        dialog->prepareImport({"/cad/old.step"}, {}, 0);
-        dialog->show();
-        const QByteArray what = QTest::currentDataTag();
-        bool once = false;
-        const auto meanwhile = [&] {
-            if (std::exchange(once, true))
-                return;
-            if (what == "drop")
-                QVERIFY(drop(*dialog, otherUrl));
-            if (what == "close")
-                dialog->_pbClose->click();
-            if (what == "escape")
-                dialog->reject();
-            if (what == "prepare")
-                dialog->prepareImport({"/cad/new.step"}, {}, 3);
-            if (what == "batch") {
-                dialog->prepareImport({"/cad/new.step"}, {}, 0);
-                dialog->tableView->fileModel()->setFileState("/cad/new.step",
-                                                             ImportState::Succeeded);
-                emit services.files.importFinished(1, 1);
-            }
-            if (what == "search")
-                dialog->prepareImport(dialog->searchUrls(otherUrl), {}, 0);
-            if (what == "delete")
-                delete dialog;
+        QPointer<tnCADImportDialog> dialog;
+        const struct {
+            QByteArray what;
+            bool isOpen;
+            QString left;
+            std::function<void()> happens;
+        } rows[] = {
+            {"drop", true, "old.step a.step b.igs other.stl", [&] { drop(*dialog, otherUrl); }},
+            {"close", false, "", [&] { dialog->_pbClose->click(); }},
+            {"escape", false, "old.step", [&] { dialog->reject(); }},
+            {"prepare", true, "new.step", [&] { dialog->prepareImport({"/cad/new.step"}, {}, 3); }},
+            {"batch", false, "",
+             [&] {
+                 dialog->prepareImport({"/cad/new.step"}, {}, 0);
+                 dialog->tableView->fileModel()->setFileState("/cad/new.step",
+                                                              ImportState::Succeeded);
+                 emit m_services->files.importFinished(1, 1);
+             }},
+            {"search", true, "other.stl",
+             [&] { dialog->prepareImport(dialog->searchUrls(otherUrl), {}, 0); }},
+            {"delete", false, "", [&] { delete dialog; }},
         };
-        const auto connection = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, qApp,
-                                        meanwhile, Qt::QueuedConnection);
-        dialog->addDroppedUrls(folder.urls);
-        QCoreApplication::processEvents(); // a drop has waited
-        disconnect(connection);
-        QVERIFY(once && !QGuiApplication::overrideCursor());
-        QCOMPARE(!dialog, what == "delete");
-        if (!dialog)
-            return;
-        QStringList files;
-        for (const QString &path : dialog->tableView->fileModel()->fileNames(false))
-            files << QFileInfo(path).fileName();
-        QTEST(files.join(' '), "left");
-        QTEST(dialog->isVisible(), "open");
-        QCOMPARE(dialog->windowTitle() == "Re-import File", what == "prepare");
-        delete dialog;
-    }
-
-    void whoeverDiesFirst_data()
-    {
-        QTest::addColumn<QString>("order");
-        for (const char *order : {"application", "exit", "window application", "window exit"})
-            QTest::newRow(order) << QString(order);
+        for (const auto &row : rows) {
+            dialog = new tnCADImportDialog(nullptr);
+            dialog->prepareImport({"/cad/old.step"}, {}, 0);
+            dialog->show();
+            bool once = false;
+            const auto meanwhile = [&] {
+                if (!std::exchange(once, true))
+                    row.happens();
+            };
+            const auto connection = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory,
+                                            qApp, meanwhile, Qt::QueuedConnection);
+            dialog->addDroppedUrls(folder.urls);
+            QCoreApplication::processEvents(); // a drop has waited
+            disconnect(connection);
+            QVERIFY2(once && !QGuiApplication::overrideCursor(), row.what);
+            QVERIFY2(!dialog == (row.what == "delete"), row.what);
+            if (!dialog)
+                continue;
+            QStringList files;
+            for (const QString &path : dialog->tableView->fileModel()->fileNames(false))
+                files << QFileInfo(path).fileName();
+            QVERIFY2(files.join(' ') == row.left, row.what + ' ' + files.join(' ').toUtf8());
+            QVERIFY2(dialog->isVisible() == row.isOpen, row.what);
+            QVERIFY2((dialog->windowTitle() == "Re-import File") == (row.what == "prepare"),
+                     row.what);
+            delete dialog;
+        }
     }
 
     void whoeverDiesFirst()
     {
-        QFETCH(QString, order);
         QSettings settings("tn", "exit");
-        settings.clear();
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QCoreApplication::applicationFilePath(), {"--die", order});
-        QVERIFY(process.waitForFinished());
-        QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
-                 process.readAll());
-        settings.sync();
-        QCOMPARE(settings.allKeys(), order == "exit" ? keys : QStringList());
+        for (const QString order : {"application", "exit", "window application", "window exit"}) {
+            settings.clear();
+            settings.sync();
+            QProcess process;
+            process.setProcessChannelMode(QProcess::MergedChannels);
+            process.start(QCoreApplication::applicationFilePath(), {"--die", order});
+            QVERIFY(process.waitForFinished());
+            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
+                     order.toUtf8() + ": " + process.readAll());
+            settings.sync();
+            QCOMPARE(settings.allKeys(), order == "exit" ? keys : QStringList());
+        }
     }
 };
 
