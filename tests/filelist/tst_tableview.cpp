@@ -82,6 +82,7 @@ private Q_SLOTS:
     void removesSelectedRowsUnlessLocked()
     {
         m_view->sortByColumn(Model::FileColumn, Qt::DescendingOrder);
+        m_model->setFileState("/a/a.step", ImportState::Succeeded);
         const QSignalSpy changed(m_model, &Model::changed);
         m_view->clearSelection();
         m_view->onRemove();
