@@ -1,5 +1,7 @@
 #include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
+#include "module/getFromMessage.h"
+#include "module/getService.h"
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
 #include "platform/tnMessage.h"
@@ -63,6 +65,44 @@ private Q_SLOTS:
     {
         m_module.reset();
         m_services.reset();
+    }
+
+    void attributesAreReadByTheirExactType()
+    {
+        tnMessage message;
+        message.set("files", QStringList{"a", "b"}, true);
+        message.set("parentNodeId", 5, true);
+        QStringList files;
+        int absent = 7;
+        unsigned int value = 9;
+        CapturedStream err(stderr);
+        QVERIFY(getFromMessage(message, "files", files));
+        QVERIFY(!getFromMessage(message, "loadState", absent));
+        QVERIFY(!getFromMessage(message, "parentNodeId", value));
+        const QByteArray printed = err.take();
+        QVERIFY2(printed.startsWith("getFromMessage : Attribute 'parentNodeId' has wrong type "
+                                    "(is:'i' != req:'j')!\n"),
+                 printed);
+        QVERIFY2(printed.count('\n') > 2, "the call stack of the sender is missing");
+        QCOMPARE(files, QStringList({"a", "b"}));
+        QVERIFY(absent == 7 && value == 9);
+    }
+
+    void servicesAreFoundByClassOrTold()
+    {
+        QCOMPARE(getService<tnFileIOService>(), &m_services->files);
+        QCOMPARE(getService<tnControllerService>(), &m_services->controller);
+        cleanup();
+        const QByteArray name = typeid(tnFileIOService).name();
+        CapturedStream missing(stderr);
+        QVERIFY(!getService<tnFileIOService>());
+        QCOMPARE(missing.take(), "tnKernelServiceFactory: couldn't find class '" + name + "'!\n");
+
+        tnKernelServiceFactory::the().registerService<tnFileIOService>(nullptr);
+        CapturedStream null(stderr);
+        QVERIFY(!getService<tnFileIOService>());
+        QCOMPARE(null.take(), "tnKernelServiceFactory: service '" + name + "' is NULL!\n");
+        tnKernelServiceFactory::the().unregisterService<tnFileIOService>();
     }
 
     void newSceneIsPassedOn()
