@@ -104,22 +104,17 @@ private Q_SLOTS:
     {
         fill("A B", {{"B", "b1"}});
         setStates("A", "3");
-        QFont italics;
-        italics.setStyle(QFont::StyleItalic);
         const QStringList titles{"File", "Type", "Size", "State"};
         const QStringList texts{"A.step", "Step", "Unknown", "Failed"};
         for (int column = 0; column < 4; ++column) {
             QCOMPARE(m_model->headerData(column, Qt::Horizontal), QVariant(titles[column]));
-            QCOMPARE(m_model->headerData(column, Qt::Vertical), QVariant());
             QCOMPARE(at(0, column), QVariant(texts[column]));
             QCOMPARE(at(0, column, Qt::ToolTipRole), tnCADImportFile(path("A")).toolTip());
             QCOMPARE(at(0, column, Qt::TextAlignmentRole), QVariant(column == 2 ? 130 : 129));
             QCOMPARE(at(0, column, Qt::FontRole), QVariant());
-            QCOMPARE(at(2, column, Qt::FontRole), QVariant(italics));
+            QVERIFY(at(2, column, Qt::FontRole).value<QFont>().italic());
             QCOMPARE(at(0, column, Qt::DecorationRole).isValid(), column == 3);
-            for (const int role :
-                 {int(Qt::EditRole), int(Qt::StatusTipRole), int(Qt::WhatsThisRole)})
-                QCOMPARE(at(0, column, role), QVariant());
+            QCOMPARE(at(0, column, Qt::EditRole), QVariant());
         }
         QCOMPARE(m_model->headerData(4, Qt::Horizontal), QVariant());
         QCOMPARE(at(2, 0), QVariant("      b1.step"));
@@ -128,17 +123,15 @@ private Q_SLOTS:
 
         // Views may keep indexes of rows that are no more.
         const QModelIndex cell = m_model->index(0, 3);
-        QCOMPARE(m_model->Model::rowCount(cell), 3);
         m_model->clear();
         QVERIFY(m_model->isEmpty());
         QCOMPARE(heard(), QString("reset"));
         for (const int role : {0, 1, 3, 6, 256})
             QCOMPARE(m_model->data(cell, role), QVariant());
         QCOMPARE(m_model->data({}, Qt::TextAlignmentRole), QVariant());
-        for (const int row : {-1, 0}) {
-            QCOMPARE(m_model->stateOfRow(row), -1);
-            QVERIFY(m_model->nodeOfRow(row).isNull() && m_model->directoryOfRow(row).isNull());
-        }
+        for (const int row : {-1, 0})
+            QVERIFY(m_model->stateOfRow(row) == -1 && m_model->nodeOfRow(row).isNull()
+                    && m_model->directoryOfRow(row).isNull());
     }
 
     void addingSkipsKnownPaths()
@@ -296,10 +289,10 @@ private Q_SLOTS:
             fill("A B C", {{"B", "1 2"}});
             const QString states(row);
             setStates("B 1 2", states);
-            if (states[2] == '9')
-                remove({3});
-            if (states[1] == '9')
-                remove({2});
+            for (const int part : {2, 1}) {
+                if (states[part] == '9')
+                    remove({part + 1});
+            }
             m_model->setFileState(path("C"), ImportState::Incomplete);
             m_heard.clear();
             m_model->promoteCompletedParents();
