@@ -11,7 +11,6 @@ class TestPluginLoader : public QObject {
 private slots:
     void init() { qunsetenv("TN_FAKE_PLUGIN"); }
     void findsPluginsByTheProgram();
-    void tellsWhatIsWrong_data();
     void tellsWhatIsWrong();
     void startsTheGoodBesideTheBad();
 
@@ -44,39 +43,31 @@ void TestPluginLoader::findsPluginsByTheProgram()
     }
 }
 
-void TestPluginLoader::tellsWhatIsWrong_data()
-{
-    QTest::addColumn<QString>("plugin"); // a fake one, or the name of a file of text
-    QTest::addColumn<QString>("error");
-    const auto row = [](const char *plugin, const char *error) {
-        QTest::newRow(error) << plugin << error;
-    };
-    row("", "does not exist");
-    row("README", "no plug-in in the directory");
-    row("libgarbage.so", "cannot be loaded");
-    row("fakeOld", "version 14.9 of the host, this is 15.3");
-    row("fakeNoVersion", "does not export getPluginVersion");
-    row("fakeNoInit", "does not export initPlugin");
-}
-
 void TestPluginLoader::tellsWhatIsWrong()
 {
-    QFETCH(QString, plugin);
-    QFETCH(QString, error);
-    const QTemporaryDir tree;
-    const QString directory = tree.filePath("plugins");
-    if (plugin.startsWith("fake")) {
-        QVERIFY(install(plugin, directory));
-    } else if (!plugin.isEmpty()) {
-        QVERIFY(QDir().mkpath(directory));
-        QFile file(directory + '/' + plugin);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("no library") > 0);
+    // A fake one, or the name of a file of text; what is said of it.
+    const std::pair<QString, QString> cases[] = {
+        {"", "does not exist"},
+        {"README", "no plug-in in the directory"},
+        {"libgarbage.so", "cannot be loaded"},
+        {"fakeOld", "version 14.9 of the host, this is 15.3"},
+        {"fakeNoVersion", "does not export getPluginVersion"},
+        {"fakeNoInit", "does not export initPlugin"},
+    };
+    for (const auto &[plugin, error] : cases) {
+        const QTemporaryDir tree;
+        const QString directory = tree.filePath("plugins");
+        if (plugin.startsWith("fake")) {
+            QVERIFY(install(plugin, directory));
+        } else if (!plugin.isEmpty()) {
+            QVERIFY(QDir().mkpath(directory));
+            QVERIFY(QFile(directory + '/' + plugin).open(QIODevice::WriteOnly));
+        }
+        PluginLoader loader(directory, QString());
+        QVERIFY2(!loader.load() && loader.errors().size() == 1, qPrintable(error));
+        QVERIFY2(loader.errors().at(0).contains(error), qPrintable(loader.errors().at(0)));
+        QVERIFY(!isStarted());
     }
-    PluginLoader loader(directory, QString());
-    QVERIFY(!loader.load());
-    QCOMPARE(loader.errors().size(), 1);
-    QVERIFY2(loader.errors().at(0).contains(error), qPrintable(loader.errors().at(0)));
-    QVERIFY(!isStarted());
 }
 
 void TestPluginLoader::startsTheGoodBesideTheBad()
