@@ -10,7 +10,6 @@ class TestHeadless : public QObject {
     Q_OBJECT
 
 private slots:
-    void imports_data();
     void imports();
     void refusesWrongUsage();
     void needsNoDisplayAndNoLocale();
@@ -18,80 +17,67 @@ private slots:
     void abortsOnSignals();
 };
 
-void TestHeadless::imports_data()
-{
-    QTest::addColumn<QStringList>("arguments"); // what has no path lies in the working directory
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QStringList>("expected"); // in output or errors
-    QTest::addColumn<QStringList>("kept"); // in the output directory
-    const auto row = [](const char *name, const char *arguments, int status,
-                        const QStringList &expected, const QStringList &kept = {}) {
-        QTest::newRow(name) << QString(arguments).split(' ') << status << expected << kept;
-    };
-    row("import", "--output out bracket.step gear.stl", 0,
-        {"[1/2] bracket.step: conversion started\n", "[2/2] gear.stl: loaded, node ",
-         " triangles, (0.000, 0.000, 0.000) to (80.000, 60.000, 60.000) mm\n",
-         "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded; "});
-    row("keep", "--mode keep --output out gear.stl", 0,
-        {"Output directory: ", " loaded, node ", "\n1 of 1 files succeeded; 2 nodes, "},
-        {"gear.glb"});
-    row("convert, a bad file among good ones",
-        "--mode convert --output out --logbook --tmp . bracket.step broken.step gear.stl", 1,
-        {"\nbracket.step  Step  Succeeded ", "\nbroken.step   Step  Failed ",
-         "  broken.step is not a Step file", "\ngear.stl      STL   Succeeded ",
-         "\n2 of 3 files succeeded, 1 failed\nLogbook: ", "/import-logbook.txt\n"},
-        {"bracket.glb", "gear.glb"});
-    row("what cannot be imported is told, the rest goes on",
-        "notes.txt missing.step turbine.jt empty gear.stl", 1,
-        {"[1/5] notes.txt: not a supported file type\n",
-         "[2/5] missing.step: there is no such file\n",
-         "  This host has no converter for JT files.\n",
-         "[4/5] empty: there is no file to import in this folder\n",
-         "[5/5] gear.stl: loaded, node ", "\n1 of 5 files succeeded, 4 failed; "});
-    row("a folder, and each file once", "folder folder/z.stl", 0,
-        {"[1/2] a.stl: conversion started\n", "[2/2] z.stl: conversion started\n",
-         "\nfolder/below/a.stl  STL   Succeeded ", "\n2 of 2 files succeeded; "});
-    row("no file to send", "--logbook --tmp . missing.step", 1,
-        {"\n0 of 1 files succeeded, 1 failed; 0 nodes, ", "\nNo logbook was written.\n"});
-    // Two of the parts are files of the batch as well, each with a fate of its own.
-    row("missing parts", "robot.step base.stp gripper.stp", 1,
-        {"[1/3] robot.step: base.stp: conversion finished", "[2/3] base.stp: loaded, node ",
-         "\nrobot.step   Step  Incomplete ", "\nbase.stp     Step  Succeeded ",
-         "\n2 of 3 files succeeded, 1 incomplete; "});
-    row("dead converter", "--converter=/bin/false gear.stl bracket.step", 1,
-        {"\n0 of 2 files succeeded, 2 failed; 0 nodes"});
-    row("no plug-in", "--plugin-dir=empty gear.stl", 1, {"no plug-in in the directory"});
-    row("a plug-in without the dialog", "--plugin-dir=" TN_MUTE_PLUGIN " gear.stl", 1,
-        {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});
-}
-
 void TestHeadless::imports()
 {
-    QFETCH(QStringList, arguments);
-    QFETCH(int, status);
-    QFETCH(QStringList, expected);
-    QFETCH(QStringList, kept);
-    HostProcess host;
-    QVERIFY(host.write("broken.step", "nonsense") && host.write("turbine.jt", "something"));
-    QVERIFY(QDir(host.path("")).mkpath("empty") && QDir(host.path("")).mkpath("folder/below"));
-    QVERIFY(host.write("notes.txt", "milk") && host.write("folder/notes.txt", "not to import"));
-    QVERIFY(host.write("import-logbook.txt", "of an older batch"));
-    QVERIFY(host.copySample("gear.stl", "folder/z.stl"));
-    QVERIFY(host.copySample("gear.stl", "folder/below/a.stl"));
-    for (const QString sample : {"bracket.step", "gear.stl", "assembly/robot.step",
-                                 "assembly/base.stp", "assembly/gripper.stp"})
-        QVERIFY(host.copySample(sample, QFileInfo(sample).fileName()));
-    QVERIFY2(host.run(arguments << "--headless") == status, host.report());
-    for (const QString &text : expected)
-        QVERIFY2(host.report().contains(text.toUtf8()), host.report() + "??? " + text.toUtf8());
-    QCOMPARE(
-        QDir(host.path("out")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-        kept);
-    QCOMPARE(host.output.contains("\n  gear.stl: 192 triangles"),
-             !arguments.contains("convert") && host.output.contains("gear.stl: loaded"));
-    // An unseen window must not leave its size to the user's own.
-    QVERIFY(QStandardPaths::locate(QStandardPaths::GenericConfigLocation, "tnhost/tnhost.conf")
-                .isEmpty());
+    // What has no path lies in the working directory; what is expected, in output or errors; what
+    // is kept, in the output directory.
+    const auto check = [](const QString &arguments, int status, const QStringList &expected,
+                          const QStringList &kept = {}) {
+        HostProcess host;
+        QVERIFY(host.write("broken.step", "nonsense") && host.write("turbine.jt", "something"));
+        QVERIFY(QDir(host.path("")).mkpath("empty") && QDir(host.path("")).mkpath("folder/below"));
+        QVERIFY(host.write("notes.txt", "milk") && host.write("folder/notes.txt", "not to import"));
+        QVERIFY(host.write("import-logbook.txt", "of an older batch"));
+        QVERIFY(host.copySample("gear.stl", "folder/z.stl"));
+        QVERIFY(host.copySample("gear.stl", "folder/below/a.stl"));
+        for (const QString sample : {"bracket.step", "gear.stl", "assembly/robot.step",
+                                     "assembly/base.stp", "assembly/gripper.stp"})
+            QVERIFY(host.copySample(sample, QFileInfo(sample).fileName()));
+        QVERIFY2(host.run(("--headless " + arguments).split(' ')) == status, host.report());
+        for (const QString &text : expected)
+            QVERIFY2(host.report().contains(text.toUtf8()), host.report() + "??? " + text.toUtf8());
+        QCOMPARE(QDir(host.path("out"))
+                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 kept);
+        QCOMPARE(host.output.contains("\n  gear.stl: 192 triangles"),
+                 !arguments.contains("convert") && host.output.contains("gear.stl: loaded"));
+        // An unseen window must not leave its size to the user's own.
+        QVERIFY(QStandardPaths::locate(QStandardPaths::GenericConfigLocation, "tnhost/tnhost.conf")
+                    .isEmpty());
+    };
+    check("--output out bracket.step gear.stl", 0,
+          {"[1/2] bracket.step: conversion started\n", "[2/2] gear.stl: loaded, node ",
+           " triangles, (0.000, 0.000, 0.000) to (80.000, 60.000, 60.000) mm\n",
+           "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded; "});
+    check("--mode keep --output out gear.stl", 0,
+          {"Output directory: ", " loaded, node ", "\n1 of 1 files succeeded; 2 nodes, "},
+          {"gear.glb"});
+    check("--mode convert --output out --logbook --tmp . bracket.step broken.step gear.stl", 1,
+          {"\nbracket.step  Step  Succeeded ", "\nbroken.step   Step  Failed ",
+           "  broken.step is not a Step file", "\ngear.stl      STL   Succeeded ",
+           "\n2 of 3 files succeeded, 1 failed\nLogbook: ", "/import-logbook.txt\n"},
+          {"bracket.glb", "gear.glb"});
+    check("notes.txt missing.step turbine.jt empty gear.stl", 1,
+          {"[1/5] notes.txt: not a supported file type\n",
+           "[2/5] missing.step: there is no such file\n",
+           "  This host has no converter for JT files.\n",
+           "[4/5] empty: there is no file to import in this folder\n",
+           "[5/5] gear.stl: loaded, node ", "\n1 of 5 files succeeded, 4 failed; "});
+    check("folder folder/z.stl", 0,
+          {"[1/2] a.stl: conversion started\n", "[2/2] z.stl: conversion started\n",
+           "\nfolder/below/a.stl  STL   Succeeded ", "\n2 of 2 files succeeded; "});
+    check("--logbook --tmp . missing.step", 1,
+          {"\n0 of 1 files succeeded, 1 failed; 0 nodes, ", "\nNo logbook was written.\n"});
+    // Two of the parts are files of the batch as well, each with a fate of its own.
+    check("robot.step base.stp gripper.stp", 1,
+          {"[1/3] robot.step: base.stp: conversion finished", "[2/3] base.stp: loaded, node ",
+           "\nrobot.step   Step  Incomplete ", "\nbase.stp     Step  Succeeded ",
+           "\n2 of 3 files succeeded, 1 incomplete; "});
+    check("--converter=/bin/false gear.stl bracket.step", 1,
+          {"\n0 of 2 files succeeded, 2 failed; 0 nodes"});
+    check("--plugin-dir=empty gear.stl", 1, {"no plug-in in the directory"});
+    check("--plugin-dir=" TN_MUTE_PLUGIN " gear.stl", 1,
+          {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});
 }
 
 void TestHeadless::refusesWrongUsage()

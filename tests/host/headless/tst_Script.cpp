@@ -14,41 +14,52 @@ class TestScript : public QObject {
     Q_OBJECT
 
 private slots:
-    void runs_data();
     void runs();
     void leavesTheWindowOpen();
 };
 
-void TestScript::runs_data()
+void TestScript::runs()
 {
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArrayList>("answers"); // all lines of the output
-    QTest::addColumn<QByteArrayList>("notes"); // in this order among the errors
-    const auto row = [](const char *name, const QByteArray &script, int status,
-                        const QByteArrayList &answers, const QByteArrayList &notes) {
-        QTest::newRow(name) << script << status << answers << notes;
+    // The answers are all lines of the output, the notes stand in this order among the errors.
+    const auto check = [](const QByteArray &script, int status, const QByteArrayList &answers,
+                          const QByteArrayList &notes) {
+        HostProcess host;
+        for (const char *sample : {"gear.stl", "bracket.step"})
+            QVERIFY(host.copySample(sample, sample));
+        QVERIFY(host.write("broken.step", "nonsense") && host.write("script", script));
+        QVERIFY2(host.run({"--headless", "--script", "script"}) == status, host.report());
+        QCOMPARE(host.output, answers.join('\n') + '\n');
+        int from = 0;
+        for (const QByteArray &note : notes) {
+            from = host.errors.indexOf(note, from);
+            QVERIFY2(from >= 0, host.report() + "??? " + note);
+        }
+        QCOMPARE(host.errors.count("has wrong type"), notes.join().count("has wrong type"));
     };
-    row("each message when the jobs before it have ended", R"(# a comment
+    // Each message when the jobs before it have ended.
+    check(R"(# a comment
 
 {"message":"importCAD","attributes":{"files":["bracket.step"],"loadState":-1}}
 {"message":"reloadCAD","attributes":{"files":["gear.stl"],"wait":true}})",
-        0, {unanswered, reloaded},
-        {"bracket.step: loaded", "gear.stl: conversion started", "gear.stl: loaded",
-         "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded\n"});
-    row("a dialog that a failed file keeps open",
+          0, {unanswered, reloaded},
+          {"bracket.step: loaded", "gear.stl: conversion started", "gear.stl: loaded",
+           "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded\n"});
+    // A dialog that a failed file keeps open.
+    check(
         R"({"message":"reloadCAD","attributes":{"files":["broken.step","gear.stl"],"wait":true}})",
         1, {reloaded},
         {"gear.stl: loaded", "Line 1: the command waits for a dialog that stays open",
          "\n1 of 2 files succeeded, 1 failed\n"});
-    row("dialogs that wait for a user",
-        R"({"message":"importCAD","attributes":{"urls":["gear.stl"],"wait":true}}
+    // Dialogs that wait for a user.
+    check(R"({"message":"importCAD","attributes":{"urls":["gear.stl"],"wait":true}}
 {"message":"importCAD"}
 {"message":"importCAD","attributes":{"urls":["gear.stl"]}})",
-        0, {R"({"message":"importCAD","answer":{"result":0}})", unanswered, unanswered},
-        {"Line 1: the command waits for a dialog in which nobody presses Import",
-         "Line 2: a dialog asks", "Line 3: the import dialog is open"});
-    row("what is no message, and no command", R"(nonsense
+          0, {R"({"message":"importCAD","answer":{"result":0}})", unanswered, unanswered},
+          {"Line 1: the command waits for a dialog in which nobody presses Import",
+           "Line 2: a dialog asks", "Line 3: the import dialog is open"});
+    // What is no message, and no command.
+    check(
+        R"(nonsense
 []
 {"message":"importCAD","attribute":{}}
 {"message":"importCAD","attributes":{"wait":null}}
@@ -62,12 +73,14 @@ void TestScript::runs_data()
          R"({"line":5,"error":"the value of \"parentNodeId\" is no unsigned int"})",
          R"({"message":"noSuch \"one\"","error":"no plug-in offers this command"})", unanswered},
         {"\n1 of 1 files succeeded\n"});
-    row("every attribute in the type of its command",
+    // Every attribute in the type of its command.
+    check(
         R"({"message":"importCAD","attributes":{"files":["gear.stl"],"loadState":-1,"wait":true,"parentNodeId":1}}
 {"message":"importCAD","attributes":{"urls":["gear.stl"],"loadState":0,"wait":false}}
 {"message":"reloadCAD","attributes":{"files":["gear.stl"],"wait":true,"parent":1,"showDialog":true,"startImport":true}})",
         0, {unanswered, unanswered, reloaded}, {"\n2 of 2 files succeeded\n"});
-    row("values of other types",
+    // Values of other types.
+    check(
         R"({"message":"importCAD","attributes":{"files":"gear.stl","wait":1,"parentNodeId":-1,"loadState":0.5}}
 {"message":"reloadCAD","attributes":{"files":{"std::vector<QString>":["gear.stl"]},"parent":{"unsigned int":1}}})",
         0, {unanswered, R"({"message":"reloadCAD","answer":{}})"},
@@ -75,26 +88,6 @@ void TestScript::runs_data()
          "'loadState' has wrong type (is:'d' != req:'i')",
          "'wait' has wrong type (is:'i' != req:'b')", "'files' has wrong type (is:'7QString' !=",
          "'parent' has wrong type (is:'j' != req:'i')", "'files' has wrong type (is:'St6vector"});
-}
-
-void TestScript::runs()
-{
-    QFETCH(QByteArray, script);
-    QFETCH(int, status);
-    QFETCH(QByteArrayList, answers);
-    QFETCH(QByteArrayList, notes);
-    HostProcess host;
-    for (const char *sample : {"gear.stl", "bracket.step"})
-        QVERIFY(host.copySample(sample, sample));
-    QVERIFY(host.write("broken.step", "nonsense") && host.write("script", script));
-    QVERIFY2(host.run({"--headless", "--script", "script"}) == status, host.report());
-    QCOMPARE(host.output, answers.join('\n') + '\n');
-    int from = 0;
-    for (const QByteArray &note : notes) {
-        from = host.errors.indexOf(note, from);
-        QVERIFY2(from >= 0, host.report() + "??? " + note);
-    }
-    QCOMPARE(host.errors.count("has wrong type"), notes.join().count("has wrong type"));
 }
 
 void TestScript::leavesTheWindowOpen()
