@@ -13,7 +13,6 @@ private slots:
     void imports();
     void refusesWrongUsage();
     void needsNoDisplayAndNoLocale();
-    void abortsOnSignals_data();
     void abortsOnSignals();
 };
 
@@ -121,45 +120,40 @@ void TestHeadless::needsNoDisplayAndNoLocale()
     QVERIFY2(host.output.contains("[1/1] Zähnräder.stl: conversion started\n"), host.report());
 }
 
-void TestHeadless::abortsOnSignals_data()
-{
-    QTest::addColumn<int>("signal");
-    QTest::addColumn<QString>("arguments");
-    QTest::newRow("batch") << SIGINT << "gear.stl chair.obj";
-    QTest::newRow("script that waits") << SIGTERM << "--script script";
-}
-
 void TestHeadless::abortsOnSignals()
 {
-    QFETCH(int, signal);
-    QFETCH(QString, arguments);
-    HostProcess host;
-    // A converter that never gets anywhere, and leaves word of its process.
-    QVERIFY(host.write("converter",
-                       "#!/bin/sh\necho $$ > pid\n"
-                       "echo '{\"event\":\"ready\",\"version\":1,\"formats\":[\"STL\"]}'\n"
-                       "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
-                       "while read request; do :; done\n"));
-    QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
-    QVERIFY(host.copySample("gear.stl", "gear.stl") && host.copySample("chair.obj", "chair.obj"));
-    QVERIFY(host.write(
-        "script",
-        R"({"message":"reloadCAD","attributes":{"files":["gear.stl","chair.obj"],"wait":true}})"));
-    host.startHost(QStringList{"--headless", "--converter", host.path("converter"), "--tmp=.",
-                               "--max-processes=1"}
-                   + arguments.split(' '));
-    QFile pid(host.path("pid"));
-    QTRY_VERIFY(pid.size() > 0);
-    QVERIFY(pid.open(QIODevice::ReadOnly));
-    const auto converter = static_cast<pid_t>(pid.readAll().trimmed().toInt());
-    QVERIFY(converter > 0);
-    QCOMPARE(::kill(static_cast<pid_t>(host.processId()), signal), 0);
-    QVERIFY2(host.finish() == 128 + signal, host.report());
-    QVERIFY2(QRegularExpression("\ngear.stl +STL +Aborted ").match(host.report()).hasMatch(),
-             host.report());
-    QVERIFY2(host.report().contains("\n0 of 2 files succeeded, 1 pending, 1 aborted"),
-             host.report());
-    QTRY_VERIFY(::kill(converter, 0) != 0);
+    const auto check = [](int signal, const QString &arguments) {
+        HostProcess host;
+        // A converter that never gets anywhere, and leaves word of its process.
+        QVERIFY(host.write("converter",
+                           "#!/bin/sh\necho $$ > pid\n"
+                           "echo '{\"event\":\"ready\",\"version\":1,\"formats\":[\"STL\"]}'\n"
+                           "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
+                           "while read request; do :; done\n"));
+        QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        QVERIFY(host.copySample("gear.stl", "gear.stl")
+                && host.copySample("chair.obj", "chair.obj"));
+        QVERIFY(host.write(
+            "script",
+            R"({"message":"reloadCAD","attributes":{"files":["gear.stl","chair.obj"],"wait":true}})"));
+        host.startHost(QStringList{"--headless", "--converter", host.path("converter"), "--tmp=.",
+                                   "--max-processes=1"}
+                       + arguments.split(' '));
+        QFile pid(host.path("pid"));
+        QTRY_VERIFY(pid.size() > 0);
+        QVERIFY(pid.open(QIODevice::ReadOnly));
+        const auto converter = static_cast<pid_t>(pid.readAll().trimmed().toInt());
+        QVERIFY(converter > 0);
+        QCOMPARE(::kill(static_cast<pid_t>(host.processId()), signal), 0);
+        QVERIFY2(host.finish() == 128 + signal, host.report());
+        QVERIFY2(QRegularExpression("\ngear.stl +STL +Aborted ").match(host.report()).hasMatch(),
+                 host.report());
+        QVERIFY2(host.report().contains("\n0 of 2 files succeeded, 1 pending, 1 aborted"),
+                 host.report());
+        QTRY_VERIFY(::kill(converter, 0) != 0);
+    };
+    check(SIGINT, "gear.stl chair.obj");
+    check(SIGTERM, "--script script"); // which waits
 }
 
 QTEST_GUILESS_MAIN(TestHeadless)
