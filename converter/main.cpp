@@ -10,9 +10,11 @@
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <sstream>
 
 namespace {
 
@@ -79,9 +81,13 @@ int wrongUsage(const std::string &what)
 /// The content of the settings file; nothing when it cannot be read.
 std::optional<nlohmann::json> readSettings(const std::string &path)
 {
-    std::ifstream file(path);
-    nlohmann::json object = nlohmann::json::parse(file, nullptr, /*allow_exceptions*/ false);
-    if (!file.is_open() || !object.is_object())
+    const std::ifstream file(path);
+    // A directory opens like a file and fails only when it is read, past the parser's own errors.
+    std::ostringstream content;
+    content << file.rdbuf();
+    nlohmann::json object =
+        nlohmann::json::parse(content.str(), nullptr, /*allow_exceptions*/ false);
+    if (!object.is_object())
         return std::nullopt;
     return object;
 }
@@ -127,11 +133,8 @@ int runWorker()
     return Worker(output).run(std::cin);
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(const std::vector<std::string> &arguments)
 {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
     std::vector<std::string> files;
     std::string settingsFile;
     bool acceptsOptions = true;
@@ -168,4 +171,17 @@ int main(int argc, char **argv)
     const int result = convertOne(std::move(job), settingsFile);
     (void)output;
     return result;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // An abort would blame the last file for what went wrong outside its conversion.
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::exception &error) {
+        std::cerr << "tnconvert: " << error.what() << '\n';
+        return ExitFailure;
+    }
 }

@@ -28,6 +28,7 @@ private slots:
             {{"--worker", "a.stl"}, 2, "", "--worker"},
             {{"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
             {{"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
+            {{"a.stl", "b.glb", "--settings", "."}, 1, "", ". is no readable JSON object"},
         };
         for (const auto &[arguments, exitCode, output, errors] : rows) {
             ConverterProcess run(arguments);
