@@ -85,7 +85,8 @@ std::vector<Frame> frames(const std::vector<Vec3> &spine, bool isClosed)
     return result;
 }
 
-std::vector<double> orDefault(const std::vector<double> &stated, std::vector<double> fallback)
+std::vector<double> orDefault(const std::vector<double> &stated,
+                              const std::vector<double> &fallback)
 {
     return stated.empty() ? fallback : stated;
 }

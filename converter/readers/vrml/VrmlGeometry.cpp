@@ -125,9 +125,12 @@ void VrmlGeometry::elevationGrid(const VrmlNode &vrml, FacetMeshBuilder &builder
     const auto rows = std::size_t(statedZ);
     const double spacingX = vrml.number("xSpacing", 1) * vrmlUnit;
     const double spacingZ = vrml.number("zSpacing", 1) * vrmlUnit;
-    for (std::size_t i = 0; i < rows * columns; ++i)
-        builder.points.push_back({double(i % columns) * spacingX, heights[i] * vrmlUnit,
-                                  double(i / columns) * spacingZ});
+    for (std::size_t row = 0; row < rows; ++row) {
+        for (std::size_t column = 0; column < columns; ++column)
+            builder.points.push_back({double(column) * spacingX,
+                                      heights[row * columns + column] * vrmlUnit,
+                                      double(row) * spacingZ});
+    }
     const VrmlIndexedData normals(vrml, "normal", "vector", "", "normalPerVertex");
     const VrmlIndexedData colors(vrml, "color", "color", "", "colorPerVertex");
     const bool isClockwise = !vrml.flag("ccw", true);
