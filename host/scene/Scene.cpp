@@ -88,8 +88,9 @@ Scene::Scene(QObject *parent)
 
 Scene::~Scene() = default;
 
-tndNode Scene::addFragment(std::shared_ptr<const SceneFragment> fragment, const tndNode &parent,
-                           const QString &sourceFile, const tndSceneImportSettings &settings)
+tndNode Scene::addFragment(const std::shared_ptr<const SceneFragment> &fragment,
+                           const tndNode &parent, const QString &sourceFile,
+                           const tndSceneImportSettings &settings)
 {
     if (!fragment)
         return {};
@@ -97,13 +98,15 @@ tndNode Scene::addFragment(std::shared_ptr<const SceneFragment> fragment, const 
     SceneNode &place = found == m_nodes.end() ? *m_root : *found->second;
     std::unique_ptr<SceneNode> file = buildFile(*fragment, sourceFile, settings);
     moveByWish(*file, worldOf(&place), settings);
-    const SceneNode *node =
-        insert(std::move(file), place, static_cast<int>(place.m_children.size()));
+    // Who hears of the node may remove it at once.
+    const tndNode result(
+        insert(std::move(file), place, static_cast<int>(place.m_children.size()))->id());
     emit changed();
-    return tndNode(node->id());
+    return result;
 }
 
-tndNode Scene::replaceNode(const tndNode &node, std::shared_ptr<const SceneFragment> fragment,
+tndNode Scene::replaceNode(const tndNode &node,
+                           const std::shared_ptr<const SceneFragment> &fragment,
                            const QString &sourceFile, const tndSceneImportSettings &settings)
 {
     const tndNode source = sourceNode(node);
@@ -133,13 +136,13 @@ tndNode Scene::replaceNode(const tndNode &node, std::shared_ptr<const SceneFragm
     const bool wasSelected = m_selection.erase(oldId) > 0;
     const std::unique_ptr<SceneNode> gone = take(old);
     const bool selectionShrank = forget(*gone);
-    const SceneNode *inserted = insert(std::move(file), place, row);
+    const tndNode result(insert(std::move(file), place, row)->id());
     if (wasSelected)
-        m_selection.insert(inserted->id());
+        m_selection.insert(result.id());
     emit changed();
     if (wasSelected || selectionShrank)
         emit selectionChanged();
-    return tndNode(inserted->id());
+    return result;
 }
 
 bool Scene::removeNode(const tndNode &node)

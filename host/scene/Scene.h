@@ -29,7 +29,7 @@ public:
     /// the node that stands for the file, named after it. A null fragment adds nothing and gives
     /// null. Of the settings CenterInOrigin, PutOnGround (lowest z at 0, in world coordinates) and
     /// MergeMaterials (equal materials of the scene are shared) count. O(nodes of the fragment).
-    tndNode addFragment(std::shared_ptr<const SceneFragment> fragment, const tndNode &parent,
+    tndNode addFragment(const std::shared_ptr<const SceneFragment> &fragment, const tndNode &parent,
                         const QString &sourceFile, const tndSceneImportSettings &settings);
 
     /// Puts the file's content in the place of sourceNode(node), or of the node itself when it
@@ -37,7 +37,7 @@ public:
     /// the old node's transform. Files that had been added below the old node move along and stay
     /// where they are in the world. Gives null and changes nothing for the root, an unknown node
     /// and a null fragment.
-    tndNode replaceNode(const tndNode &node, std::shared_ptr<const SceneFragment> fragment,
+    tndNode replaceNode(const tndNode &node, const std::shared_ptr<const SceneFragment> &fragment,
                         const QString &sourceFile, const tndSceneImportSettings &settings);
 
     /// Removes the node with all its children. False for the root and for an unknown node.

@@ -190,6 +190,20 @@ private slots:
         QCOMPARE(changes.count(), 0);
     }
 
+    void whoHearsOfANodeMayRemoveIt()
+    {
+        const tndNode old = add();
+        connect(m_scene.get(), &Scene::changed, this, [this] {
+            const auto &files = m_scene->find(m_scene->root())->children();
+            if (!files.empty())
+                m_scene->removeNode(tndNode(files.back()->id()));
+        });
+        const tndNode replaced = replace(old);
+        QVERIFY(replaced.id() > old.id());
+        QVERIFY(add().id() > replaced.id());
+        QVERIFY(m_scene->find(m_scene->root())->children().empty());
+    }
+
     void replacingKeepsWhatHangsBelow()
     {
         const tndNode host = add();
