@@ -48,7 +48,8 @@ QString tnCADImportFile::sizeText() const
 {
     if (m_size == 0)
         return tr("Unknown");
-    const auto kiloBytes = static_cast<double>(m_size / 1024);
+    const qint64 wholeKiloBytes = m_size / 1024;
+    const auto kiloBytes = static_cast<double>(wholeKiloBytes);
     const double megaBytes = kiloBytes * 0.0009765625;
     return megaBytes > 1.0 ? QString::number(megaBytes, 'f', 1) + QLatin1String("MB")
                            : QString::number(kiloBytes, 'f', 1) + QLatin1String("kB");
