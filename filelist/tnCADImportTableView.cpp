@@ -182,8 +182,9 @@ void tnCADImportTableView::watchRows(QTimer *repair)
 /// Sorts again where rows have come to stand out of order; most changes leave nothing to do.
 void tnCADImportTableView::restoreOrder()
 {
-    const int column = fileModel() ? proxy()->sortColumn() : -1;
-    if (column < 0 || isInOrder(sortedRows(), column))
+    const auto *files = fileModel();
+    const int column = files ? proxy()->sortColumn() : -1;
+    if (column < 0 || isInOrder(*files, sortedRows(), column))
         return;
     const Qt::SortOrder order = proxy()->sortOrder();
     model()->sort(-1);
@@ -191,12 +192,12 @@ void tnCADImportTableView::restoreOrder()
 }
 
 /// Whether the source rows stand by their keys, and equal ones as in the source.
-bool tnCADImportTableView::isInOrder(const std::vector<int> &rows, int column) const
+bool tnCADImportTableView::isInOrder(const tnCADImportFileModel &files,
+                                     const std::vector<int> &rows, int column) const
 {
-    const auto *files = fileModel();
     const bool ascending = proxy()->sortOrder() == Qt::AscendingOrder;
-    const auto keyOf = [files, column](int row) {
-        return files->index(row, column).data(tnCADImportFileModel::SortRole);
+    const auto keyOf = [&files, column](int row) {
+        return files.index(row, column).data(tnCADImportFileModel::SortRole);
     };
     const auto compare = [](const QVariant &a, const QVariant &b) {
         if (a.type() == QVariant::String)

@@ -65,7 +65,8 @@ private:
     int currentSourceRow() const;
     void watchRows(QTimer *repair);
     void restoreOrder();
-    bool isInOrder(const std::vector<int> &rows, int column) const;
+    bool isInOrder(const tnCADImportFileModel &files, const std::vector<int> &rows,
+                   int column) const;
     QSortFilterProxyModel *proxy() const;
 
     tnCADImportDialog *m_dialog = nullptr; ///< not owned; outlives its child

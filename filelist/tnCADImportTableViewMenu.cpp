@@ -36,9 +36,8 @@ void tnCADImportTableView::createContextMenu()
 void tnCADImportTableView::updateContextMenu()
 {
     const auto *list = fileModel();
-    const QModelIndexList rows =
-        list ? selectionModel()->selectedRows(tnCADImportFileModel::FileColumn) : QModelIndexList();
-    const bool isOne = rows.size() == 1;
+    const bool isOne =
+        list && selectionModel()->selectedRows(tnCADImportFileModel::FileColumn).size() == 1;
     const int state = isOne ? list->stateOfRow(currentSourceRow()) : -1;
 
     m_reimportAction->setVisible(state == static_cast<int>(ImportState::Incomplete));
