@@ -124,9 +124,10 @@ void SceneView::createActions()
     auto *separator = new QAction(this);
     separator->setSeparator(true);
     addAction(separator);
-    QAction *const all[] = {add(tr("Select &All"), QKeySequence::SelectAll, &QTreeView::selectAll),
-                            add(tr("&Expand All"), {}, &QTreeView::expandAll),
-                            add(tr("&Collapse All"), {}, &QTreeView::collapseAll)};
+    const QList<QAction *> all = {
+        add(tr("Select &All"), QKeySequence::SelectAll, &QTreeView::selectAll),
+        add(tr("&Expand All"), {}, &QTreeView::expandAll),
+        add(tr("&Collapse All"), {}, &QTreeView::collapseAll)};
     const auto update = [this, remove, all] {
         remove->setEnabled(!m_scene.selectedNodes(true).empty());
         for (QAction *action : all)

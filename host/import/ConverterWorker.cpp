@@ -307,7 +307,8 @@ bool ConverterWorker::readReady(const QJsonObject &object)
 {
     if (object.value(QLatin1String("version")).toInt() != protocolVersion)
         return false;
-    for (const QJsonValue &format : object.value(QLatin1String("formats")).toArray())
+    const QJsonArray formats = object.value(QLatin1String("formats")).toArray();
+    for (const QJsonValue &format : formats)
         m_formats << format.toString();
     m_state = State::Ready;
     if (m_task.observer)

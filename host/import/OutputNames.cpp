@@ -25,7 +25,7 @@ QString sourceOf(const QString &path)
     const QByteArray head = file.read(headLength);
     if (head.size() != headLength)
         return QString();
-    const auto word = [&head](int index) {
+    const auto word = [&head](qptrdiff index) {
         return qFromLittleEndian<quint32>(head.constData() + index * 4);
     };
     if (word(0) != glbMagic || word(4) != jsonChunk || word(3) > maximalJsonLength)

@@ -55,9 +55,8 @@ void WorkerPool::onWorkerEnded(ConverterWorker *worker)
     if (found == m_workers.end())
         return;
     // The worker is the sender of this signal, so it must outlive the call.
-    found->release();
+    found->release()->setParent(this);
     m_workers.erase(found);
-    worker->setParent(this);
     worker->deleteLater();
 
     if (const std::optional<ConverterWorker::Task> task = worker->takeUnreadTask())

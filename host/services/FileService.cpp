@@ -228,9 +228,8 @@ void FileService::onJobEnded(ImportJob *job)
     const quint64 id = job->id();
     const double seconds = job->seconds();
     // The job is the sender of this signal, so it must outlive the call.
-    found->release();
+    found->release()->setParent(this);
     m_jobs.erase(found);
-    job->setParent(this);
     job->deleteLater();
     job->cleanUp();
     emit importFinished(id, seconds);
