@@ -85,6 +85,12 @@ MainWindow::MainWindow(HostServices &services)
         onAssetManagerRequested(true);
     connect(&services.controllerService(), &ControllerService::assetManagerRequested, this,
             &MainWindow::onAssetManagerRequested);
+    // Next to a plug-in's own account, as there is none of a file that is loaded without a dialog.
+    const auto logFailure = [](quint64, const QString &path, const QString &message) {
+        tnLog::error("%s: %s", qUtf8Printable(path), qUtf8Printable(message));
+    };
+    connect(&services.fileService(), &FileService::fileConversionFailed, this, logFailure);
+    connect(&services.fileService(), &FileService::fileLoadingFailed, this, logFailure);
     m_view->setFocus();
 
     tnController::setMainWindow(this);

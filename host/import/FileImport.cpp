@@ -3,7 +3,6 @@
 #include "host/import/FileTypeProbe.h"
 #include "host/import/ImportContext.h"
 #include "host/import/ImportJob.h"
-#include "platform/tnLog.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -201,8 +200,6 @@ void FileImport::tellConversionEnd(JobState state, double seconds, const QString
     if (!m_parts.empty())
         emit service.childrenFileConversionFinished(m_job.id(), m_path, m_partSeconds);
     if (state == JobState::Failure) {
-        if (m_job.request().direct)
-            tnLog::error("%s: %s", qUtf8Printable(m_path), qUtf8Printable(message));
         emit service.fileConversionFailed(m_job.id(), m_path, message);
     } else if (!message.isEmpty()) {
         emit service.fileConversionProgressChanged(m_job.id(), m_path, m_percent, message);
@@ -270,11 +267,8 @@ void FileImport::endLoad(JobState state, const QString &message, bool wasRead)
 {
     m_phase = Phase::Telling;
     endPartLoads(isOutput(state) ? JobState::Success : state, message, wasRead);
-    if (state == JobState::Failure) {
-        if (m_job.request().direct)
-            tnLog::error("%s: %s", qUtf8Printable(m_path), qUtf8Printable(message));
+    if (state == JobState::Failure)
         emit m_job.service().fileLoadingFailed(m_job.id(), m_path, message);
-    }
     emit m_job.service().fileLoadingFinished(m_job.id(), m_path, state);
     // Long before the job's end, as a batch of large files would fill the disk.
     if (m_job.isOutputTemporary())

@@ -29,7 +29,6 @@ struct ImportRequest {
     QString outputDirectory; ///< empty: a temporary one
     bool load = false;
     bool removeConverted = false;
-    bool direct = false;
     ImportSettings settings;
     tndSceneImportSettings sceneSettings;
 };

@@ -103,7 +103,6 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
     request.outputDirectory = outputDirectory;
     request.load = load;
     request.removeConverted = removeConverted;
-    request.direct = direct;
     if (!direct && m_sceneSettings.getCreateReferences())
         request.places = m_places;
     for (const QString &file : files) {

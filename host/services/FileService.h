@@ -41,7 +41,6 @@ public:
     bool isFileTypeEnabled(tnCADFileTypes::FileType type) override;
     bool isHandledByImportDialog(const QString &path) override;
 
-    /// The failures of a direct job go to the log as well, as no one else shows them.
     quint64 loadFiles(const QStringList &files, const tndNode &target,
                       const QString &outputDirectory, bool load, bool removeConverted,
                       bool direct) override;

@@ -3,6 +3,7 @@
 #include "host/app/MainWindow.h"
 #include "host/app/SceneView.h"
 #include "host/scene/Scene.h"
+#include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "platform/tnController.h"
 #include "platform/tnLog.h"
@@ -137,10 +138,12 @@ void TestMainWindow::keepsItsLooks()
 
 void TestMainWindow::logsAnyText()
 {
-    const LogPane log;
-    tnLog::error("%s", "<b>bold</b> &\n  indented");
+    const MainWindow window(m_services);
+    const LogPane &log = *window.findChild<LogPane *>();
+    emit m_services.fileService().fileLoadingFailed(1, "100%s.stl", "<b>bold</b> &\n  indented");
     tnLog::info("Fine");
-    QVERIFY2(QRegularExpression("^[\\d:]{8}  Error: <b>bold</b> &\n  indented\n[\\d:]{8}  Fine$")
+    QVERIFY2(QRegularExpression("^[\\d:]{8}  Error: 100%s.stl: <b>bold</b> &\n  indented\n"
+                                "[\\d:]{8}  Fine$")
                  .match(log.toPlainText())
                  .hasMatch(),
              qPrintable(log.toPlainText()));
