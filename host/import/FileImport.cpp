@@ -232,6 +232,11 @@ void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &frag
                                 const QString &error)
 {
     m_phase = Phase::Telling;
+    // An abort takes effect a turn of the event loop later; what was read meanwhile is not wanted.
+    if (m_job.isAborted()) {
+        endLoad(JobState::JobAborted, QString(), false);
+        return;
+    }
     if (!fragment) {
         endLoad(JobState::Failure, error, true);
         return;

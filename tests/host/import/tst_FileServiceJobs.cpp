@@ -163,6 +163,7 @@ private slots:
     void keepsOutputsApart()
     {
         ServiceFixture fixture;
+        fixture.service->setMaxParallelProcesses(5); // all are named before the first has ended
         const QString first = fixture.file("a.step");
         const quint64 job =
             fixture.convert({first, fixture.file("other/a.step"), fixture.file("A.igs"), first});
