@@ -1,5 +1,7 @@
 #include "logbook/tnXMLFormater.h"
 
+#include <QtCore/QStringBuilder>
+
 namespace {
 
 QString trimmed(const std::string &text)
@@ -28,10 +30,10 @@ QString tnXMLFormater::format(const tnLogbook::Table &table) const
                 continue;
             text += QLatin1String("\t\t<ENTRY>\n");
             if (!time.empty())
-                text += QLatin1String("\t\t\t<TIME>\n") + trimmed(time)
-                    + QLatin1String("\t\t\t</TIME>\n");
-            text += QLatin1String("\t\t\t<MESSAGE>\n") + trimmed(message)
-                + QLatin1String("\t\t\t</MESSAGE>\n\t\t</ENTRY>\n");
+                text += QLatin1String("\t\t\t<TIME>\n") % trimmed(time)
+                    % QLatin1String("\t\t\t</TIME>\n");
+            text += QLatin1String("\t\t\t<MESSAGE>\n") % trimmed(message)
+                % QLatin1String("\t\t\t</MESSAGE>\n\t\t</ENTRY>\n");
         }
         text += QLatin1String("\t</CHAPTER>\n");
     }
