@@ -6,7 +6,19 @@
 #include <QtCore/QFile>
 #include <QtCore/QTextStream>
 
+#include <iterator>
+
 namespace tnLogbook {
+
+namespace {
+
+/// The time is left out: the later entry tells until when the message held.
+bool isRepeated(const Table::const_iterator &earlier, const Table::const_iterator &later)
+{
+    return earlier->first == later->first && earlier->second.second == later->second.second;
+}
+
+} // namespace
 
 void addLogEntry(Table &table, const QString &file, const QString &message)
 {
@@ -22,11 +34,20 @@ void removeRepeatedEntries(Table &table)
         return;
     auto previous = table.begin();
     for (auto entry = std::next(previous); entry != table.end(); ++entry) {
-        // The time is left out: the later entry tells until when the message held.
-        if (entry->first == previous->first && entry->second.second == previous->second.second)
+        if (isRepeated(previous, entry))
             table.erase(previous);
         previous = entry;
     }
+}
+
+void removeLastRepetition(Table &table, const QString &file)
+{
+    const auto [first, end] = table.equal_range(file.toStdString());
+    if (first == end || std::next(first) == end)
+        return;
+    const auto last = std::prev(end);
+    if (const auto previous = std::prev(last); isRepeated(previous, last))
+        table.erase(previous);
 }
 
 void writeLogbook(const Table &table, const QString &path, const tnLogFormater &formatter)

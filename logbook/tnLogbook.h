@@ -22,6 +22,9 @@ void addLogEntry(Table &table, const QString &file, const QString &message);
 /// Leaves, of each run of equal messages of a file, only the last one. O(n).
 void removeRepeatedEntries(Table &table);
 
+/// The same for the last two entries of one file only. O(log n).
+void removeLastRepetition(Table &table, const QString &file);
+
 /// Replaces the file at path by the formatted table. An empty table leaves the file alone, and a
 /// file that can't be opened is skipped in silence.
 void writeLogbook(const Table &table, const QString &path, const tnLogFormater &formatter);

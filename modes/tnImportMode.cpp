@@ -12,7 +12,6 @@
 #include <QtCore/QAbstractProxyModel>
 
 #include <array>
-#include <iterator>
 
 namespace {
 
@@ -228,12 +227,7 @@ void tnImportMode::addLogEntry(const QString &file, const QString &message)
     tnLogbook::addLogEntry(m_logbook, file, message);
     // A step is reported over and over: kept until the end of a batch of many files, its repeats
     // would take most of the memory, and a long pause to be removed.
-    const auto [first, end] = m_logbook.equal_range(file.toStdString());
-    if (const auto last = std::prev(end); last != first) {
-        const auto before = std::prev(last);
-        if (before->second.second == last->second.second)
-            m_logbook.erase(before);
-    }
+    tnLogbook::removeLastRepetition(m_logbook, file);
 }
 
 void tnImportMode::removeRepeatedEntries()
