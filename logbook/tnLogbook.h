@@ -19,11 +19,9 @@ using Table = std::multimap<std::string, std::pair<std::string, std::string>>;
 /// stands for the whole batch and has no time.
 void addLogEntry(Table &table, const QString &file, const QString &message);
 
-/// Leaves, of each run of equal messages of a file, only the last one. O(n).
-void removeRepeatedEntries(Table &table);
-
-/// The same for the last two entries of one file only. O(log n).
-void removeLastRepetition(Table &table, const QString &file);
+/// Removes the entry before the last of a file where both have the same message. Called after each
+/// addition, it leaves of every run of equal messages only the last. O(log n).
+void removeRepeatedEntries(Table &table, const QString &file);
 
 /// Replaces the file at path by the formatted table. An empty table leaves the file alone, and a
 /// file that can't be opened is skipped in silence.

@@ -1,20 +1,23 @@
 #include "logbook/tnTextFormater.h"
 
-QString tnTextFormater::format(const tnLogbook::Table &table) const
+#include <QtCore/QTextStream>
+
+void tnTextFormater::write(const tnLogbook::Table &table, QTextStream &stream) const
 {
-    std::string text;
-    for (auto group = table.begin(); group != table.end();) {
-        const std::string &key = group->first;
-        const auto end = table.upper_bound(key);
+    std::string block;
+    for (auto entry = table.begin(); entry != table.end();) {
+        const std::string &key = entry->first;
+        block.clear();
         if (!key.empty())
-            text += "file: " + key + '\n';
-        for (; group != end; ++group) {
-            const auto &[time, message] = group->second;
+            block.append("file: ").append(key) += '\n';
+        do {
+            const auto &[time, message] = entry->second;
             if (!time.empty())
-                text += time + ": ";
-            text += message + '\n';
-        }
-        text += '\n';
+                block.append(time).append(": ");
+            block.append(message) += '\n';
+            ++entry;
+        } while (entry != table.end() && entry->first == key);
+        block += '\n';
+        stream << QString::fromStdString(block);
     }
-    return table.empty() ? QString() : QString::fromStdString(text);
 }

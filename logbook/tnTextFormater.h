@@ -5,5 +5,5 @@
 /// The logbook for people: one block of lines per file, closed by a blank line.
 class tnTextFormater : public tnLogFormater {
 public:
-    QString format(const tnLogbook::Table &table) const override;
+    void write(const tnLogbook::Table &table, QTextStream &stream) const override;
 };

@@ -1,41 +1,60 @@
 #include "logbook/tnXMLFormater.h"
 
-#include <QtCore/QStringBuilder>
+#include <QtCore/QTextStream>
 
 namespace {
 
-QString trimmed(const std::string &text)
+bool isPlain(char character)
 {
-    return QString::fromStdString(text).trimmed();
+    return character > ' ' && character < '\x7f';
+}
+
+/// As QString::trimmed, whose blanks are those of Unicode.
+void appendTrimmed(std::string &text, const std::string &value)
+{
+    if (!value.empty() && isPlain(value.front()) && isPlain(value.back()))
+        text.append(value);
+    else
+        text.append(QString::fromStdString(value).trimmed().toStdString());
+}
+
+void appendEntry(std::string &chapter, const std::pair<std::string, std::string> &entry)
+{
+    const auto &[time, message] = entry;
+    if (message.empty())
+        return;
+    chapter.append("\t\t<ENTRY>\n");
+    if (!time.empty()) {
+        chapter.append("\t\t\t<TIME>\n");
+        appendTrimmed(chapter, time);
+        chapter.append("\t\t\t</TIME>\n");
+    }
+    chapter.append("\t\t\t<MESSAGE>\n");
+    appendTrimmed(chapter, message);
+    chapter.append("\t\t\t</MESSAGE>\n"
+                   "\t\t</ENTRY>\n");
 }
 
 } // namespace
 
-QString tnXMLFormater::format(const tnLogbook::Table &table) const
+void tnXMLFormater::write(const tnLogbook::Table &table, QTextStream &stream) const
 {
     if (table.empty())
-        return {};
-    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                  "<LOGBOOK>\n");
-    for (auto group = table.begin(); group != table.end();) {
-        const std::string &key = group->first;
-        const auto end = table.upper_bound(key);
-        text += QLatin1String("\t<CHAPTER>\n");
+        return;
+    stream << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<LOGBOOK>\n";
+    std::string chapter;
+    for (auto entry = table.begin(); entry != table.end();) {
+        const std::string &key = entry->first;
+        chapter = "\t<CHAPTER>\n";
         if (!key.empty())
-            text += QLatin1String("\t\t<FILE>\n") + QString::fromStdString(key)
-                + QLatin1String("\t\t</FILE>\n");
-        for (; group != end; ++group) {
-            const auto &[time, message] = group->second;
-            if (message.empty())
-                continue;
-            text += QLatin1String("\t\t<ENTRY>\n");
-            if (!time.empty())
-                text += QLatin1String("\t\t\t<TIME>\n") % trimmed(time)
-                    % QLatin1String("\t\t\t</TIME>\n");
-            text += QLatin1String("\t\t\t<MESSAGE>\n") % trimmed(message)
-                % QLatin1String("\t\t\t</MESSAGE>\n\t\t</ENTRY>\n");
-        }
-        text += QLatin1String("\t</CHAPTER>\n");
+            chapter.append("\t\t<FILE>\n").append(key).append("\t\t</FILE>\n");
+        do {
+            appendEntry(chapter, entry->second);
+            ++entry;
+        } while (entry != table.end() && entry->first == key);
+        chapter.append("\t</CHAPTER>\n");
+        stream << QString::fromStdString(chapter);
     }
-    return text + QLatin1String("</LOGBOOK>\n\n");
+    stream << "</LOGBOOK>\n\n";
 }

@@ -7,5 +7,5 @@
 /// through as they stand.
 class tnXMLFormater : public tnLogFormater {
 public:
-    QString format(const tnLogbook::Table &table) const override;
+    void write(const tnLogbook::Table &table, QTextStream &stream) const override;
 };

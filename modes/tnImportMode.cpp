@@ -191,7 +191,6 @@ void tnImportMode::finishBatch(double seconds)
     if (m_conversionSeconds > 0.0)
         addLogEntry({}, withSeconds("Total conversion duration: %1 seconds.", m_conversionSeconds));
     fileModel()->stopAnimation();
-    removeRepeatedEntries();
     writeLogbook(logbookPath(QStringLiteral(".txt")), tnTextFormater());
     writeLogbook(logbookPath(QStringLiteral(".xml")), tnXMLFormater());
 }
@@ -227,12 +226,12 @@ void tnImportMode::addLogEntry(const QString &file, const QString &message)
     tnLogbook::addLogEntry(m_logbook, file, message);
     // A step is reported over and over: kept until the end of a batch of many files, its repeats
     // would take most of the memory, and a long pause to be removed.
-    tnLogbook::removeLastRepetition(m_logbook, file);
+    removeRepeatedEntries(file);
 }
 
-void tnImportMode::removeRepeatedEntries()
+void tnImportMode::removeRepeatedEntries(const QString &file)
 {
-    tnLogbook::removeRepeatedEntries(m_logbook);
+    tnLogbook::removeRepeatedEntries(m_logbook, file);
 }
 
 void tnImportMode::writeLogbook(const QString &path, const tnLogFormater &formatter) const

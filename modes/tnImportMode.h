@@ -56,7 +56,7 @@ private:
     tndNode targetNode() const;
 
     void addLogEntry(const QString &file, const QString &message);
-    void removeRepeatedEntries();
+    void removeRepeatedEntries(const QString &file);
     void writeLogbook(const QString &path, const tnLogFormater &formatter) const;
 
     tnFileIOService *m_service;

@@ -23,6 +23,7 @@ private Q_SLOTS:
                                  .secsTo(QDateTime::currentDateTime());
             QVERIFY(*file ? age >= 0 && age < 60 : added->second.first.empty());
             added->second.first = time;
+            tnLogbook::removeRepeatedEntries(table, file);
         };
         add("/b", "A", "1");
         add("/b", "A", "2");
@@ -33,7 +34,6 @@ private Q_SLOTS:
         add("/a", "a", "7");
         add("/a", "A", "8");
         add("", "total", "");
-        tnLogbook::removeRepeatedEntries(table);
         QStringList left;
         for (const auto &[key, entry] : table)
             left << QString::fromStdString(key + ' ' + entry.first + ' ' + entry.second);
