@@ -140,9 +140,12 @@ void runBatch(const char *title, int sortColumn)
                 "processor", ">50 ms", "proc.");
     ScriptedServices services;
     tnCADImportDialog dialog(nullptr);
+    const QTemporaryDir folder;
     QStringList files;
-    for (int i = 0; i < fileCount; ++i)
-        files << QStringLiteral("/no/such/folder/part-%1.step").arg(i, 5, 10, QLatin1Char('0'));
+    for (int i = 0; i < fileCount; ++i) {
+        files << folder.filePath(QStringLiteral("part-%1.step").arg(i, 5, 10, QLatin1Char('0')));
+        QFile(files.back()).open(QIODevice::WriteOnly);
+    }
     dialog.show();
     QCoreApplication::processEvents();
 

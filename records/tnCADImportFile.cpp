@@ -4,7 +4,6 @@
 #include "platform/tnFileIOService.h"
 
 #include <QtCore/QDateTime>
-#include <QtCore/QFileInfo>
 
 #include <array>
 
@@ -40,8 +39,10 @@ tnCADImportFile::~tnCADImportFile() = default;
 
 void tnCADImportFile::readDiskFacts(const QFileInfo &info)
 {
-    m_size = info.size();
-    m_lastModified = info.lastModified().toString(Qt::TextDate);
+    // Only the tool tip makes a text of the date: the local time takes longer to find than all else
+    // about a file, which many thousands of files would make people wait for.
+    m_size = info.size(); // asks the file system for all facts, exists() for this one alone
+    m_diskFacts = m_size > 0 || info.exists() ? info : QFileInfo();
 }
 
 QString tnCADImportFile::sizeText() const
@@ -113,7 +114,8 @@ QString tnCADImportFile::toolTip() const
     };
     return QLatin1String("<table>") + row(tr("Path"), m_path) + row(tr("File"), m_fileName)
         + row(tr("Type"), tnCADFileTypes::displayNameOrUndefined(m_fileType))
-        + row(tr("Size"), QString::number(m_size)) + row(tr("Last Modified"), m_lastModified)
+        + row(tr("Size"), QString::number(m_size))
+        + row(tr("Last Modified"), m_diskFacts.lastModified().toString(Qt::TextDate))
         + QLatin1String("</table>");
 }
 

@@ -3,6 +3,7 @@
 #include "platform/tndNode.h"
 #include "records/CADFileTypes.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
@@ -105,7 +106,7 @@ private:
     QString m_suffix;
     qint64 m_size = 0;
     ImportState m_state = ImportState::Pending;
-    QString m_lastModified;
+    QFileInfo m_diskFacts; ///< with size and times as they were read last; empty without a file
     unsigned int m_percent = 0;
     QString m_message;
     tnCADFileTypes::FileType m_fileType = tnCADFileTypes::Undefined;
