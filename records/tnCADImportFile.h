@@ -12,8 +12,6 @@
 #include <memory>
 #include <vector>
 
-class QFileInfo;
-
 /// How far a file has come. The numbers order the State column when it is sorted.
 enum class ImportState : std::int32_t {
     Pending = 0,
