@@ -8,6 +8,11 @@
 
 #include <IGESCAFControl_Reader.hxx>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+
 namespace tnconvert {
 
 namespace {
@@ -42,11 +47,36 @@ void checkIgesFile(const std::string &path)
                               + " is truncated: its last line, marked T in column 73, is missing.");
 }
 
+/// The kernel runs without end on a number that no double can hold. In column 1 to 64 of the lines
+/// marked P there are the entities' values, apart from a few texts, which begin with their length.
+void checkNumbers(const std::string &path)
+{
+    constexpr std::size_t dataColumns = 64;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+        if (sectionOf(line) != 'P')
+            continue;
+        line.resize(dataColumns);
+        std::replace(line.begin(), line.end(), 'D', 'E'); // as FORTRAN writes exponents
+        for (std::size_t begin = 0; begin != std::string::npos;) {
+            const std::size_t number = line.find_first_not_of(" ,;", begin);
+            if (number == std::string::npos)
+                break;
+            const bool isNumber = line.find_first_of("+-.0123456789", number) == number;
+            if (isNumber && !std::isfinite(std::strtod(line.c_str() + number, nullptr)))
+                throw ConversionError(fileName(path)
+                                      + " is damaged: it has impossible coordinates.");
+            begin = line.find_first_of(",;", number);
+        }
+    }
+}
+
 } // namespace
 
 Scene IgesReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     checkIgesFile(path);
+    checkNumbers(path);
     prepareKernel();
     report.progress(0, "Reading");
     KernelDocument document;

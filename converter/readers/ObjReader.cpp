@@ -39,6 +39,132 @@ void checkContent(const std::string &path, std::string_view content)
     throwWrongContent(path, "an Obj file", "its first line has no keyword of this format");
 }
 
+/// Splits the first word off @p text, at the blanks that the library splits at.
+std::string_view nextWord(std::string_view &text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    const std::string_view word = text.substr(0, text.find_first_of(" \t"));
+    text.remove_prefix(word.size());
+    return word;
+}
+
+/// What the library would get wrong without a word: it takes coordinates that are no numbers for
+/// 0, and it knows no lines that continue behind a backslash.
+class ObjPreparation {
+public:
+    ObjPreparation(const std::string &path, std::string &content)
+        : m_path(path)
+        , m_content(content)
+    {
+    }
+
+    void run()
+    {
+        std::size_t line = 1;
+        for (std::size_t begin = 0; begin < m_content.size();) {
+            std::size_t end = lineEnd(begin);
+            std::size_t lineCount = 1;
+            const std::size_t first = m_content.find_first_not_of(" \t", begin);
+            // Names and comments may well end with a backslash of their own.
+            const bool mayContinue =
+                first < end && std::string_view("vflp").find(m_content[first]) != std::string::npos;
+            while (mayContinue && continues(begin, end)) {
+                end = lineEnd(end + newlineLength(end));
+                ++lineCount;
+            }
+            std::size_t length = end - begin;
+            if (lineCount > 1) {
+                join(begin, end);
+                length = lineEnd(begin) - begin;
+            }
+            checkVertex(std::string_view(m_content).substr(begin, length), line);
+            line += lineCount;
+            begin = end + newlineLength(end);
+        }
+    }
+
+private:
+    std::size_t lineEnd(std::size_t begin) const
+    {
+        return std::min(m_content.find_first_of("\r\n", begin), m_content.size());
+    }
+
+    std::size_t newlineLength(std::size_t at) const
+    {
+        return m_content.compare(at, 2, "\r\n") == 0 ? 2 : 1;
+    }
+
+    bool continues(std::size_t begin, std::size_t end) const
+    {
+        return end > begin && end < m_content.size() && m_content[end - 1] == '\\';
+    }
+
+    /// Moves the line ends to the end, so that the lines behind keep their numbers.
+    void join(std::size_t begin, std::size_t end)
+    {
+        std::string joined;
+        std::string newlines;
+        for (std::size_t at = begin; at < end;) {
+            const std::size_t stop = lineEnd(at);
+            if (stop >= end) {
+                joined.append(m_content, at, end - at);
+                break;
+            }
+            joined.append(m_content, at, stop - 1 - at);
+            joined.append(newlineLength(stop), ' ');
+            newlines += '\n';
+            at = stop + newlineLength(stop);
+        }
+        m_content.replace(begin, end - begin, joined + newlines);
+    }
+
+    void checkVertex(std::string_view text, std::size_t line) const
+    {
+        if (nextWord(text) != "v")
+            return;
+        for (int i = 0; i < 3; ++i) {
+            if (!parseNumber(nextWord(text)))
+                throw ConversionError(fileName(m_path) + " is damaged at line "
+                                      + std::to_string(line)
+                                      + ": a vertex has not three coordinates.");
+        }
+    }
+
+    const std::string &m_path;
+    std::string &m_content;
+};
+
+/// Unlike the library's own reader, one that opens nothing but files, which cannot block.
+class MaterialLibraryReader : public tinyobj::MaterialReader {
+public:
+    explicit MaterialLibraryReader(const std::string &objPath)
+        : m_directory(std::filesystem::path(absolutePath(objPath)).parent_path())
+    {
+    }
+
+    bool operator()(const std::string &name, std::vector<tinyobj::material_t> *materials,
+                    std::map<std::string, int> *indices, std::string *warnings,
+                    std::string *errors) override
+    {
+        // A blank at the end of the line makes an empty name.
+        if (name.empty())
+            return false;
+        try {
+            const std::string path = (m_directory / name).string();
+            checkReadable(path);
+            std::istringstream stream(readWhole(path));
+            tinyobj::LoadMtl(indices, materials, &stream, warnings, errors);
+            return true;
+        } catch (const ConversionError &error) {
+            *warnings += std::string(error.what()) + "\n";
+            return false;
+        }
+    }
+
+private:
+    const std::filesystem::path m_directory;
+};
+
 /// The library's messages, one for each line.
 void forEachLine(const std::string &text, const std::function<void(const std::string &)> &use)
 {
@@ -218,17 +344,16 @@ private:
 Scene ObjReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     report.progress(0, "Reading");
-    const std::string content = readWhole(path);
+    std::string content = readWhole(path);
     checkContent(path, content);
+    ObjPreparation(path, content).run();
     tinyobj::attrib_t attributes;
     std::vector<tinyobj::shape_t> shapes;
     std::vector<tinyobj::material_t> materials;
     std::string warnings;
     std::string errors;
     std::istringstream stream(content);
-    // The library puts directory and name together without a separator.
-    tinyobj::MaterialFileReader libraries(
-        std::filesystem::path(absolutePath(path)).parent_path().string() + "/");
+    MaterialLibraryReader libraries(path);
     const bool isRead = tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors,
                                          &stream, &libraries, /*triangulate*/ true,
                                          /*default_vcols_fallback*/ false);

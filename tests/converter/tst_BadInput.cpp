@@ -4,6 +4,7 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 /// Files that cannot be converted: what people are told, and that nothing is left behind.
@@ -38,12 +39,20 @@ private slots:
             {"x.stl", QByteArray("Dear reader,\n").repeated(20), "x.stl is not an STL file"},
             {"x.step", step.left(step.size() / 2), "its last line END-ISO-10303-21; is missing"},
             {"x.iges", iges.left(iges.size() / 2), "marked T in column 73"},
+            // The kernel would run on these without end.
+            {"x.step", QByteArray(step).replace("('',(0.,0.,0.))", "('',(nan,0.,0.))"),
+             "x.step is damaged: it has impossible coordinates."},
+            {"x.iges", QByteArray(iges).replace("0.,10.,0.;   ", "0.,1.D400,0.;"),
+             "x.iges is damaged: it has impossible coordinates."},
             {"x.stl", read("gear.stl").left(5000), "192 triangles but has room for only 98"},
             {"x.stl", read("gear-ascii.stl").left(3000), "damaged at line"},
             {"x.stl", "solid a\nfacet normal 0 0 1\nouter loop\nvertex 1 2,5 x\n",
              "damaged at line 4: a vertex has not three coordinates"},
             {"x.obj", "v 1 2 3\n", "no geometry"},
-            {"x.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 99\nf -9 1 2\n", "x.obj"},
+            {"x.obj", "# a\r\nv 0 \\\r\n0 0\r\nv nan 0 0\r\nv 0 1 0\r\nf 1 2 3\r\n",
+             "damaged at line 4: a vertex has not three coordinates"},
+            {"x.obj", "v 0 0 0\nv 1 0\nv 0 1 0\nf 1 2 3\n", "damaged at line 2: a vertex"},
+            {"x.obj", "v 0 0 0\nv 1 0 0\nv 0 1,5 0\nf 1 2 3\n", "damaged at line 3: a vertex"},
             {"x.xyz", "a", "not known by its suffix"},
         };
         for (const auto &[name, content, message] : rows) {
@@ -53,6 +62,42 @@ private slots:
             verifyFailure(fixture.convertTo("out.glb", input), message);
             QCOMPARE(read(fixture.path("out.glb")), QByteArray("from before"));
             QCOMPARE(QDir(fixture.path("")).entryList(QDir::Files).size(), 2);
+        }
+    }
+
+    /// What is wrong with these costs only a part of the object, or its materials.
+    void damagedObjFiles()
+    {
+        const struct {
+            QByteArray content;
+            const char *warning;
+            int triangles;
+        } rows[] = {
+            {"f 1 2 99\nf -9 1 2\nf 1 2 3\n", "2 faces with indices out of range", 1},
+            {"f 1 2 99\n", "1 faces with indices out of range", 0},
+            {"mtllib pipe.mtl\nf 1 2 3\n", "pipe.mtl is not a regular file.", 1},
+            {"mtllib no.mtl\nf 1 2 3\n", "no.mtl does not exist.", 1},
+            {"mtllib no.mtl red.mtl\nusemtl red\nf 1 2 \\\n3\n", "no.mtl does not exist.", 1},
+        };
+        for (const auto &[content, warning, triangles] : rows) {
+            ConverterFixture fixture;
+            // A pipe that nobody writes to blocks whoever opens it.
+            QCOMPARE(mkfifo(QFile::encodeName(fixture.path("pipe.mtl")), 0600), 0);
+            fixture.write("red.mtl", "newmtl red\nKd 1 0 0\n");
+            const QString input =
+                fixture.write("x.obj", "v 0 0 +0\n# a\\\nv 1e3 0 0\nv .5 \\\n1 0\n" + content);
+            const tnconvert::Outcome outcome = fixture.convert(input);
+            QVERIFY2(fixture.warnings.join('\n').contains(warning), content);
+            if (triangles == 0) {
+                verifyFailure(outcome, "no geometry");
+                continue;
+            }
+            QCOMPARE(outcome.state, tnconvert::State::Success);
+            const ConvertedFile file = fixture.result();
+            QCOMPARE(file.triangles, triangles);
+            QVERIFY2(file.fills({{0, 0, 0}, {1000, 1, 0}}, 1e-4F), content);
+            const bool isRed = file.colors.values().contains(QStringList("1.00 0.00 0.00 1.00"));
+            QCOMPARE(isRed, content.contains("usemtl"));
         }
     }
 

@@ -10,11 +10,15 @@
 #include <STEPCAFControl_ExternFile.hxx>
 #include <STEPConstruct_ExternRefs.hxx>
 #include <Standard_Failure.hxx>
+#include <StepGeom_CartesianPoint.hxx>
+#include <StepGeom_Direction.hxx>
+#include <StepGeom_Vector.hxx>
 #include <TCollection_HAsciiString.hxx>
 #include <TDF_LabelSequence.hxx>
 #include <XSControl_WorkSession.hxx>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 namespace tnconvert {
@@ -38,11 +42,35 @@ void StepDocumentReader::load(const std::string &path, Handle(TDocStd_Document) 
     m_report.progress(0, "Reading");
     if (ReadFile(path.c_str()) != IFSelect_RetDone)
         throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
+    checkNumbers(path, ChangeReader().WS());
     warnOfDamage(path, ChangeReader().WS());
     loadParts(ChangeReader().WS(), std::filesystem::path(path).parent_path().string(), document);
     const Handle(KernelProgress) progress = new KernelProgress(m_report, 40, 60, "Transferring");
     if (!Transfer(document, progress->Start()))
         throw ConversionError(fileName(path) + " contains no shape that can be read.");
+}
+
+void StepDocumentReader::checkNumbers(const std::string &path,
+                                      const Handle(XSControl_WorkSession) & session)
+{
+    const auto isFinite = [](const Handle(Standard_Transient) & entity) {
+        bool finite = true;
+        const auto check = [&finite](double value) { finite = finite && std::isfinite(value); };
+        if (const auto point = Handle(StepGeom_CartesianPoint)::DownCast(entity))
+            for (int i = 1; i <= point->NbCoordinates(); ++i)
+                check(point->CoordinatesValue(i));
+        else if (const auto direction = Handle(StepGeom_Direction)::DownCast(entity))
+            for (int i = 1; i <= direction->NbDirectionRatios(); ++i)
+                check(direction->DirectionRatiosValue(i));
+        else if (const auto vector = Handle(StepGeom_Vector)::DownCast(entity))
+            check(vector->Magnitude());
+        return finite;
+    };
+    const Handle(Interface_InterfaceModel) model = session->Model();
+    for (int i = 1; i <= model->NbEntities(); ++i) {
+        if (!isFinite(model->Value(i)))
+            throw ConversionError(fileName(path) + " is damaged: it has impossible coordinates.");
+    }
 }
 
 void StepDocumentReader::warnOfDamage(const std::string &path,
@@ -112,6 +140,7 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         file->SetLoadStatus(part.ReadFile(path.c_str()));
         if (file->GetLoadStatus() != IFSelect_RetDone)
             throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
+        checkNumbers(path, part.WS());
         warnOfDamage(path, part.WS());
         const std::size_t missingBefore = m_missingParts.size();
         loadParts(part.WS(), std::filesystem::path(path).parent_path().string(), document);

@@ -24,6 +24,9 @@ public:
     const std::vector<std::string> &missingParts() const { return m_missingParts; }
 
 private:
+    /// Throws ConversionError: the kernel runs without end on a coordinate that is no number.
+    static void checkNumbers(const std::string &path,
+                             const Handle(XSControl_WorkSession) & session);
     void warnOfDamage(const std::string &path, const Handle(XSControl_WorkSession) & session);
     void loadParts(const Handle(XSControl_WorkSession) & session, const std::string &directory,
                    Handle(TDocStd_Document) & document);
