@@ -106,6 +106,12 @@ private slots:
             {"PROTO Block [ field SFVec3f size 9 9 9 eventIn SFTime go ] { Shape { geometry Box { "
              "size IS size } } } Block { size .002 .002 .002 }",
              12, unit, 24, 8},
+            {"DEF B " + smallBox
+                 + "PROTO Inner [ field SFVec3f s 9 9 9 ] { DEF B Box { size IS s } }\n"
+                   "PROTO Outer [ field SFVec3f t 8 8 8 ] { Transform { translation .01 0 0 "
+                   "children [ Shape { geometry Inner { s IS t } } ] } }\n"
+                   "Outer { t .002 .002 .002 } Transform { translation .01 0 0 children USE B }",
+             36, Box{{-1, -1, -1}, {11, 1, 1}}, 72, 24},
             {"EXTERNPROTO Far [ field SFFloat a ] \"x.wrl\" Far { a 1 } " + smallBox, 12, unit, 24,
              8},
             {faceSet("nan 0 0, " + square, "1 2 3 4 -1 0 1 2 -1 7 1 2 -1 -1"), 2, flat, 1},
@@ -220,6 +226,8 @@ private slots:
             doubling +=
                 "DEF N" + QByteArray::number(i) + " Group { children [" + below + below + "] }\n";
         }
+        const QByteArray doublingCopies =
+            QByteArray(doubling).replace("size 0.002 0.002 0.002", "size IS s");
         const std::pair<QByteArray, const char *> rows[] = {
             {"Group {\nchildren [\nShape {\n", "truncated: it ends at line 5"},
             {"WorldInfo { title \"abc\n}", "truncated"},
@@ -228,6 +236,11 @@ private slots:
             {"", "no geometry"},
             {QByteArray("Group{children ").repeated(100000), "too deeply"},
             {doubling, "repeats its nodes too often"},
+            {"PROTO P [ ] { Group { children [ " + doubling + " ] } } P { }",
+             "repeats its nodes too often"},
+            {"PROTO P [ field SFVec3f s 1 1 1 ] { Group { children [ " + doublingCopies
+                 + " ] } } P { }",
+             "its prototypes grow without end"},
         };
         for (const auto &[content, message] : rows) {
             const Outcome outcome = convert(content);

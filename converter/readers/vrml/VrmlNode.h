@@ -26,6 +26,7 @@ struct VrmlNode {
     std::string name; ///< given by DEF
     std::size_t line = 0;
     std::map<std::string, VrmlField> fields;
+    bool refersToPrototype = false; ///< by IS, here or in a node below
 
     /// The field's value; null when the file does not state it.
     const VrmlField *field(const char *fieldName) const;

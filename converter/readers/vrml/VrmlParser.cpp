@@ -27,13 +27,15 @@ private:
     int &m_depth;
 };
 
+/// Asks the children for what they know already: walking through them would take as long as the
+/// instances of shared nodes are many.
 bool refersToPrototype(const VrmlNode &node)
 {
     for (const auto &[name, field] : node.fields) {
         if (!field.prototypeField.empty())
             return true;
         for (const VrmlNodePtr &child : field.nodes) {
-            if (refersToPrototype(*child))
+            if (child->refersToPrototype)
                 return true;
         }
     }
@@ -90,6 +92,17 @@ void VrmlParser::expect(char sign)
     m_lexer.next();
 }
 
+template <typename T>
+const T *VrmlParser::found(std::map<std::string, T> Scope::*names, const std::string &name) const
+{
+    for (auto scope = m_scopes.rbegin(); scope != m_scopes.rend(); ++scope) {
+        const auto entry = ((*scope).*names).find(name);
+        if (entry != ((*scope).*names).end())
+            return &entry->second;
+    }
+    return nullptr;
+}
+
 std::vector<VrmlNodePtr> VrmlParser::statements(bool isTop)
 {
     std::vector<VrmlNodePtr> nodes;
@@ -121,9 +134,8 @@ VrmlNodePtr VrmlParser::node()
         return nullptr;
     if (type == "USE") {
         const std::string name = word("a name");
-        const auto found = m_named.find(name);
-        if (found != m_named.end())
-            return found->second;
+        if (const VrmlNodePtr *known = found(&Scope::named, name))
+            return *known;
         m_warn("The node " + validUtf8(name) + " is used but not defined; it is left out.");
         return nullptr;
     }
@@ -135,7 +147,7 @@ VrmlNodePtr VrmlParser::node()
     VrmlNodePtr result = nodeBody(type, name);
     // Entered after its body was read, so no node can contain itself.
     if (!name.empty())
-        m_named[name] = result;
+        m_scopes.back().named[name] = result;
     return result;
 }
 
@@ -149,10 +161,11 @@ VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &nam
     while (!m_lexer.isSign('}'))
         bodyItem(*result);
     m_lexer.next();
-    const auto found = m_prototypes.find(type);
-    if (found == m_prototypes.end() || !found->second.content)
+    result->refersToPrototype = refersToPrototype(*result);
+    const Prototype *prototype = found(&Scope::prototypes, type);
+    if (!prototype || !prototype->content)
         return result;
-    return instance(*result, found->second);
+    return instance(*result, *prototype);
 }
 
 void VrmlParser::bodyItem(VrmlNode &node)
@@ -260,16 +273,14 @@ void VrmlParser::prototype()
     result.defaults = interfaceFields(/*hasDefaults*/ true);
     expect('{');
     // Names and prototypes defined inside are not known outside.
-    const auto namedOutside = m_named;
-    const auto prototypesOutside = m_prototypes;
+    m_scopes.emplace_back();
     const std::vector<VrmlNodePtr> content = statements(/*isTop*/ false);
-    m_named = namedOutside;
-    m_prototypes = prototypesOutside;
+    m_scopes.pop_back();
     expect('}');
     // Only the first node of a prototype is drawn.
     if (!content.empty())
         result.content = content.front();
-    m_prototypes[name] = std::move(result);
+    m_scopes.back().prototypes[name] = std::move(result);
 }
 
 void VrmlParser::externalPrototype()
@@ -278,7 +289,7 @@ void VrmlParser::externalPrototype()
     const std::string name = word("the name of a prototype");
     interfaceFields(/*hasDefaults*/ false);
     value();
-    m_prototypes[name] = Prototype();
+    m_scopes.back().prototypes[name] = Prototype();
 }
 
 VrmlNodePtr VrmlParser::instance(const VrmlNode &use, const Prototype &prototype)
@@ -297,10 +308,12 @@ VrmlNodePtr VrmlParser::instance(const VrmlNode &use, const Prototype &prototype
 VrmlNodePtr VrmlParser::copied(const VrmlNodePtr &original,
                                const std::map<std::string, VrmlField> &arguments)
 {
-    if (!refersToPrototype(*original))
+    if (!original->refersToPrototype)
         return original;
+    // Nothing is truncated, even if the instance is the last node of the file.
     if (++m_copies > copyBound)
-        fail("its prototypes grow without end");
+        throw ConversionError(m_fileName + " is damaged at line " + std::to_string(m_lexer.line())
+                              + ": its prototypes grow without end.");
     auto copy = std::make_shared<VrmlNode>(*original);
     for (auto field = copy->fields.begin(); field != copy->fields.end();) {
         if (!field->second.prototypeField.empty()) {
@@ -316,6 +329,8 @@ VrmlNodePtr VrmlParser::copied(const VrmlNodePtr &original,
         }
         ++field;
     }
+    // Arguments may refer to the prototype that stands around.
+    copy->refersToPrototype = refersToPrototype(*copy);
     return copy;
 }
 

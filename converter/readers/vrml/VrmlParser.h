@@ -26,6 +26,11 @@ private:
         std::map<std::string, VrmlField> defaults;
         VrmlNodePtr content; ///< null for external ones
     };
+    /// What is known within a prototype or, in the outermost one, within the file.
+    struct Scope {
+        std::map<std::string, VrmlNodePtr> named;
+        std::map<std::string, Prototype> prototypes;
+    };
 
     std::vector<VrmlNodePtr> statements(bool isTop);
     VrmlNodePtr node();
@@ -40,6 +45,10 @@ private:
     VrmlNodePtr instance(const VrmlNode &use, const Prototype &prototype);
     VrmlNodePtr copied(const VrmlNodePtr &node, const std::map<std::string, VrmlField> &arguments);
 
+    /// The innermost one of this name; null when there is none.
+    template <typename T>
+    const T *found(std::map<std::string, T> Scope::*names, const std::string &name) const;
+
     std::string word(const char *what);
     void expect(char sign);
     [[noreturn]] void fail(const std::string &what) const;
@@ -47,8 +56,7 @@ private:
     VrmlLexer m_lexer;
     const std::string m_fileName;
     const Warn m_warn;
-    std::map<std::string, VrmlNodePtr> m_named;
-    std::map<std::string, Prototype> m_prototypes;
+    std::vector<Scope> m_scopes{1}; ///< the innermost is the last
     int m_depth = 0;
     std::size_t m_copies = 0;
 };
