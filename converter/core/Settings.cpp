@@ -46,7 +46,7 @@ constexpr double tiny = std::numeric_limits<double>::min();
 constexpr Quantity quantities[] = {
     {"ChordDeviation", &Settings::chordDeviation, tiny, unlimited},
     {"MaxChordLength", &Settings::maxChordLength, 0, unlimited},
-    {"NormalTolerance", &Settings::normalTolerance, 1, 90},
+    {"NormalTolerance", &Settings::normalTolerance, 0.1, 180},
     {"StitchingTolerance", &Settings::stitchingTolerance, tiny, unlimited},
 };
 

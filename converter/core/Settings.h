@@ -17,7 +17,7 @@ struct Settings {
     bool importInvisibleCurves = false;
     double chordDeviation = 0.1; ///< mm, greater than 0
     double maxChordLength = 0; ///< mm, 0: unlimited
-    double normalTolerance = 15; ///< degrees, 1 to 90
+    double normalTolerance = 15; ///< degrees, 0.1 to 180
     bool useStitching = false;
     double stitchingTolerance = 0.1; ///< mm
     bool fixSurfaceOrientation = false;
