@@ -1,38 +1,57 @@
 #include "host/app/SignalWatcher.h"
 
+#include <atomic>
 #include <csignal>
+#include <ctime>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int watched[] = {SIGINT, SIGTERM};
+constexpr int watched[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::time_t patience = 2; // in whole seconds, so at least one
 
-/// Read by the handler, which may do no more than write to it.
+// The handler may do no more than use these and write to the socket.
 volatile std::sig_atomic_t wakeUp = -1;
+std::atomic<std::time_t> firstAt{0};
+static_assert(std::atomic<std::time_t>::is_always_lock_free);
 
 extern "C" void onSignal(int signal)
 {
-    const auto byte = static_cast<unsigned char>(signal);
-    // Nothing can be done about a failure here; the next signal ends the process anyway.
-    [[maybe_unused]] const ssize_t written = ::write(wakeUp, &byte, 1);
+    const std::time_t now = std::time(nullptr);
+    std::time_t first = 0;
+    if (firstAt.compare_exchange_strong(first, now)) {
+        const auto byte = static_cast<unsigned char>(signal);
+        // Nothing can be done about a failure here; a later signal ends the process anyway.
+        [[maybe_unused]] const ssize_t written = ::write(wakeUp, &byte, 1);
+    } else if (now - first >= patience) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
+}
+
+bool isHandledBy(int signal, void (*handler)(int))
+{
+    struct sigaction action { };
+    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == handler;
 }
 
 } // namespace
 
-SignalWatcher::SignalWatcher(QObject *parent)
-    : QObject(parent)
+SignalWatcher::SignalWatcher()
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, m_sockets) != 0)
         return; // signals then do what they always did
     wakeUp = m_sockets[0];
+    firstAt = 0;
     m_notifier = std::make_unique<QSocketNotifier>(m_sockets[1], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &SignalWatcher::onReadable);
     for (const int signal : watched) {
+        if (isHandledBy(signal, SIG_IGN))
+            continue;
         struct sigaction action { };
         action.sa_handler = &onSignal;
-        // After the first one the default is back.
-        action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+        action.sa_flags = SA_RESTART;
         ::sigemptyset(&action.sa_mask);
         ::sigaction(signal, &action, nullptr);
     }
@@ -42,8 +61,10 @@ SignalWatcher::~SignalWatcher()
 {
     if (!m_notifier)
         return;
-    for (const int signal : watched)
-        ::signal(signal, SIG_DFL);
+    for (const int signal : watched) {
+        if (isHandledBy(signal, &onSignal))
+            ::signal(signal, SIG_DFL);
+    }
     m_notifier.reset();
     wakeUp = -1;
     ::close(m_sockets[0]);

@@ -5,13 +5,15 @@
 
 #include <memory>
 
-/// Turns SIGINT and SIGTERM into a Qt signal. The second one ends the process at once, for the
-/// case that the first led to nothing. One object per process.
+/// Turns the first SIGINT, SIGTERM or SIGHUP into a Qt signal, unless it was ignored when the
+/// process began. For a second they then count as the same request, since some programs send more
+/// than one; any that comes later ends the process at once, for the case that the first led to
+/// nothing. One object per process.
 class SignalWatcher : public QObject {
     Q_OBJECT
 
 public:
-    explicit SignalWatcher(QObject *parent = nullptr);
+    SignalWatcher();
     ~SignalWatcher() override;
 
 signals:
