@@ -73,9 +73,11 @@ int runBatch(HostServices &services, const CommandLine &commandLine)
     return runToEnd(runner);
 }
 
-std::unique_ptr<ScriptRunner> makeScriptRunner(HostServices &services, const QByteArray &script,
+std::unique_ptr<ScriptRunner> makeScriptRunner(HostServices &services, QByteArray script,
                                                bool hasUser)
 {
+    if (script.startsWith("\xEF\xBB\xBF")) // as some editors begin a text in UTF-8
+        script.remove(0, 3);
     std::FILE *answers = Console::takeStandardOutput();
     return std::make_unique<ScriptRunner>(
         services.fileService(), script.split('\n'), hasUser,

@@ -29,5 +29,7 @@ bool tnFile::checkWrite(const std::string &path, bool isFile, bool report)
 
 QString tnFile::getTmpDir()
 {
-    return QDir::tempPath();
+    // Empty when the environment names a directory that is not there.
+    const QString path = QDir::tempPath();
+    return path.isEmpty() ? QDir::rootPath() + QLatin1String("tmp") : path;
 }
