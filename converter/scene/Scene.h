@@ -27,7 +27,6 @@ struct Material {
         return std::tie(name, color, emissive, metallic, roughness)
             < std::tie(o.name, o.color, o.emissive, o.metallic, o.roughness);
     }
-    bool operator==(const Material &o) const { return !(*this < o) && !(o < *this); }
 };
 
 using Vec3f = std::array<float, 3>;

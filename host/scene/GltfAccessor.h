@@ -14,8 +14,6 @@ public:
     /// Throws GlbError when any of its elements lies outside of the file's data.
     GltfAccessor(const tinygltf::Model &model, int index);
 
-    std::size_t count() const { return m_count; }
-
     /// The elements as vectors, times the factor. Throws GlbError for accessors of other types
     /// and for values that are not finite.
     std::vector<QVector3D> vectors(float factor) const;
