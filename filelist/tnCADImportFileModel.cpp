@@ -8,11 +8,12 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QSet>
 #include <QtGui/QFont>
 
 #include <algorithm>
 #include <array>
+#include <memory_resource>
+#include <unordered_set>
 
 namespace {
 
@@ -191,8 +192,12 @@ Qt::ItemFlags tnCADImportFileModel::flags(const QModelIndex &index) const
 void tnCADImportFileModel::addFiles(const QStringList &paths)
 {
     // A walk over the table for each path would keep people waiting for thousands of files. The
-    // set lives for this call only; a single file is found faster without it.
-    QSet<QString> known;
+    // set lives for this call only, so its memory is given back at once; a single file is found
+    // faster without it.
+    std::pmr::monotonic_buffer_resource memory;
+    std::pmr::unordered_set<QString> known(&memory);
+    if (paths.size() > 1)
+        known.reserve(m_rows.size() + static_cast<std::size_t>(paths.size()));
     std::size_t rowsSeen = 0;
     const auto forget = [&] {
         known.clear();
@@ -206,7 +211,7 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
             return rowOf(path) >= 0;
         for (; rowsSeen < m_rows.size(); ++rowsSeen)
             known.insert(m_rows[rowsSeen]->path());
-        return known.contains(path);
+        return known.count(path) > 0;
     };
 
     bool added = false;
