@@ -2,11 +2,11 @@
 // best of some rounds. "Facts alone" is what the disk's answers cost without the list, so that they
 // can be taken off the lines that add files.
 
+#include "benchmarks/InstantFileService.h"
+#include "benchmarks/measuring.h"
 #include "filelist/tnCADImportFileModel.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QDateTime>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSortFilterProxyModel>
 #include <QtCore/QTemporaryDir>
 #include <QtWidgets/QApplication>
@@ -16,7 +16,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -24,23 +23,6 @@
 namespace {
 
 constexpr int rounds = 3;
-
-/// A service whose answers cost next to nothing.
-class InstantFileService : public ScriptedFileService {
-public:
-    QString fileSuffix(const QString &) override { return m_suffix; }
-    tnCADFileTypes::FileType fileType(const QString &) override { return tnCADFileTypes::Step; }
-
-private:
-    const QString m_suffix = QStringLiteral("step");
-};
-
-double processorSeconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 double wallSeconds()
 {
@@ -82,18 +64,6 @@ QStringList makePaths(int count, const QTemporaryDir *folder)
         }
     }
     return paths;
-}
-
-/// What the records ask of the disk and keep of its answers.
-qint64 readFacts(const QStringList &paths)
-{
-    qint64 sum = 0;
-    for (const QString &path : paths) {
-        const QFileInfo info(path);
-        sum += info.fileName().size() + info.size()
-            + info.lastModified().toString(Qt::TextDate).size();
-    }
-    return sum;
 }
 
 void measureAdding(const char *kind, const QStringList &paths)
