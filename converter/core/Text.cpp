@@ -126,4 +126,10 @@ std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+std::string_view withoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return text.substr(text.substr(0, mark.size()) == mark ? mark.size() : 0);
+}
+
 } // namespace tnconvert

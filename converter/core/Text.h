@@ -28,4 +28,7 @@ std::string absolutePath(const std::string &path);
 
 std::string_view trimmed(std::string_view text);
 
+/// @p text without the mark that some programs put in front of text in UTF-8.
+std::string_view withoutByteOrderMark(std::string_view text);
+
 } // namespace tnconvert

@@ -152,7 +152,7 @@ public:
         try {
             const std::string path = (m_directory / name).string();
             checkReadable(path);
-            std::istringstream stream(readWhole(path));
+            std::istringstream stream(std::string(withoutByteOrderMark(readWhole(path))));
             tinyobj::LoadMtl(indices, materials, &stream, warnings, errors);
             return true;
         } catch (const ConversionError &error) {
@@ -344,7 +344,7 @@ private:
 Scene ObjReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     report.progress(0, "Reading");
-    std::string content = readWhole(path);
+    std::string content(withoutByteOrderMark(readWhole(path)));
     checkContent(path, content);
     ObjPreparation(path, content).run();
     tinyobj::attrib_t attributes;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::size_t headerSize = 84;
 constexpr std::size_t facetSize = 50;
+constexpr std::size_t textHeadSize = 1 << 16; ///< some programs write a long story in line one
 
 std::uint32_t littleEndian32(const char *bytes)
 {
@@ -150,11 +151,12 @@ std::vector<Solid> parse(const std::string &path, const std::string &content, Re
     if (hasHeader && content.size() == expected)
         return parseBinary(content, count);
 
-    const std::string head = lowerCase(trimmed(std::string_view(content).substr(0, 1024)));
+    const std::string_view text = withoutByteOrderMark(content);
+    const std::string head = lowerCase(trimmed(text.substr(0, textHeadSize)));
     const bool isAscii = head.compare(0, 5, "solid") == 0
         && (head.find("facet") != std::string::npos || head.find("endsolid") != std::string::npos);
     if (isAscii)
-        return AsciiStl(path, content).parse();
+        return AsciiStl(path, text).parse();
 
     const bool isText = head.find('\0') == std::string::npos;
     if (!hasHeader || isText)

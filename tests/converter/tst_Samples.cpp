@@ -92,6 +92,27 @@ private slots:
         }
     }
 
+    void beginningsOfTexts()
+    {
+        const QByteArray mark = "\xEF\xBB\xBF";
+        m_fixture.write("chair.mtl", mark + ConverterFixture::read("chair.mtl"));
+        const std::pair<QString, QByteArray> rows[] = {
+            {"bracket.step", mark},
+            {"gear-ascii.stl", mark},
+            {"gear-ascii.stl", "solid " + QByteArray(5000, 'a') + "\nendsolid\n"},
+            {"chair.obj", mark},
+            {"lamp.wrl", mark},
+        };
+        for (const auto &[sample, beginning] : rows) {
+            const ConvertedFile usual = converted(sample);
+            const QByteArray content = beginning + ConverterFixture::read(sample);
+            const ConvertedFile marked = converted(m_fixture.write(sample, content));
+            QVERIFY2(usual.volume != 0.0 && marked.volume == usual.volume, qPrintable(sample));
+            QCOMPARE(marked.colors, usual.colors);
+            QCOMPARE(m_fixture.warnings, QStringList());
+        }
+    }
+
     void assemblyKeepsItsStructure()
     {
         const ConvertedFile usual = converted("gearbox.step");

@@ -20,8 +20,22 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 
 namespace tnconvert {
+
+namespace {
+
+/// Unlike the reader's own ReadFile, one that takes no byte order mark for damage.
+IFSelect_ReturnStatus readFile(STEPControl_Reader &reader, const std::string &path)
+{
+    const std::string head = readHead(path, 3);
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(std::streamoff(head.size() - withoutByteOrderMark(head).size()));
+    return reader.ReadStream(path.c_str(), file);
+}
+
+} // namespace
 
 StepDocumentReader::StepDocumentReader(Report &report, bool readsParts)
     : m_report(report)
@@ -40,7 +54,7 @@ StepDocumentReader::StepDocumentReader(Report &report, bool readsParts)
 void StepDocumentReader::load(const std::string &path, Handle(TDocStd_Document) & document)
 {
     m_report.progress(0, "Reading");
-    if (ReadFile(path.c_str()) != IFSelect_RetDone)
+    if (readFile(ChangeReader(), path) != IFSelect_RetDone)
         throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
     checkNumbers(path, ChangeReader().WS());
     warnOfDamage(path, ChangeReader().WS());
@@ -137,7 +151,7 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         checkStepFile(path);
         STEPControl_Reader part;
         file->SetWS(part.WS());
-        file->SetLoadStatus(part.ReadFile(path.c_str()));
+        file->SetLoadStatus(readFile(part, path));
         if (file->GetLoadStatus() != IFSelect_RetDone)
             throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
         checkNumbers(path, part.WS());
@@ -162,10 +176,8 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
 void checkStepFile(const std::string &path)
 {
     checkReadable(path);
-    std::string head = readHead(path, 512);
-    if (head.compare(0, 3, "\xEF\xBB\xBF") == 0)
-        head.erase(0, 3);
-    if (trimmed(head).substr(0, 12) != "ISO-10303-21")
+    const std::string head = readHead(path, 512);
+    if (trimmed(withoutByteOrderMark(head)).substr(0, 12) != "ISO-10303-21")
         throwWrongContent(path, "a Step file", "it does not begin with ISO-10303-21");
     if (readTail(path, 4096).find("END-ISO-10303-21") == std::string::npos)
         throw ConversionError(fileName(path)

@@ -36,9 +36,7 @@ std::vector<VrmlNodePtr> readVrmlFile(const std::string &path, const VrmlParser:
     checkReadable(path);
     const bool isCompressed = readHead(path, 2) == "\x1F\x8B";
     const std::string content = isCompressed ? inflated(path) : readWhole(path);
-    std::string_view text = content;
-    if (text.substr(0, 3) == "\xEF\xBB\xBF")
-        text.remove_prefix(3);
+    const std::string_view text = withoutByteOrderMark(content);
     if (text.substr(0, 8) == "#VRML V1")
         throw ConversionError(fileName(path)
                               + " is a VRML 1.0 file, which cannot be read; please export it as "
