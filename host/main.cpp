@@ -112,6 +112,7 @@ int runWindow(HostServices &services, const QStringList &pluginErrors, const QSt
 
 int main(int argc, char **argv)
 {
+    Console::openMissingStreams();
     // Paths are UTF-8, whatever the locale; Qt would lose other characters under LANG=C.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QStringList arguments;
@@ -119,7 +120,7 @@ int main(int argc, char **argv)
         arguments << QString::fromUtf8(argv[i]);
     const CommandLine commandLine = [&] {
         CommandLine asGiven(arguments);
-        if (asGiven.outcome() != CommandLine::Outcome::Run || asGiven.isHeadless() || hasDisplay())
+        if (asGiven.outcome() == CommandLine::Outcome::Done || asGiven.isHeadless() || hasDisplay())
             return asGiven;
         Console::print(stderr,
                        QStringLiteral("There is no display, so this runs as with --headless."));
@@ -186,7 +187,12 @@ int main(int argc, char **argv)
     std::unique_ptr<ScriptRunner> runner;
     if (script.isOpen())
         runner = makeScriptRunner(services, script.readAll(), !headless);
-    if (!headless)
-        return runWindow(services, loader.errors(), commandLine.files(), runner.get());
-    return runner ? runToEnd(*runner) : runBatch(services, commandLine);
+    const int status = !headless
+        ? runWindow(services, loader.errors(), commandLine.files(), runner.get())
+        : runner ? runToEnd(*runner)
+                 : runBatch(services, commandLine);
+    if (status != 0 || !Console::hasLostOutput())
+        return status;
+    Console::print(stderr, QStringLiteral("Not all of the output could be written."));
+    return failed;
 }

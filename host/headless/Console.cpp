@@ -5,10 +5,31 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace {
+
+bool lostOutput = false;
+
+} // namespace
+
 void Console::print(std::FILE *stream, const QString &line)
 {
-    std::fprintf(stream, "%s\n", line.toUtf8().constData());
-    std::fflush(stream);
+    const bool isPrinted =
+        std::fprintf(stream, "%s\n", line.toUtf8().constData()) >= 0 && std::fflush(stream) == 0;
+    lostOutput = lostOutput || (!isPrinted && stream != stderr);
+}
+
+bool Console::hasLostOutput()
+{
+    return lostOutput;
+}
+
+void Console::openMissingStreams()
+{
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDWR);
+    if (descriptor > STDERR_FILENO)
+        ::close(descriptor);
 }
 
 std::FILE *Console::takeStandardOutput()

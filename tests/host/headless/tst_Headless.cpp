@@ -13,6 +13,7 @@ private slots:
     void imports();
     void refusesWrongUsage();
     void needsNoDisplayAndNoLocale();
+    void needsNoStreams();
     void abortsOnSignals();
 };
 
@@ -115,9 +116,27 @@ void TestHeadless::needsNoDisplayAndNoLocale()
     host.setProcessEnvironment(bare);
     const QString name = QString::fromUtf8("Zähnräder.stl");
     QVERIFY(host.copySample("gear.stl", name));
-    QVERIFY2(host.run({name}) == 0, host.report());
+    QVERIFY2(host.run({"--mode", "import", name}) == 0, host.report());
     QVERIFY2(host.errors.contains("no display"), host.report());
     QVERIFY2(host.output.contains("[1/1] Zähnräder.stl: conversion started\n"), host.report());
+}
+
+void TestHeadless::needsNoStreams()
+{
+    HostProcess full;
+    QVERIFY(full.copySample("gear.stl", "gear.stl"));
+    full.setStandardOutputFile("/dev/full");
+    QVERIFY2(full.run({"--headless", "gear.stl"}) == 1, full.report());
+    QVERIFY2(full.errors.contains("Not all of the output"), full.report());
+
+    HostProcess closed;
+    QVERIFY(closed.copySample("bracket.step", "bracket.step"));
+    closed.start("/bin/sh",
+                 {"-c",
+                  "exec \"$0\" --headless --mode convert --output . bracket.step <&- >&- 2>&-",
+                  TN_BIN_DIR "/tnhost"});
+    QCOMPARE(closed.finish(), 0);
+    QVERIFY(QFileInfo(closed.path("bracket.glb")).size() > 1000);
 }
 
 void TestHeadless::abortsOnSignals()
