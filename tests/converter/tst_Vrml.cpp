@@ -226,6 +226,10 @@ private slots:
             doubling +=
                 "DEF N" + QByteArray::number(i) + " Group { children [" + below + below + "] }\n";
         }
+        QByteArray chain = "DEF N0 " + smallBox;
+        for (int i = 1; i < 50000; ++i)
+            chain += "DEF N" + QByteArray::number(i) + " Group { children USE N"
+                + QByteArray::number(i - 1) + " }\n";
         const QByteArray doublingCopies =
             QByteArray(doubling).replace("size 0.002 0.002 0.002", "size IS s");
         const std::pair<QByteArray, const char *> rows[] = {
@@ -235,6 +239,7 @@ private slots:
             {"Group { children }", "damaged at line 2"},
             {"", "no geometry"},
             {QByteArray("Group{children ").repeated(100000), "too deeply"},
+            {chain, "too deeply"},
             {doubling, "repeats its nodes too often"},
             {"PROTO P [ ] { Group { children [ " + doubling + " ] } } P { }",
              "repeats its nodes too often"},

@@ -27,6 +27,7 @@ struct VrmlNode {
     std::size_t line = 0;
     std::map<std::string, VrmlField> fields;
     bool refersToPrototype = false; ///< by IS, here or in a node below
+    int height = 1; ///< levels of nodes from this one down
 
     /// The field's value; null when the file does not state it.
     const VrmlField *field(const char *fieldName) const;

@@ -3,6 +3,8 @@
 #include "core/ConversionError.h"
 #include "core/Text.h"
 
+#include <algorithm>
+
 namespace tnconvert {
 
 namespace {
@@ -26,21 +28,6 @@ public:
 private:
     int &m_depth;
 };
-
-/// Asks the children for what they know already: walking through them would take as long as the
-/// instances of shared nodes are many.
-bool refersToPrototype(const VrmlNode &node)
-{
-    for (const auto &[name, field] : node.fields) {
-        if (!field.prototypeField.empty())
-            return true;
-        for (const VrmlNodePtr &child : field.nodes) {
-            if (child->refersToPrototype)
-                return true;
-        }
-    }
-    return false;
-}
 
 bool isEvent(std::string_view word)
 {
@@ -71,6 +58,12 @@ void VrmlParser::fail(const std::string &what) const
     if (m_lexer.kind() == VrmlLexer::Kind::End || m_lexer.isCut())
         throw ConversionError(m_fileName + " is truncated: it ends at line "
                               + std::to_string(m_lexer.line()) + " within a node.");
+    failAtLine(what);
+}
+
+/// For what is wrong with whole nodes: nothing is truncated, even if one is the last of the file.
+void VrmlParser::failAtLine(const std::string &what) const
+{
     throw ConversionError(m_fileName + " is damaged at line " + std::to_string(m_lexer.line())
                           + ": " + what + ".");
 }
@@ -151,6 +144,24 @@ VrmlNodePtr VrmlParser::node()
     return result;
 }
 
+/// Asks the children for what they know already: walking through them would take as long as the
+/// instances of shared nodes are many.
+void VrmlParser::completeNode(VrmlNode &node) const
+{
+    node.refersToPrototype = false;
+    node.height = 1;
+    for (const auto &[name, field] : node.fields) {
+        node.refersToPrototype = node.refersToPrototype || !field.prototypeField.empty();
+        for (const VrmlNodePtr &child : field.nodes) {
+            node.refersToPrototype = node.refersToPrototype || child->refersToPrototype;
+            node.height = std::max(node.height, child->height + 1);
+        }
+    }
+    // Nodes may use nodes that use nodes, with no brace around a brace.
+    if (node.height > depthBound)
+        failAtLine("the nodes are nested too deeply");
+}
+
 VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &name)
 {
     auto result = std::make_shared<VrmlNode>();
@@ -161,7 +172,7 @@ VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &nam
     while (!m_lexer.isSign('}'))
         bodyItem(*result);
     m_lexer.next();
-    result->refersToPrototype = refersToPrototype(*result);
+    completeNode(*result);
     const Prototype *prototype = found(&Scope::prototypes, type);
     if (!prototype || !prototype->content)
         return result;
@@ -310,10 +321,8 @@ VrmlNodePtr VrmlParser::copied(const VrmlNodePtr &original,
 {
     if (!original->refersToPrototype)
         return original;
-    // Nothing is truncated, even if the instance is the last node of the file.
     if (++m_copies > copyBound)
-        throw ConversionError(m_fileName + " is damaged at line " + std::to_string(m_lexer.line())
-                              + ": its prototypes grow without end.");
+        failAtLine("its prototypes grow without end");
     auto copy = std::make_shared<VrmlNode>(*original);
     for (auto field = copy->fields.begin(); field != copy->fields.end();) {
         if (!field->second.prototypeField.empty()) {
@@ -330,7 +339,7 @@ VrmlNodePtr VrmlParser::copied(const VrmlNodePtr &original,
         ++field;
     }
     // Arguments may refer to the prototype that stands around.
-    copy->refersToPrototype = refersToPrototype(*copy);
+    completeNode(*copy);
     return copy;
 }
 

@@ -34,6 +34,7 @@ private:
 
     std::vector<VrmlNodePtr> statements(bool isTop);
     VrmlNodePtr node();
+    void completeNode(VrmlNode &node) const;
     VrmlNodePtr nodeBody(const std::string &type, const std::string &name);
     void bodyItem(VrmlNode &node);
     VrmlField value();
@@ -52,6 +53,7 @@ private:
     std::string word(const char *what);
     void expect(char sign);
     [[noreturn]] void fail(const std::string &what) const;
+    [[noreturn]] void failAtLine(const std::string &what) const;
 
     VrmlLexer m_lexer;
     const std::string m_fileName;
