@@ -36,6 +36,16 @@ QString sourceOf(const QString &path)
     return extras.value(QLatin1String("source")).toString();
 }
 
+/// What the file systems take for a name, less what may come behind the base name here.
+constexpr int longestBaseName = 255 - int(sizeof "-1000000.glb.part" - 1); // bytes of UTF-8
+
+QString shortened(QString baseName)
+{
+    while (baseName.toUtf8().size() > longestBaseName)
+        baseName.chop(QChar(baseName.back()).isLowSurrogate() ? 2 : 1);
+    return baseName;
+}
+
 bool isOnDisk(const QString &path)
 {
     const QFileInfo info(path);
@@ -46,9 +56,11 @@ bool isOnDisk(const QString &path)
 
 QString OutputNames::claim(const QString &directory, const QString &baseName, const QString &source)
 {
+    const QString shortName = shortened(baseName);
     for (int number = 1;; ++number) {
-        const QString name =
-            number == 1 ? baseName : QStringLiteral("%1-%2").arg(baseName).arg(number);
+        const QString name = number == 1
+            ? shortName
+            : QStringLiteral("%1-%2").arg(shortName, QString::number(number));
         const QString path = QDir(directory).filePath(name + QStringLiteral(".glb"));
         if (m_claimed.contains(key(path)))
             continue;

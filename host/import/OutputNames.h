@@ -9,7 +9,8 @@ class OutputNames {
 public:
     /// The path "directory/base.glb", else with "-2", "-3" and so on behind the base name, that no
     /// one has claimed (names that differ only in case count as the same), and where no file
-    /// stands but an earlier conversion of the same source. Reads the heads of such files.
+    /// stands but an earlier conversion of the same source. Reads the heads of such files. A base
+    /// name that is too long for a file is cut.
     QString claim(const QString &directory, const QString &baseName, const QString &source);
     void release(const QString &path);
 

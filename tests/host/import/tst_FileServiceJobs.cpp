@@ -172,6 +172,11 @@ private slots:
                  (QStringList{"A-4.glb", "a-2.glb", "a-3.glb", "a-5.glb", "a.glb"}));
         QVERIFY(read(fixture.out() + "/a-2.glb").contains("third/a.step"));
         QVERIFY(read(fixture.out() + "/a-3.glb").contains("other/a.step"));
+
+        const QString longName = QString::fromUtf8("ä").repeated(124);
+        QVERIFY(fixture.wait(fixture.convert(
+            {fixture.file(longName + "1.step"), fixture.file(longName + "2.step")})));
+        QCOMPARE(fixture.outNames().filter(longName.left(100)).size(), 2);
     }
 
     void replacesOnlyItsOwnEarlierOutput()
