@@ -5,6 +5,7 @@
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
 #include "platform/tnMessage.h"
+#include "records/tnFileTyp.h"
 #include "tests/support/CapturedStream.h"
 #include "tests/support/ScriptedServices.h"
 
@@ -183,6 +184,17 @@ private Q_SLOTS:
         send("importCAD", {{"urls", QStringList(folder.path())}, {"files", others}});
         QVERIFY(err.take().contains("'urls' has wrong type"));
         QCOMPARE(listed(*dialog()), QStringList({"/other.step", "/more.step"}));
+    }
+
+    void searchEndsWithTheLastWindow()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(QFile(folder.filePath("a.step")).open(QIODevice::WriteOnly));
+        const auto close = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, qApp,
+                                   [] { emit qApp->lastWindowClosed(); });
+        send("importCAD", {{"urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}}});
+        disconnect(close);
+        QVERIFY(!dialog()->isVisible() && listed(*dialog()).isEmpty());
     }
 
     void nothingToImportEndsTheCommand()
