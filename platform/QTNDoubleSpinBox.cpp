@@ -20,6 +20,13 @@ QString QTNDoubleSpinBox::textFromValue(double value) const
     return text;
 }
 
+QValidator::State QTNDoubleSpinBox::validate(QString &text, int &position) const
+{
+    for (const char separator : {'.', ','})
+        text.replace(QLatin1Char(separator), locale().decimalPoint());
+    return QDoubleSpinBox::validate(text, position);
+}
+
 void QTNDoubleSpinBox::wheelEvent(QWheelEvent *event)
 {
     if (hasFocus())

@@ -311,6 +311,16 @@ private slots:
             QVERIFY2(box->value() == value, qPrintable(text));
             QCOMPARE(box->text(), text);
         }
+        QDoubleSpinBox *const typed = settings.chordDeviationSpinBox;
+        for (const QLocale::Language language : {QLocale::C, QLocale::German, QLocale::French}) {
+            typed->setLocale(language);
+            for (const char *const text : {"0.5", "0,5"}) {
+                typed->setValue(1);
+                typed->selectAll();
+                QTest::keyClicks(typed, text);
+                QCOMPARE(typed->value(), 0.5);
+            }
+        }
     }
 
     void stitchingToleranceFollowsItsBox()
