@@ -12,11 +12,22 @@ namespace {
 QStringList filesIn(const QString &folder, tnFileIOService &service)
 {
     QStringList files;
-    QDirIterator entries(folder, QDir::Files, QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
-        const QString file = entries.next();
+    const auto add = [&](const QString &file) {
         if (service.isFileSupported(file))
             files << file;
+    };
+    QDirIterator entries(folder, QDir::AllEntries | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString entry = entries.next();
+        const QFileInfo info = entries.fileInfo();
+        if (!info.isDir()) {
+            add(entry);
+        } else if (info.isSymLink()) {
+            // The dialog as well searches a linked folder, but none below it, which may be a ring.
+            for (const QFileInfo &file : QDir(entry).entryInfoList(QDir::Files))
+                add(file.filePath());
+        }
     }
     files.sort();
     return files;

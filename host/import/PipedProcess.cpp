@@ -57,6 +57,9 @@ QByteArray PipedProcess::readPipe()
 
 void PipedProcess::setupChildProcess()
 {
+    // The terminal sends its signals to the whole group of the process that it runs, which would
+    // end this one before its owner can.
+    setpgid(0, 0);
     if (m_writeEnd >= 0)
         dup2(m_writeEnd, STDOUT_FILENO);
 }

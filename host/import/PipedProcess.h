@@ -6,7 +6,8 @@
 #include <memory>
 
 /// A process whose standard output comes through a pipe of our own: QProcess does not tell when a
-/// process that lives on closes its output, and whoever waits for an answer would wait for good.
+/// process that lives on closes its output, and whoever waits for an answer would wait for good. It
+/// hears nothing of a terminal's signals: to end it is its owner's.
 class PipedProcess : public QProcess {
     Q_OBJECT
 

@@ -5,6 +5,7 @@
 #include <QtTest/QtTest>
 
 #include <csignal>
+#include <unistd.h>
 
 class TestHeadless : public QObject {
     Q_OBJECT
@@ -30,6 +31,8 @@ void TestHeadless::imports()
         QVERIFY(host.write("import-logbook.txt", "of an older batch"));
         QVERIFY(host.copySample("gear.stl", "folder/z.stl"));
         QVERIFY(host.copySample("gear.stl", "folder/below/a.stl"));
+        QVERIFY(QDir(host.path("")).mkpath("links")
+                && QFile::link(host.path("folder/below"), host.path("links/linked")));
         for (const QString sample : {"bracket.step", "gear.stl", "assembly/robot.step",
                                      "assembly/base.stp", "assembly/gripper.stp"})
             QVERIFY(host.copySample(sample, QFileInfo(sample).fileName()));
@@ -66,6 +69,7 @@ void TestHeadless::imports()
     check("folder folder/z.stl", 0,
           {"[1/2] a.stl: conversion started\n", "[2/2] z.stl: conversion started\n",
            "\nfolder/below/a.stl  STL   Succeeded ", "\n2 of 2 files succeeded; "});
+    check("links", 0, {"[1/1] a.stl: conversion started\n", "\n1 of 1 files succeeded; "});
     check("--logbook --tmp . missing.step", 1,
           {"\n0 of 1 files succeeded, 1 failed; 0 nodes, ", "\nNo logbook was written.\n"});
     // Two of the parts are files of the batch as well, each with a fate of its own.
@@ -163,6 +167,8 @@ void TestHeadless::abortsOnSignals()
         QVERIFY(pid.open(QIODevice::ReadOnly));
         const auto converter = static_cast<pid_t>(pid.readAll().trimmed().toInt());
         QVERIFY(converter > 0);
+        // The keys of a terminal signal a whole group.
+        QVERIFY(::getpgid(converter) != ::getpgid(static_cast<pid_t>(host.processId())));
         QCOMPARE(::kill(static_cast<pid_t>(host.processId()), signal), 0);
         QVERIFY2(host.finish() == 128 + signal, host.report());
         QVERIFY2(QRegularExpression("\ngear.stl +STL +Aborted ").match(host.report()).hasMatch(),
