@@ -65,6 +65,7 @@ tnCADImportTableView::tnCADImportTableView(QWidget *parent)
 
     verticalHeader()->setDefaultSectionSize(static_cast<int>(tnPlatform::getTreeViewIconSizeY()));
     setWordWrap(false);
+    setTabKeyNavigation(false); // else the keyboard never leaves a long list
 
     for (QObject *ancestor = parent; ancestor && !m_dialog; ancestor = ancestor->parent())
         m_dialog = qobject_cast<tnCADImportDialog *>(ancestor);
