@@ -219,9 +219,15 @@ void MainWindow::restoreSettings()
     resize(usual);
     resizeDocks({m_logDock}, {usualLogHeight}, Qt::Vertical);
     restoreGeometry(settings.value(geometryKey).toByteArray());
-    // The damaged kind may pass for a window of next to nothing.
-    if (size() != size().expandedTo(minimumSizeHint()))
+    // The damaged kind may pass for a window of next to nothing, and the screen may have been a
+    // larger one.
+    const QRect available = screen()->availableGeometry();
+    const bool isTooSmall = size() != size().expandedTo(minimumSizeHint());
+    const bool isTooLarge = size() != size().boundedTo(available.size());
+    if (isTooSmall || isTooLarge)
         resize(usual);
+    if (isTooLarge)
+        move(available.topLeft());
     restoreState(settings.value(stateKey).toByteArray());
     m_view->setColumnWidths(settings.value(headerKey).toList());
 }

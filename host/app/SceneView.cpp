@@ -25,6 +25,11 @@ SceneView::SceneView(Scene &scene, QWidget *parent)
     , m_model(new SceneModel(scene, this))
 {
     setModel(m_model);
+    // What has been imported below a collapsed node would seem not to have come.
+    connect(m_model, &QAbstractItemModel::rowsInserted, this, [this](QModelIndex above) {
+        for (; above.isValid(); above = above.parent())
+            expand(above);
+    });
     setSelectionMode(ExtendedSelection);
     setAlternatingRowColors(true);
     setUniformRowHeights(true);

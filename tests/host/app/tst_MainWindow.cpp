@@ -12,6 +12,7 @@
 
 #include <QtCore/QMimeData>
 #include <QtCore/QSettings>
+#include <QtGui/QScreen>
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
 
@@ -121,6 +122,15 @@ void TestMainWindow::keepsItsLooks()
     const MainWindow next(m_services);
     QCOMPARE(next.size(), QSize(640, 480));
     QCOMPARE(next.findChild<SceneView *>()->columnWidths(), widths);
+
+    {
+        MainWindow window(m_services);
+        window.show();
+        window.resize(QApplication::primaryScreen()->size() * 2); // then another screen
+        window.close();
+    }
+    const QRect screen = QApplication::primaryScreen()->availableGeometry();
+    QVERIFY(screen.contains(MainWindow(m_services).geometry()));
 
     QSettings().clear();
     const QSize usual = MainWindow(m_services).size();

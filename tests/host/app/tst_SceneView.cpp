@@ -67,6 +67,10 @@ void TestSceneView::selectionIsTheScenes()
     const tndNode first = add(scene);
     const tndNode second = add(scene);
     SceneView view(scene);
+    const auto *const model = qobject_cast<const SceneModel *>(view.model());
+    QVERIFY(!view.isExpanded(model->indexOf(second)));
+    add(scene, model->nodeAt(model->index(0, 0, model->indexOf(second))));
+    QVERIFY(view.isExpanded(model->indexOf(second)) && !view.isExpanded(model->indexOf(first)));
     const auto select = [&view](int row) {
         view.selectionModel()->setCurrentIndex(view.model()->index(row, 0),
                                                QItemSelectionModel::ClearAndSelect
