@@ -8,10 +8,10 @@
 
 #include <IGESCAFControl_Reader.hxx>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <utility>
 
 namespace tnconvert {
 
@@ -47,36 +47,89 @@ void checkIgesFile(const std::string &path)
                               + " is truncated: its last line, marked T in column 73, is missing.");
 }
 
-/// The kernel runs without end on a number that no double can hold. In column 1 to 64 of the lines
-/// marked P there are the entities' values, apart from a few texts, which begin with their length.
-void checkNumbers(const std::string &path)
-{
-    constexpr std::size_t dataColumns = 64;
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line);) {
-        if (sectionOf(line) != 'P')
-            continue;
-        line.resize(dataColumns);
-        std::replace(line.begin(), line.end(), 'D', 'E'); // as FORTRAN writes exponents
-        for (std::size_t begin = 0; begin != std::string::npos;) {
-            const std::size_t number = line.find_first_not_of(" ,;", begin);
-            if (number == std::string::npos)
-                break;
-            const bool isNumber = line.find_first_of("+-.0123456789", number) == number;
-            if (isNumber && !std::isfinite(std::strtod(line.c_str() + number, nullptr)))
-                throw ConversionError(fileName(path)
-                                      + " is damaged: it has impossible coordinates.");
-            begin = line.find_first_of(",;", number);
+/// Reads the values in column 1 to 64 of the lines marked P, which is all the kernel has of the
+/// entities. It runs without end on a number that no double can hold.
+class IgesNumbers {
+public:
+    /// Gives false when there is a number that is none.
+    bool areFinite(const std::string &path)
+    {
+        std::ifstream file(path);
+        bool isGlobalRead = false;
+        for (std::string line; std::getline(file, line);) {
+            if (sectionOf(line) == 'G' && !std::exchange(isGlobalRead, true))
+                readDelimiters(line);
+            if (sectionOf(line) == 'P' && !isLineFinite(line))
+                return false;
         }
+        return true;
     }
-}
+
+private:
+    /// The first two values of the section are the delimiters, as texts: "1H,,1H;,".
+    void readDelimiters(const std::string &line)
+    {
+        std::size_t at = 0;
+        if (line.compare(0, 2, "1H") == 0) {
+            m_delimiter = line[2];
+            at = 3;
+        }
+        if (line.compare(at + 1, 2, "1H") == 0)
+            m_end = line[at + 3];
+    }
+
+    bool isLineFinite(const std::string &line)
+    {
+        constexpr std::size_t dataColumns = 64;
+        // Whatever an entity does wrong, the next one begins afresh.
+        const std::string entity = line.substr(dataColumns, sectionColumn - dataColumns);
+        if (entity != m_entity) {
+            m_entity = entity;
+            m_textLeft = 0;
+            m_value.clear();
+        }
+        for (std::size_t i = 0; i < dataColumns; ++i) {
+            const char c = line[i];
+            if (m_textLeft > 0) {
+                --m_textLeft;
+            } else if (c == m_delimiter || c == m_end) {
+                if (!isValueFinite())
+                    return false;
+                m_value.clear();
+                if (c == m_end)
+                    break; // what follows is a comment
+            } else if (c == 'H' && !m_value.empty()
+                       && m_value.find_first_not_of("0123456789") == std::string::npos) {
+                m_textLeft = std::strtoul(m_value.c_str(), nullptr, 10);
+                m_value.clear();
+            } else if (c != ' ') {
+                m_value += c == 'D' || c == 'd' ? 'E' : c; // as FORTRAN writes exponents
+            }
+        }
+        return true;
+    }
+
+    bool isValueFinite() const
+    {
+        char *end = nullptr;
+        const double number = std::strtod(m_value.c_str(), &end);
+        return std::isfinite(number) || *end != '\0';
+    }
+
+    char m_delimiter = ',';
+    char m_end = ';';
+    std::string m_entity;
+    std::string m_value; ///< as far as it has been read; it may go on in the next line
+    std::size_t m_textLeft = 0; ///< characters of a text that are still to come
+};
 
 } // namespace
 
 Scene IgesReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     checkIgesFile(path);
-    checkNumbers(path);
+    if (!IgesNumbers().areFinite(path))
+        throw ConversionError(fileName(path) + " is damaged: it has impossible coordinates.");
     prepareKernel();
     report.progress(0, "Reading");
     KernelDocument document;

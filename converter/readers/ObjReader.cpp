@@ -68,9 +68,9 @@ public:
             // Names and comments may well end with a backslash of their own.
             const bool mayContinue =
                 first < end && std::string_view("vflp").find(m_content[first]) != std::string::npos;
-            while (mayContinue && continues(begin, end)) {
-                end = lineEnd(end + newlineLength(end));
-                ++lineCount;
+            for (std::size_t last = begin; mayContinue && continues(last, end); ++lineCount) {
+                last = end + newlineLength(end);
+                end = lineEnd(last);
             }
             std::size_t length = end - begin;
             if (lineCount > 1) {
@@ -96,7 +96,9 @@ private:
 
     bool continues(std::size_t begin, std::size_t end) const
     {
-        return end > begin && end < m_content.size() && m_content[end - 1] == '\\';
+        return end > begin && end < m_content.size() && m_content[end - 1] == '\\'
+            && std::string_view(m_content).substr(begin, end - begin).find('#')
+            == std::string_view::npos;
     }
 
     /// Moves the line ends to the end, so that the lines behind keep their numbers.
@@ -122,6 +124,7 @@ private:
     {
         if (nextWord(text) != "v")
             return;
+        text = text.substr(0, text.find('#'));
         for (int i = 0; i < 3; ++i) {
             if (!parseNumber(nextWord(text)))
                 throw ConversionError(fileName(m_path) + " is damaged at line "

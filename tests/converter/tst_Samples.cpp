@@ -113,6 +113,23 @@ private slots:
         }
     }
 
+    void looksDamagedButIsNot()
+    {
+        const std::tuple<QString, QByteArray, QByteArray> rows[] = {
+            {"housing.iges", "7HHousing;             ", "19HA,1E999;-INFLOW,1D9;"},
+            {"bracket.step", "ENDSEC;\nEND-ISO", "#99999=DIRECTION('',$);\nENDSEC;\nEND-ISO"},
+            {"chair.obj", "", "v 0 0 0#c\\\nv .1 0 0 # c\\\nv 0 .1 0\nf -1 -2 -3\n"},
+        };
+        for (const auto &[sample, usual, unusual] : rows) {
+            QByteArray content = ConverterFixture::read(sample);
+            QVERIFY2(content.contains(usual), qPrintable(sample));
+            content = usual.isEmpty() ? content + unusual : content.replace(usual, unusual);
+            const double volume = converted(sample).volume;
+            const double found = converted(m_fixture.write(sample, content)).volume;
+            QVERIFY2(volume > 0 && std::fabs(found / volume - 1) < 1e-6, qPrintable(sample));
+        }
+    }
+
     void assemblyKeepsItsStructure()
     {
         const ConvertedFile usual = converted("gearbox.step");

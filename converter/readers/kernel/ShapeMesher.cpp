@@ -37,10 +37,11 @@ constexpr double leastRelativeDeviation = 2e-5;
 /// and takes minutes over it.
 constexpr double largestRelativeTolerance = 1e-3;
 
+/// Degrees. Below, a single sphere takes the kernel minutes and gigabytes.
+constexpr double leastAngle = 1;
+
 /// The subdivision by chord length stops at so many triangles of one face set.
 constexpr std::size_t triangleBound = 500'000;
-
-constexpr double radiansPerDegree = M_PI / 180;
 
 /// The diagonal of the shape's box in mm; nothing for a shape without bounds.
 std::optional<double> extentOf(const TopoDS_Shape &shape)
@@ -100,6 +101,11 @@ void ShapeMesher::warnOnce(bool &wasWarned, const std::string &message)
     if (!wasWarned)
         m_report.warning(message);
     wasWarned = true;
+}
+
+double ShapeMesher::safeAngle() const
+{
+    return std::max(m_settings.normalTolerance, leastAngle) * M_PI / 180;
 }
 
 double ShapeMesher::safeDeviation(const TopoDS_Shape &shape)
@@ -209,9 +215,10 @@ ShapeMesher::meshes(const TopoDS_Shape &original, const Look &look, const std::s
     };
 
     if (m_settings.importSurfaces && TopExp_Explorer(shape, TopAbs_FACE).More()) {
+        if (m_settings.normalTolerance < leastAngle)
+            warnOnce(m_angleWarned, "The normal tolerance was raised to 1 degree.");
         try {
-            const BRepMesh_IncrementalMesh mesher(shape, deviation, Standard_False,
-                                                  m_settings.normalTolerance * radiansPerDegree,
+            const BRepMesh_IncrementalMesh mesher(shape, deviation, Standard_False, safeAngle(),
                                                   Standard_False);
         } catch (const Standard_Failure &) {
             warnOnce(m_failureWarned, "Some surfaces could not be tessellated and are left out.");
@@ -313,8 +320,7 @@ void ShapeMesher::addEdge(const TopoDS_Shape &edge, double deviation, Primitive 
             || Precision::IsInfinite(curve.FirstParameter())
             || Precision::IsInfinite(curve.LastParameter()))
             return;
-        const GCPnts_TangentialDeflection points(
-            curve, m_settings.normalTolerance * radiansPerDegree, deviation);
+        const GCPnts_TangentialDeflection points(curve, safeAngle(), deviation);
         for (int i = 1; i <= points.NbPoints(); ++i) {
             primitive.positions.push_back(floats(points.Value(i).XYZ()));
             if (i > 1)

@@ -29,6 +29,7 @@ public:
 private:
     TopoDS_Shape repaired(const TopoDS_Shape &shape, TopTools_DataMapOfShapeInteger &originOf,
                           std::vector<TopoDS_Shape> &origins) const;
+    double safeAngle() const; ///< radians
     double safeDeviation(const TopoDS_Shape &shape);
     void addFace(const TopoDS_Face &face, Primitive &primitive) const;
     void addEdge(const TopoDS_Shape &edge, double deviation, Primitive &primitive) const;
@@ -37,6 +38,7 @@ private:
     const Settings &m_settings;
     Report &m_report;
     bool m_deviationWarned = false;
+    bool m_angleWarned = false;
     bool m_chordWarned = false;
     bool m_failureWarned = false;
 };

@@ -73,7 +73,8 @@ void StepDocumentReader::checkNumbers(const std::string &path,
         if (const auto point = Handle(StepGeom_CartesianPoint)::DownCast(entity))
             for (int i = 1; i <= point->NbCoordinates(); ++i)
                 check(point->CoordinatesValue(i));
-        else if (const auto direction = Handle(StepGeom_Direction)::DownCast(entity))
+        else if (const auto direction = Handle(StepGeom_Direction)::DownCast(entity);
+                 direction && !direction->DirectionRatios().IsNull())
             for (int i = 1; i <= direction->NbDirectionRatios(); ++i)
                 check(direction->DirectionRatiosValue(i));
         else if (const auto vector = Handle(StepGeom_Vector)::DownCast(entity))
