@@ -1,6 +1,7 @@
 #include "host/app/SignalWatcher.h"
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <sys/socket.h>
@@ -9,17 +10,20 @@
 namespace {
 
 constexpr int watched[] = {SIGINT, SIGTERM, SIGHUP};
-constexpr std::time_t patience = 2; // in whole seconds, so at least one
+constexpr long long patience = 1000; // ms
 
 // The handler may do no more than use these and write to the socket.
 volatile std::sig_atomic_t wakeUp = -1;
-std::atomic<std::time_t> firstAt{0};
-static_assert(std::atomic<std::time_t>::is_always_lock_free);
+std::atomic<long long> firstAt{0};
+static_assert(std::atomic<long long>::is_always_lock_free);
 
 extern "C" void onSignal(int signal)
 {
-    const std::time_t now = std::time(nullptr);
-    std::time_t first = 0;
+    const int errorBefore = errno;
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    const long long now = time.tv_sec * 1000LL + time.tv_nsec / 1000000;
+    long long first = 0;
     if (firstAt.compare_exchange_strong(first, now)) {
         const auto byte = static_cast<unsigned char>(signal);
         // Nothing can be done about a failure here; a later signal ends the process anyway.
@@ -28,6 +32,7 @@ extern "C" void onSignal(int signal)
         std::signal(signal, SIG_DFL);
         std::raise(signal);
     }
+    errno = errorBefore;
 }
 
 bool isHandledBy(int signal, void (*handler)(int))
@@ -53,6 +58,8 @@ SignalWatcher::SignalWatcher()
         action.sa_handler = &onSignal;
         action.sa_flags = SA_RESTART;
         ::sigemptyset(&action.sa_mask);
+        for (const int other : watched) // of several at once the first counts
+            ::sigaddset(&action.sa_mask, other);
         ::sigaction(signal, &action, nullptr);
     }
 }
@@ -61,10 +68,7 @@ SignalWatcher::~SignalWatcher()
 {
     if (!m_notifier)
         return;
-    for (const int signal : watched) {
-        if (isHandledBy(signal, &onSignal))
-            ::signal(signal, SIG_DFL);
-    }
+    // The handlers stay: a second signal in a row must not end the process amid its clean-up.
     m_notifier.reset();
     wakeUp = -1;
     ::close(m_sockets[0]);
