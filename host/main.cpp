@@ -23,6 +23,8 @@
 #include <cstdio>
 #include <memory>
 
+using namespace tnhost;
+
 namespace {
 
 constexpr int failed = 1;

@@ -19,8 +19,8 @@
 /// fileConversionFailed where it went wrong; fileConversionFinished, conversionFinished. In a job
 /// that loads: fileAddedToLoadQueue, fileLoadingStarted, fileAddedToScene, fileLoadingFailed where
 /// it went wrong, fileLoadingFinished; parts that were converted are reported as loading and loaded
-/// together with their assembly, since their geometry is in its file. At the end of each top-level file importProgressChanged.
-/// Between files nothing is promised.
+/// together with their assembly, since their geometry is in its file. At the end of each top-level
+/// file importProgressChanged. Between files nothing is promised.
 class TNPLATFORM_EXPORT tnFileIOService : public QObject, public tnBaseService {
     Q_OBJECT
 

@@ -7,6 +7,8 @@
 
 #include <cmath>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int swatchSize = 16;
@@ -49,3 +51,5 @@ void AssetManager::refresh()
                                     material->name.isEmpty() ? tr("(no name)") : material->name));
     }
 }
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <QtWidgets/QListWidget>
 
+namespace tnhost {
+
 class Scene;
 
 /// The materials that the scene uses, by name and colour. The scene must outlive it.
@@ -19,3 +21,5 @@ private:
 
     const Scene &m_scene;
 };
+
+} // namespace tnhost

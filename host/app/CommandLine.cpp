@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace tnhost {
+
 namespace {
 
 struct Option {
@@ -149,3 +151,5 @@ void CommandLine::fail(const QString &message)
     m_outcome = Outcome::Wrong;
     m_message = message;
 }
+
+} // namespace tnhost

@@ -7,6 +7,8 @@
 
 class QCommandLineParser;
 
+namespace tnhost {
+
 /// What the user wants of this run.
 class CommandLine {
 public:
@@ -53,3 +55,5 @@ private:
     BatchOptions m_batch;
     QStringList m_files;
 };
+
+} // namespace tnhost

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace tnhost {
+
 ImportStatus::ImportStatus(const tnFileIOService &service, QWidget *parent)
     : QLabel(parent)
 {
@@ -55,3 +57,5 @@ void ImportStatus::refresh()
     }
     setText(m_jobs.empty() ? QString() : tr("Importing … %1 %").arg(int(done / files)));
 }
+
+} // namespace tnhost

@@ -8,6 +8,8 @@
 
 class tnFileIOService;
 
+namespace tnhost {
+
 /// Says how far the imports are, all running jobs together; empty when there is none. The service
 /// must outlive it.
 class ImportStatus : public QLabel {
@@ -31,3 +33,5 @@ private:
 
     std::map<quint64, Job> m_jobs;
 };
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 #include <QtGui/QFontDatabase>
 #include <QtWidgets/QMenu>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int mostLines = 10000;
@@ -63,3 +65,5 @@ void LogPane::onLogged(int level, const QString &text)
                    .arg(QString::fromUtf8(isDark ? look.colorOnDark : look.colorOnLight),
                         line.toHtmlEscaped()));
 }
+
+} // namespace tnhost

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace tnhost {
+
 /// Carries log lines into the GUI thread. Lives as long as the log or the pane knows it.
 class LogBridge : public QObject {
     Q_OBJECT
@@ -32,3 +34,5 @@ private:
 
     std::shared_ptr<LogBridge> m_bridge;
 };
+
+} // namespace tnhost

@@ -28,6 +28,8 @@
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
 
+namespace tnhost {
+
 namespace {
 
 constexpr QSize usualSize(1000, 700);
@@ -297,3 +299,5 @@ void MainWindow::onAssetManagerRequested(bool show)
     if (show)
         m_assetDock->raise();
 }
+
+} // namespace tnhost

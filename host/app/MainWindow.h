@@ -4,9 +4,12 @@
 #include <QtCore/QUrl>
 #include <QtWidgets/QMainWindow>
 
+class tnMessage;
+
+namespace tnhost {
+
 class HostServices;
 class SceneView;
-class tnMessage;
 
 /// The host's window: scene tree, log, asset manager. The services must outlive it.
 class MainWindow : public QMainWindow {
@@ -47,3 +50,5 @@ private:
     QDockWidget *m_assetDock = nullptr;
     QAction *m_reload = nullptr;
 };
+
+} // namespace tnhost

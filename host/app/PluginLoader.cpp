@@ -6,6 +6,8 @@
 
 #include <cstring>
 
+namespace tnhost {
+
 namespace {
 
 constexpr const char *expectedVersion = "15.3";
@@ -93,3 +95,5 @@ void PluginLoader::start(const QString &path)
     }
     init();
 }
+
+} // namespace tnhost

@@ -3,6 +3,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+namespace tnhost {
+
 /// Finds, checks and starts the plug-ins. They stay loaded until the process ends.
 class PluginLoader {
 public:
@@ -23,3 +25,5 @@ private:
     QStringList m_candidates;
     QStringList m_errors;
 };
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QLocale>
 
+namespace tnhost {
+
 SceneModel::SceneModel(const Scene &scene, QObject *parent)
     : QAbstractItemModel(parent)
     , m_scene(scene)
@@ -135,3 +137,5 @@ void SceneModel::refreshCounts(const SceneNode *node)
         emit dataChanged(index, index, {Qt::DisplayRole});
     }
 }
+
+} // namespace tnhost

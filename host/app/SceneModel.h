@@ -6,6 +6,8 @@
 
 #include <unordered_map>
 
+namespace tnhost {
+
 class Scene;
 class SceneNode;
 
@@ -40,3 +42,5 @@ private:
     /// By node id: views ask on every paint, and each count walks the subtree.
     mutable std::unordered_map<unsigned int, std::size_t> m_triangles;
 };
+
+} // namespace tnhost

@@ -10,6 +10,8 @@
 
 #include <unordered_set>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int leastWidth = 50;
@@ -177,3 +179,5 @@ void SceneView::showSelection()
                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     m_isFollowing = false;
 }
+
+} // namespace tnhost

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace tnhost {
+
 class Scene;
 class SceneModel;
 
@@ -44,3 +46,5 @@ private:
     bool m_isFollowing = false; ///< the selection comes from the scene, or is about to
     bool m_isTelling = false; ///< the scene learns the selection from the view
 };
+
+} // namespace tnhost

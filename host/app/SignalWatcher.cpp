@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int watched[] = {SIGINT, SIGTERM, SIGHUP};
@@ -81,3 +83,5 @@ void SignalWatcher::onReadable()
     if (::read(m_sockets[1], &byte, 1) == 1)
         emit received(byte);
 }
+
+} // namespace tnhost

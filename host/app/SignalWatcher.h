@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace tnhost {
+
 /// Turns the first SIGINT, SIGTERM or SIGHUP into a Qt signal, unless it was ignored when the
 /// process began. For a second they then count as the same request, since some programs send more
 /// than one; any that comes later ends the process at once, for the case that the first led to
@@ -25,3 +27,5 @@ private:
     int m_sockets[2] = {-1, -1};
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// How a batch without a window is to run.
 struct BatchOptions {
     /// In the order in which the import dialog offers them.
@@ -12,3 +14,5 @@ struct BatchOptions {
     int maxProcesses = -1; ///< -1: as the dialog has it
     bool tellsLogbook = false;
 };
+
+} // namespace tnhost

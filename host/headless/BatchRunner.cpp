@@ -14,6 +14,8 @@
 
 #include <utility>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int abortPatienceMs = 5000;
@@ -176,3 +178,5 @@ QDateTime BatchRunner::logbookTime() const
 {
     return QFileInfo(logbookPath()).lastModified();
 }
+
+} // namespace tnhost

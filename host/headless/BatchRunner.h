@@ -10,9 +10,12 @@
 #include <functional>
 #include <vector>
 
+class tnFileIOService;
+
+namespace tnhost {
+
 class DialogDriver;
 class Scene;
-class tnFileIOService;
 
 /// Has the plug-in import files in one batch, as a user would: opens its dialog with the files,
 /// sets the options there and presses its button. Prints each step, then the scene and a table of
@@ -56,3 +59,5 @@ private:
     int m_signal = 0;
     bool m_isFinished = false;
 };
+
+} // namespace tnhost

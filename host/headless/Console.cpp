@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace tnhost {
+
 namespace {
 
 bool lostOutput = false;
@@ -50,3 +52,5 @@ void Console::muteScreenWarnings()
                 before(type, context, text);
         });
 }
+
+} // namespace tnhost

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+namespace tnhost {
+
 /// The process's standard streams.
 class Console {
 public:
@@ -24,3 +26,5 @@ public:
     /// Leaves out what Qt says about every window on a screen that does not exist.
     static void muteScreenWarnings();
 };
+
+} // namespace tnhost

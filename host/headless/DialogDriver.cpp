@@ -7,6 +7,8 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
 
+namespace tnhost {
+
 namespace {
 
 constexpr const char *dialogName = "tnImportDialog";
@@ -94,3 +96,5 @@ void DialogDriver::pressClose()
 {
     widget<QPushButton>(closeButton)->click();
 }
+
+} // namespace tnhost

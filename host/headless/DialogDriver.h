@@ -7,6 +7,8 @@
 class QDialog;
 class QPushButton;
 
+namespace tnhost {
+
 /// The import dialog's widgets, by the names that they have in its form: does with them what a user
 /// would do. The host knows no more of the dialog than a user knows.
 class DialogDriver {
@@ -33,3 +35,5 @@ private:
 
     QDialog *m_dialog = nullptr;
 };
+
+} // namespace tnhost

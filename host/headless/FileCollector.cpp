@@ -7,6 +7,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
+namespace tnhost {
+
 namespace {
 
 QStringList filesIn(const QString &folder, tnFileIOService &service)
@@ -69,3 +71,5 @@ std::vector<FileCollector::File> FileCollector::collect(const QStringList &argum
     }
     return result;
 }
+
+} // namespace tnhost

@@ -7,6 +7,8 @@
 
 class tnFileIOService;
 
+namespace tnhost {
+
 /// Turns the command line's files and folders into a list of files.
 class FileCollector {
 public:
@@ -22,3 +24,5 @@ public:
     /// stands for itself, as a problem.
     static std::vector<File> collect(const QStringList &arguments, tnFileIOService &service);
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// What has become of one file of a job.
 struct FileResult {
     enum class State { Pending, Running, Succeeded, Failed, Incomplete, Aborted };
@@ -12,3 +14,5 @@ struct FileResult {
     double seconds = 0.0; ///< from the start of its conversion to its end
     QString message; ///< what was said last of a failure; empty for a file that succeeded
 };
+
+} // namespace tnhost

@@ -8,6 +8,8 @@
 #include <array>
 #include <utility>
 
+namespace tnhost {
+
 using tnCADFileTypes::JobState;
 using State = FileResult::State;
 using Service = tnFileIOService;
@@ -328,3 +330,5 @@ void JobFollower::end(File &file, JobState state)
     else if (state == JobState::Incomplete && file.result.message.isEmpty())
         file.result.message = QStringLiteral("parts are missing");
 }
+
+} // namespace tnhost

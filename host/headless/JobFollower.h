@@ -13,6 +13,8 @@
 
 class tnFileIOService;
 
+namespace tnhost {
+
 /// Follows all jobs of the file service: prints each step, and keeps what becomes of each file. The
 /// parts of an assembly are told below its name and have no result of their own.
 class JobFollower : public QObject {
@@ -100,3 +102,5 @@ private:
     int m_unreported = 0;
     bool m_isAborting = false;
 };
+
+} // namespace tnhost

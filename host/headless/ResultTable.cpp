@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace tnhost {
+
 namespace {
 
 using Row = std::array<QString, 5>;
@@ -80,3 +82,5 @@ QString ResultTable::summary(const std::vector<FileResult> &results, int unrepor
     }
     return text;
 }
+
+} // namespace tnhost

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace tnhost {
+
 /// The results of jobs as text, the same in every locale.
 class ResultTable {
 public:
@@ -18,3 +20,5 @@ public:
     /// which no more than their number is known.
     static QString summary(const std::vector<FileResult> &results, int unreported);
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include "host/scene/Scene.h"
 
+namespace tnhost {
+
 namespace {
 
 QString number(float value)
@@ -40,3 +42,5 @@ QString SceneReport::text(const QVector3D &point)
     return QStringLiteral("(%1, %2, %3)")
         .arg(number(point.x()), number(point.y()), number(point.z()));
 }
+
+} // namespace tnhost

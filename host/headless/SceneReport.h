@@ -6,6 +6,9 @@
 #include <QtCore/QStringList>
 
 class QVector3D;
+
+namespace tnhost {
+
 class Scene;
 
 /// The scene as text, the same in every locale.
@@ -20,3 +23,5 @@ public:
     /// A point in mm with three decimals; never a negative zero.
     static QString text(const QVector3D &point);
 };
+
+} // namespace tnhost

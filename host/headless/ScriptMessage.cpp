@@ -6,6 +6,8 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+namespace tnhost {
+
 namespace {
 
 QByteArray text(const QJsonValue &value)
@@ -89,3 +91,5 @@ QByteArray ScriptMessage::complaint(int line, const QString &reason)
 {
     return "{\"line\":" + QByteArray::number(line) + ",\"error\":" + text(reason) + '}';
 }
+
+} // namespace tnhost

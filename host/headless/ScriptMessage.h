@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace tnhost {
+
 /// One line of a script as a message to the plug-ins, and their answer to it as a line. Both are
 /// JSON.
 class ScriptMessage {
@@ -31,3 +33,5 @@ private:
     tnMessage m_message;
     std::vector<QByteArray> m_sent; ///< the attributes before the call, as text with their type
 };
+
+} // namespace tnhost

@@ -11,6 +11,8 @@
 
 #include <utility>
 
+namespace tnhost {
+
 namespace {
 
 constexpr int abortPatienceMs = 5000;
@@ -197,3 +199,5 @@ void ScriptRunner::remindOfDialog()
         m_note(QStringLiteral("Line %1: the import dialog is open, and nobody presses Import.")
                    .arg(m_line));
 }
+
+} // namespace tnhost

@@ -9,8 +9,11 @@
 
 #include <functional>
 
-class ScriptMessage;
 class tnFileIOService;
+
+namespace tnhost {
+
+class ScriptMessage;
 
 /// Sends the messages of a script to the plug-ins, one after the other: each when the jobs of those
 /// before it have ended. Where there is no user, it closes dialogs that would wait for one.
@@ -64,3 +67,5 @@ private:
     int m_signal = 0;
     bool m_isFinished = false;
 };
+
+} // namespace tnhost

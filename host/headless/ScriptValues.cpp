@@ -14,6 +14,8 @@
 #include <typeinfo>
 #include <vector>
 
+namespace tnhost {
+
 namespace {
 
 struct AttributeType {
@@ -240,3 +242,5 @@ bool ScriptValues::toJson(const boost::any &attribute, QJsonValue *value)
     *value = QJsonValue();
     return false;
 }
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// JSON on one side, the attributes of messages with their exact C++ types on the other.
 class ScriptValues {
 public:
@@ -20,3 +22,5 @@ public:
     /// The attribute's value. False, and null in value, for a type that has none.
     static bool toJson(const boost::any &attribute, QJsonValue *value);
 };
+
+} // namespace tnhost

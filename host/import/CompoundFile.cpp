@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace tnhost {
+
 namespace {
 
 // Offsets within the header of 512 bytes.
@@ -149,3 +151,5 @@ QStringList CompoundFile::entryNames(QIODevice &device)
     }
     return names;
 }
+
+} // namespace tnhost

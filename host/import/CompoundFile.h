@@ -3,6 +3,8 @@
 #include <QtCore/QIODevice>
 #include <QtCore/QStringList>
 
+namespace tnhost {
+
 /// Reads the directory of a compound file: the small file system in one file that several CAD
 /// systems keep their parts in.
 class CompoundFile {
@@ -17,3 +19,5 @@ public:
     /// has none. The device must be open and not sequential.
     static QStringList entryNames(QIODevice &device);
 };
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// What a converter process is asked to do with one file.
 struct ConversionRequest {
     QString input; ///< absolute path
@@ -33,3 +35,5 @@ public:
 protected:
     ~ConversionObserver() = default;
 };
+
+} // namespace tnhost

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+namespace tnhost {
+
 using tnCADFileTypes::JobState;
 
 namespace {
@@ -387,3 +389,5 @@ QString ConverterWorker::whileReading() const
         return QString();
     return QStringLiteral(" while reading %1").arg(QFileInfo(m_task.request.input).fileName());
 }
+
+} // namespace tnhost

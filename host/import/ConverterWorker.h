@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+namespace tnhost {
+
 /// What a converter process may use up.
 struct WorkerLimits {
     qint64 memory = qint64(1) << 30; ///< bytes; a worker that reports more is ended between files
@@ -97,3 +99,5 @@ private:
     QByteArray m_buffer;
     QByteArray m_errorTail;
 };
+
+} // namespace tnhost

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 
+namespace tnhost {
+
 using tnCADFileTypes::FileType;
 using tnCADFileTypes::JobState;
 
@@ -312,3 +314,5 @@ void FileImport::removeOutput()
     if (m_outputIsNew)
         QFile::remove(m_output);
 }
+
+} // namespace tnhost

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+namespace tnhost {
+
 class ImportJob;
 
 /// One top-level file's way through its job: conversion with the parts that turn up, then the load.
@@ -71,3 +73,5 @@ private:
     std::vector<Part> m_parts;
     double m_partSeconds = 0.0;
 };
+
+} // namespace tnhost

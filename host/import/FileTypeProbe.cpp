@@ -9,6 +9,8 @@
 #include <array>
 #include <optional>
 
+namespace tnhost {
+
 using tnCADFileTypes::FileType;
 
 namespace {
@@ -149,3 +151,5 @@ FileType FileTypeProbe::byContent(const QString &path)
     }
     return byName(path);
 }
+
+} // namespace tnhost

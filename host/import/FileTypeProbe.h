@@ -4,6 +4,8 @@
 
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// Tells the kind of a CAD file: by its name, quickly, or by its first bytes. All operations may be
 /// called from any thread.
 class FileTypeProbe {
@@ -25,3 +27,5 @@ public:
     /// nothing, is told by its name.
     static tnCADFileTypes::FileType byContent(const QString &path);
 };
+
+} // namespace tnhost

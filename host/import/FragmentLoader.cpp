@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace tnhost {
+
 FragmentLoader::FragmentLoader()
 {
     m_thread.setMaxThreadCount(1);
@@ -60,3 +62,5 @@ void FragmentLoader::onRead()
     if (observer)
         observer->onFragmentRead(result.fragment, result.error);
 }
+
+} // namespace tnhost

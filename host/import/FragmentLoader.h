@@ -10,6 +10,8 @@
 #include <deque>
 #include <memory>
 
+namespace tnhost {
+
 /// Hears how a load goes on, from the event loop and in the GUI thread. It must live until
 /// onFragmentRead(), or until it has been cancelled or the loader is gone.
 class LoadObserver {
@@ -58,3 +60,5 @@ private:
     LoadObserver *m_current = nullptr; ///< null when it was cancelled
     std::deque<Request> m_queue;
 };
+
+} // namespace tnhost

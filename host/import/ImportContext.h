@@ -9,6 +9,8 @@
 
 #include <QtCore/QMultiHash>
 
+namespace tnhost {
+
 /// What all jobs share. Outlives them.
 struct ImportContext {
     tnFileIOService &service; ///< whose signals tell of the jobs
@@ -32,3 +34,5 @@ struct ImportRequest {
     ImportSettings settings;
     tndSceneImportSettings sceneSettings;
 };
+
+} // namespace tnhost

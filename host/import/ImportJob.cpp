@@ -8,6 +8,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
+namespace tnhost {
+
 namespace {
 
 /// Where files go when the caller names no place: the user's preference, else the system's.
@@ -134,3 +136,5 @@ void ImportJob::checkEnd()
     m_hasEnded = true;
     emit ended();
 }
+
+} // namespace tnhost

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+namespace tnhost {
+
 /// One job of the file service: its files, and what they have in common.
 class ImportJob : public QObject {
     Q_OBJECT
@@ -71,3 +73,5 @@ private:
     bool m_aborted = false;
     bool m_hasEnded = false;
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <type_traits>
 
+namespace tnhost {
+
 using tnCADFileTypes::FileType;
 
 tndXlatSettings ImportSettings::get(FileType type) const
@@ -66,3 +68,5 @@ QJsonObject ImportSettings::toJson(const tndXlatSettings &settings)
     });
     return object;
 }
+
+} // namespace tnhost

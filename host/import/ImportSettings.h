@@ -7,6 +7,8 @@
 
 #include <map>
 
+namespace tnhost {
+
 /// The translator options of all file types.
 class ImportSettings {
 public:
@@ -22,3 +24,5 @@ public:
 private:
     std::map<tnCADFileTypes::FileType, tndXlatSettings> m_settings;
 };
+
+} // namespace tnhost

@@ -7,6 +7,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QtEndian>
 
+namespace tnhost {
+
 namespace {
 
 // A glTF binary: 12 bytes of header, then chunks of length, type and content, JSON first.
@@ -86,3 +88,5 @@ QString OutputNames::key(const QString &path)
     return (canonical.isEmpty() ? info.absolutePath() : canonical).toCaseFolded() + QLatin1Char('/')
         + info.fileName().toCaseFolded();
 }
+
+} // namespace tnhost

@@ -3,6 +3,8 @@
 #include <QtCore/QSet>
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// Finds names for converted files, so that neither two files of the running jobs nor a stranger's
 /// file on disk come to harm.
 class OutputNames {
@@ -19,3 +21,5 @@ private:
 
     QSet<QString> m_claimed;
 };
+
+} // namespace tnhost

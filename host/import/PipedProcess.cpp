@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace tnhost {
+
 namespace {
 
 // More than any pipe holds, so a dead process's last words are read in one go.
@@ -73,3 +75,5 @@ void PipedProcess::closePipe()
     ::close(m_readEnd);
     m_readEnd = -1;
 }
+
+} // namespace tnhost

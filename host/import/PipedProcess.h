@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace tnhost {
+
 /// A process whose standard output comes through a pipe of our own: QProcess does not tell when a
 /// process that lives on closes its output, and whoever waits for an answer would wait for good. It
 /// hears nothing of a terminal's signals: to end it is its owner's.
@@ -35,3 +37,5 @@ private:
     int m_writeEnd = -1; ///< open only while the process is started
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace tnhost {
+
 WorkerPool::WorkerPool(const QString &program, const WorkerLimits &limits)
     : m_program(program)
     , m_limits(limits)
@@ -62,3 +64,5 @@ void WorkerPool::onWorkerEnded(ConverterWorker *worker)
     if (const std::optional<ConverterWorker::Task> task = worker->takeUnreadTask())
         addWorker().convert(task->request, *task->observer);
 }
+
+} // namespace tnhost

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+namespace tnhost {
+
 /// The converter processes: gives a conversion to one that is idle, or starts another one. How
 /// many run at a time is the caller's choice, by how many conversions it starts.
 class WorkerPool : public QObject {
@@ -37,3 +39,5 @@ private:
     const WorkerLimits m_limits;
     std::vector<std::unique_ptr<ConverterWorker>> m_workers;
 };
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace tnhost {
+
 /// Axis-aligned box in mm. Empty until the first point has been added.
 struct BoundingBox {
     QVector3D min = QVector3D(highest, highest, highest);
@@ -24,3 +26,5 @@ struct BoundingBox {
 private:
     static constexpr float highest = std::numeric_limits<float>::max();
 };
+
+} // namespace tnhost

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <utility>
 
+namespace tnhost {
+
 namespace {
 
 constexpr float mmPerMetre = 1000.0F;
@@ -311,3 +313,5 @@ void FragmentBuilder::dropAxisNode()
     if (!sourceAxes(m_model.nodes[top]).empty() && node.mesh < 0 && node.transform.isIdentity())
         m_fragment.roots = node.children;
 }
+
+} // namespace tnhost

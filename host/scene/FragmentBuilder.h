@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace tnhost {
+
 /// Turns a parsed glTF model into a scene fragment. The parser takes indices and sizes as they
 /// stand in the file, so every one of them is checked here before it is used.
 class FragmentBuilder {
@@ -29,3 +31,5 @@ private:
     SceneFragment m_fragment;
     std::vector<int> m_parents; ///< by node; -1: none
 };
+
+} // namespace tnhost

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace tnhost {
+
 namespace {
 
 constexpr qint64 headerSize = 12;
@@ -93,3 +95,5 @@ void GlbFile::check(const QByteArray &bytes)
     if (chunks == 0)
         throw GlbError(QStringLiteral("The file has no content."));
 }
+
+} // namespace tnhost

@@ -5,6 +5,8 @@
 
 #include <stdexcept>
 
+namespace tnhost {
+
 /// What is wrong with a file, as a sentence for the user. Stays inside the reader.
 class GlbError : public std::runtime_error {
 public:
@@ -27,3 +29,5 @@ public:
     /// The checks on their own, for bytes that are at hand. Throws GlbError.
     static void check(const QByteArray &bytes);
 };
+
+} // namespace tnhost

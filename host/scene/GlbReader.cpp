@@ -7,6 +7,8 @@
 
 #include <exception>
 
+namespace tnhost {
+
 namespace {
 
 /// Pictures are not shown, so they are not decoded either.
@@ -72,3 +74,5 @@ std::shared_ptr<const SceneFragment> GlbReader::read(const QString &path, QStrin
         *error = message;
     return nullptr;
 }
+
+} // namespace tnhost

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace tnhost {
+
 /// Reads glTF binaries, as the converter writes them.
 class GlbReader {
 public:
@@ -17,3 +19,5 @@ public:
     /// May be called from any thread, throws nothing.
     static std::shared_ptr<const SceneFragment> read(const QString &path, QString *error);
 };
+
+} // namespace tnhost

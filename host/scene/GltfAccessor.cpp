@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+namespace tnhost {
+
 namespace {
 
 template <typename T>
@@ -102,3 +104,5 @@ std::vector<std::uint32_t> GltfAccessor::indices(std::size_t limit) const
     }
     return result;
 }
+
+} // namespace tnhost

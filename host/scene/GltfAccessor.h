@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace tnhost {
+
 /// Bounds-checked view of one accessor of a glTF model, which must outlive it.
 class GltfAccessor {
 public:
@@ -28,3 +30,5 @@ private:
     std::size_t m_stride = 0;
     const unsigned char *m_data = nullptr;
 };
+
+} // namespace tnhost

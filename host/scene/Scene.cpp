@@ -8,6 +8,8 @@
 #include <unordered_set>
 #include <utility>
 
+namespace tnhost {
+
 namespace {
 
 /// Whether the matrix maps boxes to boxes, so that a box's image is that of its corners.
@@ -398,3 +400,5 @@ bool Scene::forget(const SceneNode &node)
     });
     return selectionShrank;
 }
+
+} // namespace tnhost

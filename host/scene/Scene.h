@@ -13,6 +13,8 @@
 #include <unordered_set>
 #include <vector>
 
+namespace tnhost {
+
 /// The host's scene: a tree of nodes in right-handed coordinates and mm, with z upwards. Ids start
 /// with 1, the root, and are never given twice. GUI thread only.
 ///
@@ -103,3 +105,5 @@ private:
     std::unordered_set<unsigned int> m_selection;
     unsigned int m_lastId = 0;
 };
+
+} // namespace tnhost

@@ -11,6 +11,8 @@
 #include <memory>
 #include <vector>
 
+namespace tnhost {
+
 /// A surface's look, after the metallic-roughness model. All values lie between 0 and 1.
 struct SceneMaterial {
     QString name;
@@ -59,3 +61,5 @@ struct SceneFragment {
     std::vector<Node> nodes; ///< each is the child of at most one other, and none of itself
     std::vector<int> roots; ///< into nodes
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace tnhost {
+
 int SceneNode::row() const
 {
     if (!m_parent)
@@ -11,3 +13,5 @@ int SceneNode::row() const
                                     [this](const auto &sibling) { return sibling.get() == this; });
     return static_cast<int>(found - siblings.begin());
 }
+
+} // namespace tnhost

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+namespace tnhost {
+
 /// One node of the scene's tree. Belongs to its parent; the Scene alone changes it.
 class SceneNode {
 public:
@@ -47,3 +49,5 @@ private:
     SceneNode *m_parent = nullptr;
     std::vector<std::unique_ptr<SceneNode>> m_children;
 };
+
+} // namespace tnhost

@@ -4,6 +4,8 @@
 
 #include <QtCore/QObject>
 
+namespace tnhost {
+
 /// Passes on to the main window what modules want to see. Without a window it only remembers.
 class ControllerService final : public QObject, public tnControllerService {
     Q_OBJECT
@@ -20,3 +22,5 @@ signals:
 private:
     bool m_assetManagerWanted = false;
 };
+
+} // namespace tnhost

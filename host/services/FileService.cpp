@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace tnhost {
+
 using tnCADFileTypes::FileType;
 
 namespace {
@@ -233,3 +235,5 @@ void FileService::onJobEnded(ImportJob *job)
     job->cleanUp();
     emit importFinished(id, seconds);
 }
+
+} // namespace tnhost

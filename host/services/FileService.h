@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+namespace tnhost {
+
 class ImportJob;
 
 /// The host's file service: queues the files of all jobs, has them converted in processes of their
@@ -88,3 +90,5 @@ private:
     QHash<QString, QString> m_givenPaths; ///< by absolute path, as the signals are to name them
     bool m_isScheduled = false;
 };
+
+} // namespace tnhost

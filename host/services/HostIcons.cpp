@@ -11,6 +11,8 @@ static void initResources()
     Q_INIT_RESOURCE(host);
 }
 
+namespace tnhost {
+
 void HostIcons::install()
 {
     initResources();
@@ -24,3 +26,5 @@ QIcon HostIcons::icon(const QString &name)
     const QString path = QStringLiteral(":/host/%1.svg").arg(name);
     return QFile::exists(path) ? QIcon(path) : QIcon();
 }
+
+} // namespace tnhost

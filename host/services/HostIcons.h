@@ -3,6 +3,8 @@
 #include <QtCore/QString>
 #include <QtGui/QIcon>
 
+namespace tnhost {
+
 /// The icons that come with the host.
 class HostIcons {
 public:
@@ -13,3 +15,5 @@ public:
     /// A null icon for an unknown name.
     static QIcon icon(const QString &name);
 };
+
+} // namespace tnhost

@@ -12,6 +12,8 @@
 #include "platform/tnMessage.h"
 #include "platform/tnPreferences.h"
 
+namespace tnhost {
+
 HostServices::HostServices(const Options &options)
     : m_scene(std::make_unique<Scene>())
     , m_sceneService(std::make_unique<SceneService>(*m_scene))
@@ -61,3 +63,5 @@ void HostServices::announceReadTypes() const
     }
     tnFileIO::setReadFileTypes(std::move(types));
 }
+
+} // namespace tnhost

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace tnhost {
+
 class ControllerService;
 class FileService;
 class Scene;
@@ -37,3 +39,5 @@ private:
     std::unique_ptr<ControllerService> m_controllerService;
     std::unique_ptr<FileService> m_fileService;
 };
+
+} // namespace tnhost

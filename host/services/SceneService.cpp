@@ -2,6 +2,8 @@
 
 #include "host/scene/Scene.h"
 
+namespace tnhost {
+
 std::vector<tndNode> SceneService::selectedNodes(bool topmostOnly)
 {
     return m_scene.selectedNodes(topmostOnly);
@@ -11,3 +13,5 @@ tndNode SceneService::rootNode()
 {
     return m_scene.root();
 }
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include "platform/tnScenegraphService.h"
 
+namespace tnhost {
+
 class Scene;
 
 /// What modules see of the scene, which must outlive it.
@@ -20,3 +22,5 @@ public:
 private:
     const Scene &m_scene;
 };
+
+} // namespace tnhost

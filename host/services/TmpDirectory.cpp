@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace tnhost {
+
 namespace {
 
 /// The directory belongs to this user alone. The system's directory for temporary files is open to
@@ -44,3 +46,5 @@ QString TmpDirectory::prepare(const QString &wanted, QString *error)
                      .arg(path.isEmpty() ? tnFile::getTmpDir() : path);
     return {};
 }
+
+} // namespace tnhost

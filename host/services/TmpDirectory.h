@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+namespace tnhost {
+
 /// Where converted files and logbooks go unless the user says otherwise.
 class TmpDirectory {
 public:
@@ -12,3 +14,5 @@ public:
     /// error, when nothing can be written there.
     static QString prepare(const QString &wanted, QString *error);
 };
+
+} // namespace tnhost

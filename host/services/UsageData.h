@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace tnhost {
+
 /// Counts how often something worth counting has happened. Stays within the process.
 class UsageData final : public tnPulseInterface {
 public:
@@ -19,3 +21,5 @@ private:
 
     std::atomic<std::uint64_t> m_activities{0};
 };
+
+} // namespace tnhost

@@ -9,6 +9,7 @@
 
 #include <cmath>
 
+using namespace tnhost;
 using nlohmann::json;
 using tnconvert::Vec3;
 

@@ -18,7 +18,7 @@ struct ConvertedFile {
     explicit ConvertedFile(const QString &path);
 
     /// Whether no coordinate of the box differs by more than @p tolerance. Prints it otherwise.
-    bool fills(const BoundingBox &expected, float tolerance) const;
+    bool fills(const tnhost::BoundingBox &expected, float tolerance) const;
 
     QStringList problems; ///< why some loader could not rely on the file
     nlohmann::json document;
@@ -31,12 +31,12 @@ struct ConvertedFile {
     int segments = 0;
     double area = 0; ///< mm²
     double volume = 0; ///< mm³, of closed surfaces; negative when they are turned inside out
-    BoundingBox box;
+    tnhost::BoundingBox box;
     double leastNormalAgreement = 1; ///< scalar product of a triangle's and a corner's normal
     QMap<QString, QStringList> colors; ///< sRGB, by path, sorted, rounded to 2 digits
 
 private:
-    void check(const SceneFragment &fragment);
-    void collect(const SceneFragment &fragment, int node, const Instance &above);
-    void measure(const ScenePrimitive &primitive, const QMatrix4x4 &toFile);
+    void check(const tnhost::SceneFragment &fragment);
+    void collect(const tnhost::SceneFragment &fragment, int node, const Instance &above);
+    void measure(const tnhost::ScenePrimitive &primitive, const QMatrix4x4 &toFile);
 };

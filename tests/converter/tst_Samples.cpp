@@ -3,6 +3,7 @@
 #include <QtTest>
 
 using tnconvert::State;
+using tnhost::BoundingBox;
 
 namespace {
 

@@ -6,6 +6,7 @@
 
 using tnconvert::Outcome;
 using tnconvert::State;
+using tnhost::BoundingBox;
 
 namespace {
 

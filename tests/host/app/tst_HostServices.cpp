@@ -19,6 +19,8 @@
 
 #include <unistd.h>
 
+using namespace tnhost;
+
 class TestHostServices : public QObject {
     Q_OBJECT
 

@@ -16,6 +16,8 @@
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
 
+using namespace tnhost;
+
 namespace {
 
 QStringList sent; ///< each attribute's name and values

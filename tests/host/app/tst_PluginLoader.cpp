@@ -5,6 +5,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 class TestPluginLoader : public QObject {
     Q_OBJECT
 

@@ -5,6 +5,8 @@
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 namespace {
 
 tndNode add(Scene &scene, const tndNode &parent = {}, const tndNode &replaced = {})

@@ -4,6 +4,8 @@
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
+namespace tnhost {
+
 /// A run of the real program in a directory of its own, with the real plug-in and the real
 /// converter unless told otherwise. Good for one run.
 class HostProcess : public QProcess {
@@ -45,3 +47,5 @@ public:
 private:
     const QTemporaryDir m_dir;
 };
+
+} // namespace tnhost

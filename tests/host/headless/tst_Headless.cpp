@@ -7,6 +7,8 @@
 #include <csignal>
 #include <unistd.h>
 
+using namespace tnhost;
+
 class TestHeadless : public QObject {
     Q_OBJECT
 

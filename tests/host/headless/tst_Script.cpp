@@ -2,6 +2,8 @@
 
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 namespace {
 
 const QByteArray reloaded =

@@ -10,6 +10,8 @@
 #include <functional>
 #include <memory>
 
+namespace tnhost {
+
 /// A file service on the fake converter, in a directory of its own, with all its signals on record.
 class ServiceFixture {
 public:
@@ -158,3 +160,5 @@ private:
     QTemporaryDir m_directory;
     QMap<quint64, QStringList> m_signals;
 };
+
+} // namespace tnhost

@@ -2,6 +2,8 @@
 
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 using tnCADFileTypes::FileType;
 
 /// One file's way: which signals come, in which order, for all that can happen to it.

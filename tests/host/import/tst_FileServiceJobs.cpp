@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <csignal>
 
+using namespace tnhost;
+
 namespace {
 
 bool isAlive(int process)

@@ -5,6 +5,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 using tnCADFileTypes::FileType;
 
 namespace {

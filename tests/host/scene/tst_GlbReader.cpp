@@ -5,6 +5,8 @@
 #include <QtCore/QtEndian>
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 namespace {
 
 /// One triangle with the corners (0,0,0), (1,0,0), (0,2,3) in metres, below a node that is moved by

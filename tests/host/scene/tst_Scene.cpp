@@ -3,6 +3,8 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QtTest>
 
+using namespace tnhost;
+
 namespace {
 
 /// Two instances of a box from (0,0,0) to (10,20,30), the second one 100 further in x and turned
