@@ -1,61 +1,36 @@
 #include "host/app/ImportStatus.h"
 
-#include "platform/tnFileIOService.h"
+#include "host/import/ImportLog.h"
 
 #include <algorithm>
 
 namespace tnhost {
 
-ImportStatus::ImportStatus(const tnFileIOService &service, QWidget *parent)
+ImportStatus::ImportStatus(const ImportLog &log, QWidget *parent)
     : QLabel(parent)
 {
-    connect(&service, &tnFileIOService::startingImport, this,
-            [this](quint64 job, unsigned int fileCount) {
-                m_jobs[job].files = std::max(1U, fileCount);
-                refresh();
-            });
-    connect(&service, &tnFileIOService::childFileImportAdded, this,
-            [this](quint64 job, const QString &, const QString &child) {
-                m_jobs[job].parts.insert(child);
-            });
-    connect(&service, &tnFileIOService::fileConversionProgressChanged, this,
-            &ImportStatus::onConversionProgress);
-    connect(&service, &tnFileIOService::fileConversionFinished, this,
-            [this](quint64 job, const QString &path) { m_jobs[job].converting.remove(path); });
-    connect(&service, &tnFileIOService::importProgressChanged, this,
-            [this](quint64 job, unsigned int value) {
-                m_jobs[job].ended = value;
-                refresh();
-            });
-    connect(&service, &tnFileIOService::importFinished, this, [this](quint64 job) {
-        m_jobs.erase(job);
+    connect(&log, &ImportLog::jobStarted, this, [this](const JobResultPtr &job) {
+        m_jobs.push_back(job);
+        refresh();
+    });
+    connect(&log, &ImportLog::stepTaken, this, &ImportStatus::refresh);
+    connect(&log, &ImportLog::fileEnded, this, &ImportStatus::refresh);
+    connect(&log, &ImportLog::jobEnded, this, [this](const JobResultPtr &job) {
+        m_jobs.erase(std::remove(m_jobs.begin(), m_jobs.end(), job), m_jobs.end());
         refresh();
     });
 }
 
-void ImportStatus::onConversionProgress(quint64 job, const QString &path, unsigned int percent)
-{
-    Job &state = m_jobs[job];
-    if (state.parts.contains(path))
-        return;
-    state.converting[path] = std::min(100U, percent);
-    refresh();
-}
-
 void ImportStatus::refresh()
 {
-    double done = 0.0;
-    double files = 0.0;
-    for (auto &[id, job] : m_jobs) {
-        unsigned int converting = 0;
-        for (const unsigned int percent : qAsConst(job.converting))
-            converting += percent;
-        job.shown =
-            std::max(job.shown, std::min(100.0, job.ended + double(converting) / job.files));
-        done += job.shown * job.files;
-        files += job.files;
+    quint64 percentSum = 0;
+    std::size_t files = 0;
+    for (const JobResultPtr &job : m_jobs) {
+        percentSum += job->percentSum;
+        files += job->files.size();
     }
-    setText(m_jobs.empty() ? QString() : tr("Importing … %1 %").arg(int(done / files)));
+    setText(m_jobs.empty() ? QString()
+                           : tr("Importing … %1 %").arg(percentSum / std::max<quint64>(1, files)));
 }
 
 } // namespace tnhost

@@ -195,7 +195,7 @@ void MainWindow::createMenus()
 
 void MainWindow::createStatusBar()
 {
-    statusBar()->addWidget(new ImportStatus(m_services.fileService()), 1);
+    statusBar()->addWidget(new ImportStatus(m_services.fileService().log()), 1);
     auto *totals = new QLabel;
     statusBar()->addPermanentWidget(totals);
     // Counting walks the scene, and during an import it changes often.

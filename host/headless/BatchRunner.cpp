@@ -5,7 +5,6 @@
 #include "host/headless/SceneReport.h"
 #include "host/scene/Scene.h"
 #include "platform/tnController.h"
-#include "platform/tnFileIOService.h"
 #include "platform/tnMessage.h"
 #include "platform/tnPreferences.h"
 
@@ -30,7 +29,7 @@ QString logbookPath()
 
 } // namespace
 
-BatchRunner::BatchRunner(tnFileIOService &service, const Scene &scene, const BatchOptions &options,
+BatchRunner::BatchRunner(FileService &service, const Scene &scene, const BatchOptions &options,
                          const std::vector<FileCollector::File> &files, Printer print,
                          Printer complain)
     : m_scene(scene)
@@ -48,16 +47,11 @@ BatchRunner::BatchRunner(tnFileIOService &service, const Scene &scene, const Bat
 void BatchRunner::start()
 {
     m_logbookBefore = logbookTime();
-    QStringList all;
-    for (const FileCollector::File &file : m_files)
-        all << file.path;
-    m_follower.plan(all);
+    m_follower.plan(m_files);
     std::vector<QString> files;
-    for (std::size_t i = 0; i < m_files.size(); ++i) {
-        if (m_files[i].problem.isEmpty())
-            files.push_back(m_files[i].path);
-        else
-            m_follower.fail(static_cast<int>(i), m_files[i].problem);
+    for (const FileCollector::File &file : m_files) {
+        if (file.problem.isEmpty())
+            files.push_back(file.path);
     }
     if (m_signal != 0 || files.empty()) {
         finish();
@@ -102,7 +96,7 @@ bool BatchRunner::setUpDialog(DialogDriver &dialog)
 void BatchRunner::giveUp(const QString &reason)
 {
     m_complain(QStringLiteral("Nothing was imported: %1.").arg(reason));
-    m_follower.failOpen(reason);
+    m_follower.failWaiting(reason);
     finish();
 }
 
@@ -131,7 +125,7 @@ void BatchRunner::onJobEnded()
     if (m_follower.isAnyRunning())
         return;
     if (m_signal == 0)
-        m_follower.failOpen(QStringLiteral("the import ended without a result"));
+        m_follower.failWaiting(QStringLiteral("the import ended without a result"));
     finish();
 }
 
@@ -145,7 +139,7 @@ void BatchRunner::finish()
     const std::vector<FileResult> results = m_follower.results();
     for (const QString &line : ResultTable::lines(results))
         m_print(line);
-    QString summary = ResultTable::summary(results, m_follower.unreportedFiles());
+    QString summary = ResultTable::summary(results);
     if (loads)
         summary += QStringLiteral("; %1 nodes, %2 triangles")
                        .arg(m_scene.nodeCount())

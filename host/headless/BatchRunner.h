@@ -10,8 +10,6 @@
 #include <functional>
 #include <vector>
 
-class tnFileIOService;
-
 namespace tnhost {
 
 class DialogDriver;
@@ -27,7 +25,7 @@ public:
     using Printer = std::function<void(const QString &line)>;
 
     /// Service and scene must outlive the runner.
-    BatchRunner(tnFileIOService &service, const Scene &scene, const BatchOptions &options,
+    BatchRunner(FileService &service, const Scene &scene, const BatchOptions &options,
                 const std::vector<FileCollector::File> &files, Printer print, Printer complain);
 
     /// Once. Returns at once or when the plug-in has refused.

@@ -1,22 +1,21 @@
 #pragma once
 
-#include "host/headless/FileResult.h"
-#include "platform/tnCADFileTypes.h"
+#include "host/headless/FileCollector.h"
+#include "host/import/JobResult.h"
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QHash>
 #include <QtCore/QObject>
-#include <QtCore/QStringList>
 
 #include <functional>
+#include <map>
 #include <vector>
-
-class tnFileIOService;
 
 namespace tnhost {
 
-/// Follows all jobs of the file service: prints each step, and keeps what becomes of each file. The
-/// parts of an assembly are told below its name and have no result of their own.
+class FileService;
+
+/// Follows all jobs of the file service: prints each step, and keeps the results of all files. The
+/// steps of an assembly's parts are printed below its name.
 class JobFollower : public QObject {
     Q_OBJECT
 
@@ -24,83 +23,54 @@ public:
     using Printer = std::function<void(const QString &line)>;
 
     /// The service must outlive the follower.
-    JobFollower(tnFileIOService &service, Printer print);
+    JobFollower(FileService &service, Printer print);
 
-    /// Takes files into the results, numbered in their order, before a job tells of them. Once.
-    void plan(const QStringList &files);
-    /// Ends a planned file, by its position, before it came into a job.
-    void fail(int position, const QString &reason);
-    /// The same for all files that have not come to their end.
-    void failOpen(const QString &reason);
+    /// Numbers these files in their order, before a job has them; each path once. Those with a
+    /// problem have failed. Once.
+    void plan(const std::vector<FileCollector::File> &files);
+    /// Fails the planned files that no job has had.
+    void failWaiting(const QString &reason);
 
-    bool isAnyRunning() const { return !m_jobs.isEmpty(); }
+    bool isAnyRunning() const { return !m_running.empty(); }
     /// How many jobs have started so far.
     int startedJobs() const { return m_startedJobs; }
     /// Asks the service to end all running jobs.
     void abortAll();
 
-    /// By their number, or in the order in which their jobs came to them.
+    /// By their number, or in the order of their jobs.
     std::vector<FileResult> results() const;
-    /// Files that ended jobs were to have, and that nobody said anything about.
-    int unreportedFiles() const { return m_unreported; }
     bool haveAllSucceeded() const;
 
 signals:
-    /// From within the service's own signal: other listeners have not heard of it yet.
+    /// From within the service's own signal: other listeners have not received it yet.
     void jobEnded();
 
 private:
     struct File {
-        FileResult result;
+        QString name;
         int number = 0;
         int total = 0;
-        bool isInScene = false;
+        FileResult planned; ///< counts until a job has the file
+        JobResultPtr job;
+        std::size_t position = 0; ///< in the job
         QString lastStep; ///< repeated progress is printed once
-        QElapsedTimer clock;
-    };
-    /// The end of a conversion, before it is known whether it was that of a file or of a part that
-    /// has the same path: the next signal tells.
-    struct ConversionEnd {
-        QString path;
-        tnCADFileTypes::JobState state = tnCADFileTypes::Success;
-        double seconds = 0.0;
-        QString message;
-    };
-    struct Job {
-        int total = 0;
-        QHash<QString, int> files; ///< from path to position
-        QHash<QString, QString> assemblies; ///< from a part's path to that of its file
-        QString announcedPart;
-        ConversionEnd lastEnd;
+
+        const FileResult &result() const { return job ? job->files[position] : planned; }
     };
 
-    template <typename... Told, typename Action>
-    void follow(void (tnFileIOService::*signal)(quint64, Told...), Action action);
-    void connectJobs();
-    void connectConversion();
-    void connectLoading();
-    void onConversionStarted(Job &job, const QString &path);
-    void onConversionEnded(Job &job, const QString &part);
-    void onLoadingFinished(Job &job, const QString &path, tnCADFileTypes::JobState state);
-    void onJobEnded(quint64 id);
+    void onJobStarted(const JobResultPtr &job);
+    void onStep(const JobResultPtr &job, std::size_t position, const QString &words);
+    void onJobEnded(const JobResultPtr &job);
+    File &append(const FileResult &result, std::size_t number, std::size_t total);
+    void fail(File &file, const QString &reason);
+    void print(File &file, const QString &words);
 
-    int append(const QString &path);
-    File &fileOf(Job &job, const QString &path);
-    bool isPart(const Job &job, const QString &path) const;
-    /// Prints what happened to a file, or to a part of one.
-    void tell(Job &job, const QString &path, const QString &text);
-    void tellFailure(Job &job, const QString &path, const QString &message);
-    void step(File &file, const QString &text);
-    static void end(File &file, tnCADFileTypes::JobState state);
-
-    tnFileIOService &m_service;
+    FileService &m_service;
     const Printer m_print;
     std::vector<File> m_files;
-    QHash<QString, int> m_planned; ///< from path to position, until a job comes to the file
-    QHash<quint64, Job> m_jobs; ///< the running ones
+    QHash<QString, std::size_t> m_planned; ///< from path to place, until a job has the file
+    std::map<quint64, std::vector<std::size_t>> m_running; ///< the places of the jobs' files
     int m_startedJobs = 0;
-    int m_unreported = 0;
-    bool m_isAborting = false;
 };
 
 } // namespace tnhost

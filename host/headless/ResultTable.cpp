@@ -1,5 +1,7 @@
 #include "host/headless/ResultTable.h"
 
+#include "host/import/FileTypeProbe.h"
+
 #include <QtCore/QDir>
 
 #include <algorithm>
@@ -28,7 +30,7 @@ QString shortPath(const QString &path, const QString &directory)
 
 Row rowOf(const FileResult &result, const QString &directory)
 {
-    return {shortPath(result.path, directory), result.type,
+    return {shortPath(result.path, directory), FileTypeProbe::displayName(result.type),
             stateName(static_cast<std::size_t>(result.state)),
             QString::number(result.seconds, 'f', 2), result.message.simplified()};
 }
@@ -67,15 +69,14 @@ QStringList ResultTable::lines(const std::vector<FileResult> &results)
     return lines;
 }
 
-QString ResultTable::summary(const std::vector<FileResult> &results, int unreported)
+QString ResultTable::summary(const std::vector<FileResult> &results)
 {
     std::array<int, stateNames.size()> counts{};
     for (const FileResult &result : results)
         ++counts.at(static_cast<std::size_t>(result.state));
-    counts[static_cast<std::size_t>(FileResult::State::Pending)] += unreported;
     QString text = QStringLiteral("%1 of %2 files succeeded")
                        .arg(counts[static_cast<std::size_t>(FileResult::State::Succeeded)])
-                       .arg(static_cast<int>(results.size()) + unreported);
+                       .arg(results.size());
     for (std::size_t state = 0; state < counts.size(); ++state) {
         if (counts[state] > 0 && state != static_cast<std::size_t>(FileResult::State::Succeeded))
             text += QStringLiteral(", %1 %2").arg(counts[state]).arg(stateName(state).toLower());

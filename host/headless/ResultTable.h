@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/headless/FileResult.h"
+#include "host/import/FileResult.h"
 
 #include <QtCore/QStringList>
 
@@ -16,9 +16,8 @@ public:
     /// A line of titles and one per file, in aligned columns. Paths below the working directory are
     /// told as seen from there.
     static QStringList lines(const std::vector<FileResult> &results);
-    /// How many files ended how, in one sentence without full stop. Unreported files are those of
-    /// which no more than their number is known.
-    static QString summary(const std::vector<FileResult> &results, int unreported);
+    /// How many files ended how, in one sentence without full stop.
+    static QString summary(const std::vector<FileResult> &results);
 };
 
 } // namespace tnhost

@@ -24,7 +24,7 @@ constexpr int turnsBeforeGivingUp = 250;
 
 } // namespace
 
-ScriptRunner::ScriptRunner(tnFileIOService &service, const QByteArrayList &lines, bool hasUser,
+ScriptRunner::ScriptRunner(FileService &service, const QByteArrayList &lines, bool hasUser,
                            AnswerPrinter answer, Printer note)
     : m_lines(lines)
     , m_hasUser(hasUser)
@@ -135,11 +135,10 @@ void ScriptRunner::finish()
     if (std::exchange(m_isFinished, true))
         return;
     const std::vector<FileResult> results = m_follower.results();
-    const int unreported = m_follower.unreportedFiles();
-    if (!results.empty() || unreported > 0) {
+    if (!results.empty()) {
         for (const QString &line : ResultTable::lines(results))
             m_note(line);
-        m_note(ResultTable::summary(results, unreported));
+        m_note(ResultTable::summary(results));
     }
     emit finished(exitStatus());
 }

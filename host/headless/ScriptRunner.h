@@ -9,8 +9,6 @@
 
 #include <functional>
 
-class tnFileIOService;
-
 namespace tnhost {
 
 class ScriptMessage;
@@ -25,7 +23,7 @@ public:
     using AnswerPrinter = std::function<void(const QByteArray &line)>;
 
     /// The service must outlive the runner. Answers get one line per message, notes all the rest.
-    ScriptRunner(tnFileIOService &service, const QByteArrayList &lines, bool hasUser,
+    ScriptRunner(FileService &service, const QByteArrayList &lines, bool hasUser,
                  AnswerPrinter answer, Printer note);
 
     /// Once.

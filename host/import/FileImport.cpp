@@ -14,6 +14,7 @@ namespace tnhost {
 
 using tnCADFileTypes::FileType;
 using tnCADFileTypes::JobState;
+using State = FileResult::State;
 
 namespace {
 
@@ -22,9 +23,17 @@ namespace {
 constexpr std::array<FileType, 5> convertibleTypes{FileType::Step, FileType::Iges, FileType::STL,
                                                    FileType::Obj, FileType::VRML};
 
-QString displayName(FileType type)
+QString ending(JobState state)
 {
-    return QString::fromLatin1(tnCADFileTypes::fileTypeFacts.at(std::size_t(type)).name);
+    // By the values of JobState.
+    constexpr std::array<const char *, 4> words{"finished", "failed", "aborted",
+                                                "incomplete, parts are missing"};
+    return QString::fromLatin1(words.at(static_cast<std::size_t>(state)));
+}
+
+QString percentage(unsigned int percent, const QString &message)
+{
+    return QStringLiteral("%1 % %2").arg(QString::number(percent), message).trimmed();
 }
 
 bool isOutput(JobState state)
@@ -34,9 +43,11 @@ bool isOutput(JobState state)
 
 } // namespace
 
-FileImport::FileImport(ImportJob &job, const QString &path)
+FileImport::FileImport(ImportJob &job, std::size_t position, FileResult &result)
     : m_job(job)
-    , m_path(path)
+    , m_position(position)
+    , m_result(result)
+    , m_path(result.path)
 {
 }
 
@@ -54,34 +65,36 @@ bool FileImport::isConvertible(FileType type)
 
 void FileImport::start()
 {
-    m_phase = Phase::Telling;
+    m_phase = Phase::Reporting;
     m_clock.start();
+    m_result.state = State::Running;
+    step(QStringLiteral("conversion started"));
     emit m_job.service().fileConversionStarted(m_job.id(), m_path);
     if (m_job.isAborted()) {
         onConversionEnded(JobState::JobAborted, 0.0, QString());
         return;
     }
-    const QString problem = objection();
+    const QString problem = findProblem();
     if (!problem.isEmpty()) {
         onConversionEnded(JobState::Failure, 0.0, problem);
         return;
     }
 
-    const FileType type = FileTypeProbe::byName(m_path);
     const QString source = QFileInfo(m_path).absoluteFilePath();
     m_output = m_job.claimOutput(FileTypeProbe::baseName(m_path), source);
     m_outputIsNew = !QFileInfo::exists(m_output);
     m_phase = Phase::Converting;
-    m_job.context().pool.start({source, m_output, displayName(type),
-                                ImportSettings::toJson(m_job.request().settings.get(type))},
-                               *this);
+    m_job.context().pool.start(
+        {source, m_output, FileTypeProbe::displayName(m_result.type),
+         ImportSettings::toJson(m_job.request().settings.get(m_result.type))},
+        *this);
 }
 
 void FileImport::abort()
 {
     switch (m_phase) {
     case Phase::Waiting:
-    case Phase::Telling:
+    case Phase::Reporting:
     case Phase::Done:
         return;
     case Phase::Converting:
@@ -95,7 +108,7 @@ void FileImport::abort()
     }
 }
 
-QString FileImport::objection() const
+QString FileImport::findProblem()
 {
     if (!m_job.problem().isEmpty())
         return m_job.problem();
@@ -113,74 +126,90 @@ QString FileImport::objection() const
         return QStringLiteral("The file %1 is empty.").arg(name);
 
     // Of a shared suffix the message should name the right system.
-    const FileType type = FileTypeProbe::byContent(m_path);
-    if (type == FileType::Unsupported)
+    m_result.type = FileTypeProbe::byContent(m_path);
+    if (m_result.type == FileType::Unsupported)
         return QStringLiteral("The type of %1 is not known.").arg(name);
-    if (!isConvertible(type))
-        return QStringLiteral("This host has no converter for %1 files.").arg(displayName(type));
+    if (!isConvertible(m_result.type)) {
+        return QStringLiteral("This host has no converter for %1 files.")
+            .arg(FileTypeProbe::displayName(m_result.type));
+    }
     return QString();
 }
 
 void FileImport::onProgress(unsigned int percent, const QString &message)
 {
-    m_percent = percent;
+    m_job.onProgress(m_position, percent);
+    step(percentage(percent, message));
     emit m_job.service().fileConversionProgressChanged(m_job.id(), m_path, percent, message);
 }
 
 void FileImport::onWarning(const QString &message)
 {
-    emit m_job.service().fileConversionProgressChanged(m_job.id(), m_path, m_percent, message);
+    m_result.warnings << message;
+    const unsigned int percent = m_result.percent;
+    step(percentage(percent, message));
+    emit m_job.service().fileConversionProgressChanged(m_job.id(), m_path, percent, message);
 }
 
 void FileImport::onPart(const QString &file)
 {
+    FileResult part;
+    part.path = file;
+    part.type = FileTypeProbe::byName(file);
+    part.state = State::Running;
+    m_result.parts.push_back(part);
     m_parts.push_back({file});
-    emit m_job.service().childFileImportAdded(m_job.id(), m_path, file);
-    emit m_job.service().fileConversionStarted(m_job.id(), file);
+    step(wordsOf(part, QStringLiteral("conversion started")));
+    emit m_job.service().childFileImportAdded(m_job.id(), m_path, part.path);
+    emit m_job.service().fileConversionStarted(m_job.id(), part.path);
 }
 
 void FileImport::onPartFinished(const QString &file, JobState state, double seconds,
                                 const QString &message)
 {
     const auto part = std::find_if(m_parts.begin(), m_parts.end(), [&file](const Part &each) {
-        return each.isOpen && each.path == file;
+        return each.isConverting && each.file == file;
     });
-    if (part == m_parts.end())
-        return;
-    part->isOpen = false;
-    part->isLoadable = state == JobState::Success;
-    m_partSeconds += seconds;
+    if (part != m_parts.end())
+        endPart(static_cast<std::size_t>(part - m_parts.begin()), state, seconds, message);
+}
 
-    tnFileIOService &service = m_job.service();
-    if (state == JobState::Failure)
-        emit service.fileConversionFailed(m_job.id(), file, message);
-    else if (!message.isEmpty())
-        emit service.fileConversionProgressChanged(m_job.id(), file, 100, message);
-    emit service.fileConversionFinished(m_job.id(), file, state, seconds);
-    emit service.childFileImportFinished(m_job.id(), m_path, file);
+void FileImport::endPart(std::size_t index, JobState state, double seconds, const QString &message)
+{
+    m_parts[index].isConverting = false;
+    m_partSeconds += seconds;
+    FileResult &part = m_result.parts[index];
+    // What was converted is still to be loaded, together with its assembly.
+    const bool isLoadable = state == JobState::Success && m_job.request().load;
+    part.state = isLoadable ? State::Running : FileResult::stateOf(state);
+    part.percent = 100;
+    part.seconds = seconds;
+    part.message = message;
+    const FileResult copy = part; // whoever listens may bring further parts
+    reportConversion(copy, 100, state, seconds, message);
+    emit m_job.service().childFileImportFinished(m_job.id(), m_path, copy.path);
 }
 
 void FileImport::onConversionEnded(JobState state, double seconds, const QString &message)
 {
-    m_phase = Phase::Telling;
-    const double taken = seconds < 0.0 ? double(m_clock.elapsed()) / 1000.0 : seconds;
-    if (isOutput(state) && !QFileInfo::exists(m_output)) {
-        tellConversionEnd(JobState::Failure, taken,
-                          QStringLiteral("The converter wrote no file for %1.")
-                              .arg(QFileInfo(m_path).fileName()));
-    } else {
-        tellConversionEnd(state, taken, message);
-    }
+    m_phase = Phase::Reporting;
+    const double taken = seconds < 0.0 ? static_cast<double>(m_clock.elapsed()) / 1000.0 : seconds;
+    const QString name = QFileInfo(m_path).fileName();
+    if (isOutput(state) && !QFileInfo::exists(m_output))
+        endConversion(JobState::Failure, taken,
+                      QStringLiteral("The converter wrote no file for %1.").arg(name));
+    else
+        endConversion(state, taken, message);
 
     if (!isOutput(m_conversionState))
         removeOutput();
+    else if (!m_job.isOutputTemporary())
+        m_result.output = m_output;
     if (!m_job.request().load) {
-        finish();
+        finish(m_conversionState);
     } else if (!isOutput(m_conversionState)) {
-        const QString reason =
-            QStringLiteral("%1 was not converted.").arg(QFileInfo(m_path).fileName());
-        endPartLoads(m_conversionState, reason, false);
-        finish();
+        endPartLoads(m_conversionState, QStringLiteral("%1 was not converted.").arg(name), false);
+        finish(m_conversionState);
     } else if (m_job.isAborted()) {
         endLoad(JobState::JobAborted, QString(), false);
     } else {
@@ -194,30 +223,43 @@ void FileImport::onConversionEnded(JobState state, double seconds, const QString
     }
 }
 
-void FileImport::tellConversionEnd(JobState state, double seconds, const QString &message)
+void FileImport::endConversion(JobState state, double seconds, const QString &message)
 {
     m_conversionState = state;
     tnFileIOService &service = m_job.service();
     closeParts(state, message);
     if (!m_parts.empty())
         emit service.childrenFileConversionFinished(m_job.id(), m_path, m_partSeconds);
-    if (state == JobState::Failure) {
-        emit service.fileConversionFailed(m_job.id(), m_path, message);
-    } else if (!message.isEmpty()) {
-        emit service.fileConversionProgressChanged(m_job.id(), m_path, m_percent, message);
-    }
-    emit service.fileConversionFinished(m_job.id(), m_path, state, seconds);
+    if (!message.isEmpty())
+        m_result.message = message;
+    reportConversion(m_result, m_result.percent, state, seconds, message);
     // The converter's clock runs on while it reads the parts.
     emit service.conversionFinished(m_job.id(), std::max(0.0, seconds - m_partSeconds));
 }
 
+void FileImport::reportConversion(const FileResult &result, unsigned int percent, JobState state,
+                                  double seconds, const QString &message)
+{
+    tnFileIOService &service = m_job.service();
+    if (state == JobState::Failure) {
+        step(wordsOf(result, message));
+        emit service.fileConversionFailed(m_job.id(), result.path, message);
+    } else if (!message.isEmpty()) {
+        step(wordsOf(result, percentage(percent, message)));
+        emit service.fileConversionProgressChanged(m_job.id(), result.path, percent, message);
+    }
+    step(wordsOf(result,
+                 QStringLiteral("conversion %1 after %2 s")
+                     .arg(ending(state), QString::number(seconds, 'f', 2))));
+    emit service.fileConversionFinished(m_job.id(), result.path, state, seconds);
+}
+
 void FileImport::closeParts(JobState state, const QString &message)
 {
-    // A part that is still open went down with the converter.
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        if (m_parts[i].isOpen) {
-            onPartFinished(m_parts[i].path, isOutput(state) ? JobState::Failure : state, 0.0,
-                           state == JobState::JobAborted ? QString() : message);
+        if (m_parts[i].isConverting) {
+            endPart(i, isOutput(state) ? JobState::Failure : state, 0.0,
+                    state == JobState::JobAborted ? QString() : message);
         }
     }
 }
@@ -225,6 +267,7 @@ void FileImport::closeParts(JobState state, const QString &message)
 void FileImport::onReadingStarted()
 {
     m_phase = Phase::Loading;
+    step(QStringLiteral("loading"));
     // The load may end, and this object with it, in events that a listener runs.
     const QString path = m_path;
     emit m_job.service().fileLoadingStarted(m_job.id(), path);
@@ -233,7 +276,7 @@ void FileImport::onReadingStarted()
 void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &fragment,
                                 const QString &error)
 {
-    m_phase = Phase::Telling;
+    m_phase = Phase::Reporting;
     // An abort takes effect a turn of the event loop later; what was read meanwhile is not wanted.
     if (m_job.isAborted()) {
         endLoad(JobState::JobAborted, QString(), false);
@@ -249,6 +292,8 @@ void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &frag
                 true);
         return;
     }
+    m_result.node = node;
+    step(QStringLiteral("loaded, node %1").arg(node.id()));
     emit m_job.service().fileAddedToScene(m_job.id(), m_path, node);
     endLoad(m_conversionState, QString(), true);
 }
@@ -272,37 +317,55 @@ tndNode FileImport::attach(const std::shared_ptr<const SceneFragment> &fragment)
 
 void FileImport::endLoad(JobState state, const QString &message, bool wasRead)
 {
-    m_phase = Phase::Telling;
+    m_phase = Phase::Reporting;
     endPartLoads(isOutput(state) ? JobState::Success : state, message, wasRead);
-    if (state == JobState::Failure)
+    if (state == JobState::Failure) {
+        m_result.message = message;
+        step(message);
         emit m_job.service().fileLoadingFailed(m_job.id(), m_path, message);
+    }
+    if (state != JobState::Success)
+        step(QStringLiteral("loading %1").arg(ending(state)));
     emit m_job.service().fileLoadingFinished(m_job.id(), m_path, state);
     // Long before the job's end, as a batch of large files would fill the disk.
     if (m_job.isOutputTemporary())
         QFile::remove(m_output);
-    finish();
+    finish(state);
 }
 
 void FileImport::endPartLoads(JobState state, const QString &message, bool wasRead)
 {
     // The parts' geometry lies in the file of their assembly, and shares its fate.
     tnFileIOService &service = m_job.service();
-    for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        if (!m_parts[i].isLoadable)
+    for (FileResult &part : m_result.parts) {
+        if (!part.isOpen())
             continue;
-        const QString path = m_parts[i].path;
-        if (wasRead)
-            emit service.fileLoadingStarted(m_job.id(), path);
-        if (state == JobState::Failure)
-            emit service.fileLoadingFailed(m_job.id(), path, message);
-        emit service.fileLoadingFinished(m_job.id(), path, state);
+        part.state = FileResult::stateOf(state);
+        if (wasRead) {
+            step(wordsOf(part, QStringLiteral("loading")));
+            emit service.fileLoadingStarted(m_job.id(), part.path);
+        }
+        if (state == JobState::Failure) {
+            part.message = message;
+            step(wordsOf(part, message));
+            emit service.fileLoadingFailed(m_job.id(), part.path, message);
+        }
+        if (state != JobState::Success)
+            step(wordsOf(part, QStringLiteral("loading %1").arg(ending(state))));
+        emit service.fileLoadingFinished(m_job.id(), part.path, state);
     }
 }
 
-void FileImport::finish()
+void FileImport::finish(JobState state)
 {
     m_phase = Phase::Done;
-    m_job.onFileFinished();
+    m_result.state = FileResult::stateOf(state);
+    m_result.seconds = static_cast<double>(m_clock.elapsed()) / 1000.0;
+    if (m_result.state == State::Succeeded)
+        m_result.message.clear();
+    else if (m_result.state == State::Incomplete && m_result.message.isEmpty())
+        m_result.message = QStringLiteral("parts are missing");
+    m_job.onFileFinished(m_position);
 }
 
 void FileImport::removeOutput()
@@ -313,6 +376,18 @@ void FileImport::removeOutput()
     // The converter may have got ready just before it was killed.
     if (m_outputIsNew)
         QFile::remove(m_output);
+}
+
+void FileImport::step(const QString &words)
+{
+    m_job.onStep(m_position, words);
+}
+
+QString FileImport::wordsOf(const FileResult &result, const QString &words) const
+{
+    return &result == &m_result
+        ? words
+        : QStringLiteral("%1: %2").arg(QFileInfo(result.path).fileName(), words);
 }
 
 } // namespace tnhost

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/import/Conversion.h"
+#include "host/import/FileResult.h"
 #include "host/import/FragmentLoader.h"
-#include "platform/tndNode.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QString>
@@ -14,14 +14,16 @@ namespace tnhost {
 class ImportJob;
 
 /// One top-level file's way through its job: conversion with the parts that turn up, then the load.
-/// All of the file's signals are sent from here, so this is where their order is kept.
+/// All of the file's signals are sent from here, so this is where their order is kept, and where
+/// the file's result is written, each time before the signals that go with it.
 ///
-/// Whoever hears a signal may run events of his own below it, and abort the job there. While
-/// signals go out the phase is Telling, in which nothing else may end the file, and what comes next
-/// is decided afterwards.
+/// Whoever receives a signal may run events of his own below it, and abort the job there. While
+/// signals go out the phase is Reporting, in which nothing else may end the file, and what comes
+/// next is decided afterwards.
 class FileImport final : public ConversionObserver, public LoadObserver {
 public:
-    FileImport(ImportJob &job, const QString &path);
+    /// The result stands in the job's, at that position, and outlives this.
+    FileImport(ImportJob &job, std::size_t position, FileResult &result);
     /// The conversion must not be running any more; what it left half-written goes.
     ~FileImport();
 
@@ -33,12 +35,12 @@ public:
     void abort();
 
 private:
-    enum class Phase { Waiting, Telling, Converting, LoadQueued, Loading, Done };
+    enum class Phase { Waiting, Reporting, Converting, LoadQueued, Loading, Done };
 
+    /// What the result of a part does not say.
     struct Part {
-        QString path;
-        bool isOpen = true;
-        bool isLoadable = false;
+        QString file; ///< as the converter names it
+        bool isConverting = true;
     };
 
     void onProgress(unsigned int percent, const QString &message) override;
@@ -52,25 +54,36 @@ private:
     void onFragmentRead(const std::shared_ptr<const SceneFragment> &fragment,
                         const QString &error) override;
 
-    QString objection() const;
-    void tellConversionEnd(tnCADFileTypes::JobState state, double seconds, const QString &message);
+    /// Why the file cannot be converted, a sentence for the user; empty: it can be tried.
+    QString findProblem();
+    /// Reports the end of a conversion, be it the file's own or that of a part.
+    void reportConversion(const FileResult &result, unsigned int percent,
+                          tnCADFileTypes::JobState state, double seconds, const QString &message);
+    void endConversion(tnCADFileTypes::JobState state, double seconds, const QString &message);
+    void endPart(std::size_t index, tnCADFileTypes::JobState state, double seconds,
+                 const QString &message);
+    /// Ends the parts that went down with the converter.
     void closeParts(tnCADFileTypes::JobState state, const QString &message);
     /// Brings the content into the scene; null when that was not possible.
     tndNode attach(const std::shared_ptr<const SceneFragment> &fragment);
     void endLoad(tnCADFileTypes::JobState state, const QString &message, bool wasRead);
     void endPartLoads(tnCADFileTypes::JobState state, const QString &message, bool wasRead);
-    void finish();
+    void finish(tnCADFileTypes::JobState state);
     void removeOutput();
+    void step(const QString &words);
+    /// What is said of a part begins with its name.
+    QString wordsOf(const FileResult &result, const QString &words) const;
 
     ImportJob &m_job;
+    const std::size_t m_position;
+    FileResult &m_result;
     const QString m_path; ///< as it was given, which is how the signals name it
     QString m_output; ///< empty until the conversion starts
     bool m_outputIsNew = false; ///< nothing stood at the output's path before
     Phase m_phase = Phase::Waiting;
     tnCADFileTypes::JobState m_conversionState = tnCADFileTypes::JobState::Failure;
-    unsigned int m_percent = 0;
     QElapsedTimer m_clock;
-    std::vector<Part> m_parts;
+    std::vector<Part> m_parts; ///< in the order of the result's
     double m_partSeconds = 0.0;
 };
 

@@ -121,6 +121,12 @@ QString FileTypeProbe::baseName(const QString &path)
     return base.isEmpty() ? QFileInfo(path).fileName() : base;
 }
 
+QString FileTypeProbe::displayName(FileType type)
+{
+    return QString::fromLatin1(
+        tnCADFileTypes::fileTypeFacts.at(static_cast<std::size_t>(type)).name);
+}
+
 FileType FileTypeProbe::byName(const QString &path)
 {
     const NameParts name = split(path);

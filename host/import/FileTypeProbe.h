@@ -19,6 +19,9 @@ public:
     /// would be left.
     static QString baseName(const QString &path);
 
+    /// As users know the type. The value must be one of FileType.
+    static QString displayName(tnCADFileTypes::FileType type);
+
     /// The type by suffix, whatever its case. Of the systems that share "prt" and "asm", a version
     /// number tells one; else the one that uses the suffix most stands for all. Unsupported for an
     /// unknown suffix.

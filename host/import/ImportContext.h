@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/import/FragmentLoader.h"
+#include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
 #include "host/import/WorkerPool.h"
@@ -13,7 +14,8 @@ namespace tnhost {
 
 /// What all jobs share. Outlives them.
 struct ImportContext {
-    tnFileIOService &service; ///< whose signals tell of the jobs
+    tnFileIOService &service; ///< whose signals report the jobs
+    ImportLog &log;
     WorkerPool &pool;
     FragmentLoader &loader;
     OutputNames &names;

@@ -1,5 +1,6 @@
 #include "host/import/ImportJob.h"
 
+#include "host/import/FileTypeProbe.h"
 #include "platform/tnFile.h"
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
@@ -27,9 +28,17 @@ ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
     , m_request(std::move(request))
 {
     m_clock.start();
-    m_files.reserve(std::size_t(m_request.files.size()));
-    for (const QString &path : qAsConst(m_request.files))
-        m_files.push_back(std::make_unique<FileImport>(*this, path));
+    const auto count = static_cast<std::size_t>(m_request.files.size());
+    m_result->id = m_request.id;
+    m_result->openFiles = m_request.files.size();
+    m_result->files.resize(count);
+    m_files.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        FileResult &file = m_result->files[i];
+        file.path = m_request.files[static_cast<int>(i)];
+        file.type = FileTypeProbe::byName(file.path);
+        m_files.push_back(std::make_unique<FileImport>(*this, i, file));
+    }
     QMetaObject::invokeMethod(this, &ImportJob::begin, Qt::QueuedConnection);
 }
 
@@ -49,6 +58,7 @@ void ImportJob::cleanUp()
 
 void ImportJob::begin()
 {
+    emit m_context.log.jobStarted(m_result);
     emit service().startingImport(id(), unsigned(m_files.size()));
     if (!m_files.empty() && !m_aborted)
         prepareOutput();
@@ -119,10 +129,23 @@ tndNode ImportJob::target()
     return m_request.target;
 }
 
-void ImportJob::onFileFinished()
+void ImportJob::onStep(std::size_t file, const QString &words)
 {
-    // Told first and counted afterwards: who runs events below the signal must not see the job end
-    // there, with the file's own calls still on the stack.
+    emit m_context.log.stepTaken(m_result, file, words);
+}
+
+void ImportJob::onProgress(std::size_t file, unsigned int percent)
+{
+    m_result->setPercent(m_result->files[file], percent);
+}
+
+void ImportJob::onFileFinished(std::size_t file)
+{
+    onProgress(file, 100);
+    --m_result->openFiles;
+    emit m_context.log.fileEnded(m_result, file);
+    // Reported first and counted afterwards: who runs events below the signal must not see the job
+    // end there, with the file's own calls still on the stack.
     ++m_reported;
     emit service().importProgressChanged(id(), unsigned(m_reported * 100 / m_files.size()));
     ++m_ended;

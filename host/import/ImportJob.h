@@ -37,6 +37,7 @@ public:
     /// Takes back the files that wait, at once, and ends those that run, from the event loop.
     void abort();
     bool isAborted() const { return m_aborted; }
+    JobResultPtr result() const { return m_result; }
 
     // For the job's files.
     /// Why no file can be converted, a sentence for the user; empty when nothing is wrong.
@@ -45,7 +46,9 @@ public:
     bool isOutputTemporary() const { return m_temporary != nullptr; }
     /// Where the files go in the scene; null for the root.
     tndNode target();
-    void onFileFinished();
+    void onStep(std::size_t file, const QString &words);
+    void onProgress(std::size_t file, unsigned int percent);
+    void onFileFinished(std::size_t file);
 
 signals:
     /// A file waits for startNext().
@@ -60,6 +63,7 @@ private:
 
     const ImportContext m_context;
     ImportRequest m_request;
+    const std::shared_ptr<JobResult> m_result = std::make_shared<JobResult>();
     QElapsedTimer m_clock;
     std::unique_ptr<QTemporaryDir> m_temporary;
     QString m_directory; ///< where the converted files are written

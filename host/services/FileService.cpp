@@ -26,7 +26,7 @@ bool isImportable(FileType type)
 
 FileService::FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits)
     : m_pool(converterProgram, limits)
-    , m_context{*this, m_pool, m_loader, m_names, scene}
+    , m_context{*this, m_log, m_pool, m_loader, m_names, scene}
 {
     m_probeThread.setMaxThreadCount(1);
     connect(&m_pool, &WorkerPool::conversionEnded, this, &FileService::schedule);
@@ -35,6 +35,15 @@ FileService::FileService(Scene &scene, const QString &converterProgram, const Wo
 FileService::~FileService()
 {
     m_probeThread.clear();
+}
+
+std::vector<JobResultPtr> FileService::runningJobs() const
+{
+    std::vector<JobResultPtr> results;
+    results.reserve(m_jobs.size());
+    for (const auto &job : m_jobs)
+        results.push_back(job->result());
+    return results;
 }
 
 void FileService::setMaxParallelProcesses(int count)
@@ -226,14 +235,15 @@ void FileService::onJobEnded(ImportJob *job)
                                     [job](const auto &each) { return each.get() == job; });
     if (found == m_jobs.end())
         return;
-    const quint64 id = job->id();
+    const JobResultPtr result = job->result();
     const double seconds = job->seconds();
     // The job is the sender of this signal, so it must outlive the call.
     found->release()->setParent(this);
     m_jobs.erase(found);
     job->deleteLater();
     job->cleanUp();
-    emit importFinished(id, seconds);
+    emit m_log.jobEnded(result);
+    emit importFinished(result->id, seconds);
 }
 
 } // namespace tnhost

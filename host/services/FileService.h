@@ -2,6 +2,7 @@
 
 #include "host/import/FragmentLoader.h"
 #include "host/import/ImportContext.h"
+#include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
 #include "host/import/WorkerPool.h"
@@ -28,6 +29,11 @@ public:
     FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits = {});
     /// Kills the converters and removes temporary files; jobs end without a signal.
     ~FileService() override;
+
+    /// Reports what becomes of the files of all jobs, beyond what the signals say.
+    const ImportLog &log() const { return m_log; }
+    /// The jobs that have not come to their end, in the order of their ids.
+    std::vector<JobResultPtr> runningJobs() const;
 
     void setMaxParallelProcesses(int count) override;
     int getMaxParallelProcesses() override;
@@ -71,6 +77,7 @@ private:
 
     // The order matters at the end: pool and loader fall silent first, then the jobs clean up
     // behind processes that write no more, and they do need the names for that.
+    ImportLog m_log;
     OutputNames m_names;
     std::vector<std::unique_ptr<ImportJob>> m_jobs; ///< in the order of their ids
     WorkerPool m_pool;

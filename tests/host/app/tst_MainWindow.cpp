@@ -2,13 +2,13 @@
 #include "host/app/LogPane.h"
 #include "host/app/MainWindow.h"
 #include "host/app/SceneView.h"
+#include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "platform/tnController.h"
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
-#include "tests/support/ScriptedFileService.h"
 
 #include <QtCore/QMimeData>
 #include <QtCore/QSettings>
@@ -163,19 +163,24 @@ void TestMainWindow::logsAnyText()
 
 void TestMainWindow::tellsHowFarTheImportsAre()
 {
-    ScriptedFileService service;
-    const ImportStatus status(service);
-    emit service.startingImport(1, 2);
-    emit service.childFileImportAdded(1, "a", "part");
-    emit service.fileConversionProgressChanged(1, "a", 50, {});
-    emit service.fileConversionProgressChanged(1, "part", 100, {});
+    ImportLog log;
+    const ImportStatus status(log);
+    const auto first = std::make_shared<JobResult>();
+    first->files.resize(2);
+    const auto second = std::make_shared<JobResult>();
+    second->files.resize(3);
+    emit log.jobStarted(first);
+    first->setPercent(first->files[0], 50);
+    emit log.stepTaken(first, 0, {});
     QCOMPARE(status.text(), QString("Importing … 25 %"));
-    emit service.fileConversionFinished(1, "a", tnCADFileTypes::Success, 1.0);
-    emit service.importProgressChanged(1, 50);
-    emit service.startingImport(2, 3);
+    first->setPercent(first->files[0], 100);
+    emit log.fileEnded(first, 0);
+    QCOMPARE(status.text(), QString("Importing … 50 %"));
+    emit log.jobStarted(second);
     QCOMPARE(status.text(), QString("Importing … 20 %")); // one file of five
-    emit service.importFinished(1, 2.0);
-    emit service.importFinished(2, 2.0);
+    emit log.jobEnded(first);
+    QCOMPARE(status.text(), QString("Importing … 0 %"));
+    emit log.jobEnded(second);
     QVERIFY(status.text().isEmpty());
 }
 

@@ -85,6 +85,55 @@ private slots:
         }
     }
 
+    void keepsAResultPerFile()
+    {
+        ServiceFixture fixture;
+        JobResultPtr result;
+        QStringList steps;
+        connect(&fixture.service->log(), &ImportLog::jobStarted,
+                [&result](const JobResultPtr &job) { result = job; });
+        connect(&fixture.service->log(), &ImportLog::stepTaken,
+                [&steps](const JobResultPtr &, std::size_t file, const QString &words) {
+                    if (file == 0)
+                        steps << words;
+                });
+        const QByteArray script = "progress 20\nwarning A face is lost.\npart p.step\n"
+                                  "partdone p.step success\npart q.step\n"
+                                  "partdone q.step failure It is gone.\n"
+                                  "write\nfinish incomplete No q.";
+        const quint64 job = fixture.load({fixture.file("a.step", script), fixture.file("b.step"),
+                                          fixture.file("c.step", "finish failure It is damaged.")});
+        QCOMPARE(fixture.service->runningJobs().size(), std::size_t(1));
+        QVERIFY(fixture.wait(job));
+        QVERIFY(fixture.service->runningJobs().empty());
+
+        using State = FileResult::State;
+        QCOMPARE(result->id, job);
+        QCOMPARE(result->openFiles, 0);
+        QCOMPARE(result->percentSum, quint64(300));
+        const FileResult &assembly = result->files.at(0);
+        QVERIFY(assembly.state == State::Incomplete && fixture.scene.contains(assembly.node));
+        QCOMPARE(assembly.message, QString("No q."));
+        QCOMPARE(assembly.warnings, QStringList("A face is lost."));
+        QCOMPARE(assembly.output, fixture.out() + "/a.glb");
+        QCOMPARE(assembly.parts.size(), std::size_t(2));
+        QVERIFY(assembly.parts[0].state == State::Succeeded && assembly.parts[0].message.isEmpty());
+        QVERIFY(assembly.parts[1].state == State::Failed);
+        QCOMPARE(assembly.parts[1].message, QString("It is gone."));
+        QVERIFY(result->files[1].state == State::Succeeded && result->files[1].message.isEmpty());
+        QVERIFY(result->files[2].state == State::Failed && result->files[2].output.isEmpty());
+        QCOMPARE(result->files[2].message, QString("It is damaged."));
+        QVERIFY(result->files[2].node.isNull());
+        QCOMPARE(steps.join('|'),
+                 QString("conversion started|20 % Reading|20 % A face is lost.|"
+                         "p.step: conversion started|p.step: conversion finished after 0.13 s|"
+                         "q.step: conversion started|q.step: It is gone.|"
+                         "q.step: conversion failed after 0.13 s|20 % No q.|"
+                         "conversion incomplete, parts are missing after 0.50 s|loading|"
+                         "loaded, node %1|p.step: loading|loading incomplete, parts are missing")
+                     .arg(assembly.node.id()));
+    }
+
     void convertsWithoutLoading()
     {
         ServiceFixture fixture;
