@@ -154,7 +154,7 @@ void FileImport::onWarning(const QString &message)
 void FileImport::onPart(const QString &file)
 {
     FileResult part;
-    part.path = file;
+    part.path = m_job.context().partNames.nameOf(file, m_path);
     part.type = FileTypeProbe::byName(file);
     part.state = State::Running;
     m_result.parts.push_back(part);

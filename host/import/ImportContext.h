@@ -4,6 +4,7 @@
 #include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
+#include "host/import/PartNames.h"
 #include "host/import/WorkerPool.h"
 #include "host/scene/Scene.h"
 #include "platform/tnFileIOService.h"
@@ -19,6 +20,7 @@ struct ImportContext {
     WorkerPool &pool;
     FragmentLoader &loader;
     OutputNames &names;
+    PartNames &partNames;
     Scene &scene;
 };
 

@@ -26,7 +26,7 @@ bool isImportable(FileType type)
 
 FileService::FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits)
     : m_pool(converterProgram, limits)
-    , m_context{*this, m_log, m_pool, m_loader, m_names, scene}
+    , m_context{*this, m_log, m_pool, m_loader, m_names, m_partNames, scene}
 {
     m_probeThread.setMaxThreadCount(1);
     connect(&m_pool, &WorkerPool::conversionEnded, this, &FileService::schedule);
@@ -183,6 +183,7 @@ FileType FileService::fileType(const QString &path)
 
 quint64 FileService::addJob(ImportRequest request)
 {
+    m_partNames.reserve(request.files);
     request.id = ++m_lastId;
     request.settings = m_settings;
     request.sceneSettings = m_sceneSettings;

@@ -5,6 +5,7 @@
 #include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
+#include "host/import/PartNames.h"
 #include "host/import/WorkerPool.h"
 #include "platform/tnFileIOService.h"
 
@@ -79,6 +80,7 @@ private:
     // behind processes that write no more, and they do need the names for that.
     ImportLog m_log;
     OutputNames m_names;
+    PartNames m_partNames;
     std::vector<std::unique_ptr<ImportJob>> m_jobs; ///< in the order of their ids
     WorkerPool m_pool;
     FragmentLoader m_loader;

@@ -162,6 +162,41 @@ private slots:
         }
     }
 
+    void keepsPartsApartFromFilesAndFromEachOther()
+    {
+        ServiceFixture fixture;
+        fixture.service->setMaxParallelProcesses(1);
+        const QByteArray script = "part p.step\npartdone p.step success\n"
+                                  "part q.step\npartdone q.step success\n";
+        const QStringList files{fixture.file("a.step", script), fixture.file("p.step"),
+                                fixture.file("b.step", script + "finish failure No.")};
+        // A list as the listeners keep it: a row for each file and each part that is added.
+        QStringList rows = files;
+        QStringList names;
+        connect(fixture.service.get(), &FileService::childFileImportAdded,
+                [&](quint64, const QString &, const QString &part) {
+                    QVERIFY(QFileInfo(part).canonicalFilePath().isEmpty() // never written
+                            || QFileInfo(part).canonicalFilePath() == files[1]);
+                    names << part;
+                });
+        QStringList converted;
+        connect(fixture.service.get(), &FileService::fileConversionFinished,
+                [&converted](quint64, const QString &path) { converted << path; });
+        QVERIFY(fixture.wait(fixture.load(files)));
+        rows += names;
+        QCOMPARE(names.size(), 4);
+        QCOMPARE(rows.removeDuplicates(), 0);
+        converted.sort();
+        rows.sort();
+        QCOMPARE(converted, rows);
+
+        // Imported again, in another order, a part is what it was: the rows stay.
+        const QStringList before = names;
+        names.clear();
+        QVERIFY(fixture.wait(fixture.load({files[2], files[0]})));
+        QCOMPARE(names, before.mid(2) + before.mid(0, 2));
+    }
+
     void keepsOutputsApart()
     {
         ServiceFixture fixture;
