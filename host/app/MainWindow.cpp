@@ -246,7 +246,6 @@ void MainWindow::importUrls(const QList<QUrl> &urls)
 {
     if (urls.isEmpty())
         return;
-    m_services.fileService().setPlaces({});
     statusBar()->showMessage(tr("Searching for files …"));
     tnMessage message;
     message.set("urls", urls, true);
@@ -256,7 +255,6 @@ void MainWindow::importUrls(const QList<QUrl> &urls)
 
 void MainWindow::onImport()
 {
-    m_services.fileService().setPlaces({});
     // Without files the plug-in asks for them.
     tnMessage message;
     send("importCAD", message);
@@ -281,10 +279,10 @@ void MainWindow::onReload()
         places.insert(files.constLast(), node);
     }
     files.removeDuplicates();
-    // The plug-in would add them below what is selected, which is themselves.
-    m_services.fileService().setPlaces(places);
     tnMessage message;
     message.set("files", files, true);
+    message.set("parent", static_cast<int>(m_services.fileService().preparePlaces(places).id()),
+                true);
     send("reloadCAD", message);
 }
 

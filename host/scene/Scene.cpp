@@ -160,6 +160,11 @@ bool Scene::removeNode(const tndNode &node)
     return true;
 }
 
+tndNode Scene::takeUnusedHandle()
+{
+    return tndNode(++m_lastId);
+}
+
 tndNode Scene::root() const
 {
     return tndNode(m_root->id());

@@ -45,6 +45,9 @@ public:
     /// Removes the node with all its children. False for the root and for an unknown node.
     bool removeNode(const tndNode &node);
 
+    /// A handle that no node has and no node will ever have.
+    tndNode takeUnusedHandle();
+
     tndNode root() const;
     bool contains(const tndNode &node) const;
     /// Null for an unknown node. Valid until the node is removed.

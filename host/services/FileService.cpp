@@ -104,18 +104,19 @@ bool FileService::isHandledByImportDialog(const QString &path)
 
 quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
                                const QString &outputDirectory, bool load, bool removeConverted,
-                               bool direct)
+                               bool /*direct*/)
 {
     if (!outputDirectory.isEmpty())
         m_lastDirectory = outputDirectory;
     ImportRequest request;
     request.files = files;
-    request.target = target;
+    if (target.isNull() || target != m_placesTarget)
+        request.target = target;
+    else
+        request.places = m_places;
     request.outputDirectory = outputDirectory;
     request.load = load;
     request.removeConverted = removeConverted;
-    if (!direct && m_sceneSettings.getCreateReferences())
-        request.places = m_places;
     for (const QString &file : files) {
         if (const QFileInfo info(file); info.isRelative())
             m_givenPaths.insert(info.absoluteFilePath(), file);
@@ -123,9 +124,11 @@ quint64 FileService::loadFiles(const QStringList &files, const tndNode &target,
     return addJob(std::move(request));
 }
 
-void FileService::setPlaces(const QMultiHash<QString, tndNode> &places)
+tndNode FileService::preparePlaces(const QMultiHash<QString, tndNode> &places)
 {
     m_places = places;
+    m_placesTarget = m_context.scene.takeUnusedHandle();
+    return m_placesTarget;
 }
 
 quint64 FileService::reimportFile(const tndNode &node, bool removeConverted)

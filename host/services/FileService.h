@@ -53,10 +53,11 @@ public:
     quint64 loadFiles(const QStringList &files, const tndNode &target,
                       const QString &outputDirectory, bool load, bool removeConverted,
                       bool direct) override;
-    /// In jobs that create references, what is loaded from these paths takes the place of these
-    /// nodes, as far as they are still there, in place of becoming a child of the target. Direct
-    /// jobs excepted.
-    void setPlaces(const QMultiHash<QString, tndNode> &places);
+    /// Gives a target for loadFiles() that stands for the places of these nodes: what is loaded
+    /// from these paths is put there, as far as the nodes are still in the scene, all else at the
+    /// root. A plug-in hands on a target with the list of files that it was sent with, so the
+    /// places go with their list, whatever becomes of it. Only the last such target counts.
+    tndNode preparePlaces(const QMultiHash<QString, tndNode> &places);
     /// Writes where the last job of loadFiles() wrote. A node without a source file is a job
     /// without files.
     quint64 reimportFile(const tndNode &node, bool removeConverted) override;
@@ -95,6 +96,7 @@ private:
     quint64 m_lastId = 0;
     quint64 m_lastServed = 0; ///< the job whose file was started last
     QString m_lastDirectory;
+    tndNode m_placesTarget; ///< what preparePlaces() has given last
     QMultiHash<QString, tndNode> m_places;
     QHash<QString, QString> m_givenPaths; ///< by absolute path, as the signals are to name them
     bool m_isScheduled = false;

@@ -80,7 +80,7 @@ void TestMainWindow::reloadsAndRemovesTheSelection()
     scene.setSelection({tndNode(scene.find(again)->children().at(0)->id()), b, a});
     QVERIFY(reload->isEnabled());
     QTest::keyClick(&window, Qt::Key_F5);
-    QCOMPARE(sent, (QStringList{"files", "/cad/a.stl", "/cad/b.stl"}));
+    QCOMPARE(sent, (QStringList{"files", "/cad/a.stl", "/cad/b.stl", "parent"}));
 
     QTest::keyClick(window.findChild<SceneView *>(), Qt::Key_Delete);
     QVERIFY(!scene.contains(a) && !scene.contains(b) && scene.contains(again));

@@ -337,13 +337,19 @@ private slots:
         // All nodes of the file that are to be replaced, as far as they are still there.
         QVERIFY(fixture.wait(fixture.load({path})));
         const tndNode again = fixture.node;
-        tndSceneImportSettings settings;
-        settings.setCreateReferences(true);
-        fixture.service->setSceneImportSettings(settings);
-        fixture.service->setPlaces({{path, again}, {path, old}, {"/cad/b.step", fixture.node}});
-        QVERIFY(fixture.wait(fixture.load({path}, false, again)));
+        const tndNode places = fixture.service->preparePlaces(
+            {{path, again}, {path, old}, {"/cad/b.step", fixture.node}});
+        QVERIFY(!places.isNull() && !fixture.scene.contains(places));
+        const auto topNodes = [&fixture] {
+            return fixture.scene.find(fixture.scene.root())->children().size();
+        };
+        QVERIFY(fixture.wait(fixture.load({path}, false, places)));
         QVERIFY(!fixture.scene.contains(again) && fixture.scene.contains(fixture.node));
-        QCOMPARE(fixture.scene.find(fixture.scene.root())->children().size(), std::size_t(2));
+        QCOMPARE(topNodes(), std::size_t(2));
+        // What has no place goes to the top, and another list has no places at all.
+        QVERIFY(fixture.wait(fixture.load({fixture.file("c.step")}, false, places)));
+        QVERIFY(fixture.wait(fixture.load({path})));
+        QCOMPARE(topNodes(), std::size_t(4));
 
         // The node goes while its file is converted.
         fixture.onSignal = [&](quint64, const QString &entry) {
