@@ -51,12 +51,6 @@ FileImport::FileImport(ImportJob &job, std::size_t position, FileResult &result)
 {
 }
 
-FileImport::~FileImport()
-{
-    if (m_phase == Phase::Converting)
-        removeOutput();
-}
-
 bool FileImport::isConvertible(FileType type)
 {
     return std::find(convertibleTypes.begin(), convertibleTypes.end(), type)
@@ -81,8 +75,9 @@ void FileImport::start()
     }
 
     const QString source = QFileInfo(m_path).absoluteFilePath();
-    m_output = m_job.claimOutput(FileTypeProbe::baseName(m_path), source);
-    m_outputIsNew = !QFileInfo::exists(m_output);
+    m_output = m_job.workFile(m_position);
+    if (!m_job.isOutputTemporary())
+        m_job.claimOutput(m_position, source);
     m_phase = Phase::Converting;
     m_job.context().pool.start(
         {source, m_output, FileTypeProbe::displayName(m_result.type),
@@ -194,21 +189,20 @@ void FileImport::onConversionEnded(JobState state, double seconds, const QString
 {
     m_phase = Phase::Reporting;
     const double taken = seconds < 0.0 ? static_cast<double>(m_clock.elapsed()) / 1000.0 : seconds;
-    const QString name = QFileInfo(m_path).fileName();
-    if (isOutput(state) && !QFileInfo::exists(m_output))
-        endConversion(JobState::Failure, taken,
-                      QStringLiteral("The converter wrote no file for %1.").arg(name));
+    QString error;
+    if (isOutput(state) && !takeOutput(&error))
+        endConversion(JobState::Failure, taken, error);
     else
         endConversion(state, taken, message);
 
     if (!isOutput(m_conversionState))
         removeOutput();
-    else if (!m_job.isOutputTemporary())
-        m_result.output = m_output;
     if (!m_job.request().load) {
         finish(m_conversionState);
     } else if (!isOutput(m_conversionState)) {
-        endPartLoads(m_conversionState, QStringLiteral("%1 was not converted.").arg(name), false);
+        endPartLoads(m_conversionState,
+                     QStringLiteral("%1 was not converted.").arg(QFileInfo(m_path).fileName()),
+                     false);
         finish(m_conversionState);
     } else if (m_job.isAborted()) {
         endLoad(JobState::JobAborted, QString(), false);
@@ -221,6 +215,23 @@ void FileImport::onConversionEnded(JobState state, double seconds, const QString
         m_phase = Phase::LoadQueued;
         m_job.context().loader.load(m_output, *this);
     }
+}
+
+bool FileImport::takeOutput(QString *error)
+{
+    if (!QFileInfo::exists(m_output)) {
+        *error =
+            QStringLiteral("The converter wrote no file for %1.").arg(QFileInfo(m_path).fileName());
+        return false;
+    }
+    if (m_job.isOutputTemporary())
+        return true;
+    const QString path = m_job.publishOutput(m_position, error);
+    if (path.isEmpty())
+        return false;
+    m_output = path;
+    m_result.output = path;
+    return true;
 }
 
 void FileImport::endConversion(JobState state, double seconds, const QString &message)
@@ -372,10 +383,8 @@ void FileImport::removeOutput()
 {
     if (m_output.isEmpty())
         return;
-    QFile::remove(m_output + QStringLiteral(".part"));
-    // The converter may have got ready just before it was killed.
-    if (m_outputIsNew)
-        QFile::remove(m_output);
+    QFile::remove(m_output);
+    QFile::remove(m_output + QStringLiteral(".part")); // what a crash has left
 }
 
 void FileImport::step(const QString &words)

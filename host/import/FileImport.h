@@ -24,8 +24,6 @@ class FileImport final : public ConversionObserver, public LoadObserver {
 public:
     /// The result stands in the job's, at that position, and outlives this.
     FileImport(ImportJob &job, std::size_t position, FileResult &result);
-    /// The conversion must not be running any more; what it left half-written goes.
-    ~FileImport();
 
     /// Whether there is a converter for files of the type.
     static bool isConvertible(tnCADFileTypes::FileType type);
@@ -59,6 +57,8 @@ private:
     /// Reports the end of a conversion, be it the file's own or that of a part.
     void reportConversion(const FileResult &result, unsigned int percent,
                           tnCADFileTypes::JobState state, double seconds, const QString &message);
+    /// Whether there is a converted file, and it stands where it is to stand; a reason in error.
+    bool takeOutput(QString *error);
     void endConversion(tnCADFileTypes::JobState state, double seconds, const QString &message);
     void endPart(std::size_t index, tnCADFileTypes::JobState state, double seconds,
                  const QString &message);
@@ -79,7 +79,6 @@ private:
     FileResult &m_result;
     const QString m_path; ///< as it was given, which is how the signals name it
     QString m_output; ///< empty until the conversion starts
-    bool m_outputIsNew = false; ///< nothing stood at the output's path before
     Phase m_phase = Phase::Waiting;
     tnCADFileTypes::JobState m_conversionState = tnCADFileTypes::JobState::Failure;
     QElapsedTimer m_clock;

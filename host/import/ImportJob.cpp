@@ -50,10 +50,10 @@ ImportJob::~ImportJob()
 
 void ImportJob::cleanUp()
 {
-    m_temporary.reset();
-    for (const QString &path : qAsConst(m_outputs))
-        m_context.names.release(path);
-    m_outputs.clear();
+    m_work.reset();
+    for (const auto &[file, claim] : m_claims)
+        m_context.names.release(claim);
+    m_claims.clear();
 }
 
 void ImportJob::begin()
@@ -70,23 +70,17 @@ void ImportJob::begin()
 void ImportJob::prepareOutput()
 {
     const bool isNamed = !m_request.outputDirectory.isEmpty();
-    const QString parent =
-        QDir(isNamed ? m_request.outputDirectory : temporaryDirectory()).absolutePath();
-    m_directory = parent;
+    m_directory = QDir(isNamed ? m_request.outputDirectory : temporaryDirectory()).absolutePath();
     if (!QDir().mkpath(m_directory)) {
         m_problem = QStringLiteral("The output directory %1 cannot be created.").arg(m_directory);
         return;
     }
-    bool isWritable = QFileInfo(m_directory).isWritable();
-    if (m_request.removeConverted || !isNamed) {
-        // A directory of the job's own: nothing collides there, and all of it may go.
-        m_temporary =
-            std::make_unique<QTemporaryDir>(m_directory + QStringLiteral("/.import-XXXXXX"));
-        isWritable = m_temporary->isValid();
-        m_directory = m_temporary->path();
+    m_isOutputTemporary = m_request.removeConverted || !isNamed;
+    m_work = std::make_unique<WorkDirectory>(m_directory);
+    if (!m_work->isValid()) {
+        m_problem =
+            QStringLiteral("The output directory %1 cannot be written to.").arg(m_directory);
     }
-    if (!isWritable)
-        m_problem = QStringLiteral("The output directory %1 cannot be written to.").arg(parent);
 }
 
 bool ImportJob::hasWaitingFile() const
@@ -113,10 +107,25 @@ void ImportJob::abort()
     QMetaObject::invokeMethod(this, abortFiles, Qt::QueuedConnection);
 }
 
-QString ImportJob::claimOutput(const QString &baseName, const QString &source)
+QString ImportJob::workFile(std::size_t file) const
 {
-    m_outputs << m_context.names.claim(m_directory, baseName, source);
-    return m_outputs.constLast();
+    return QStringLiteral("%1/%2.glb").arg(m_work->path(), QString::number(file));
+}
+
+void ImportJob::claimOutput(std::size_t file, const QString &source)
+{
+    OutputNames::Claim &claim = m_claims[file];
+    claim = {m_directory, FileTypeProbe::baseName(source), source, {}};
+    m_context.names.claim(claim);
+}
+
+QString ImportJob::publishOutput(std::size_t file, QString *error)
+{
+    OutputNames::Claim &claim = m_claims[file];
+    if (m_context.names.publish(workFile(file), claim, error))
+        return claim.path;
+    *error = QStringLiteral("The file %1 cannot be written: %2.").arg(claim.path, *error);
+    return {};
 }
 
 tndNode ImportJob::target()

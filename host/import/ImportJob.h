@@ -2,12 +2,13 @@
 
 #include "host/import/FileImport.h"
 #include "host/import/ImportContext.h"
+#include "host/import/WorkDirectory.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
-#include <QtCore/QTemporaryDir>
 
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace tnhost {
@@ -42,8 +43,15 @@ public:
     // For the job's files.
     /// Why no file can be converted, a sentence for the user; empty when nothing is wrong.
     const QString &problem() const { return m_problem; }
-    QString claimOutput(const QString &baseName, const QString &source);
-    bool isOutputTemporary() const { return m_temporary != nullptr; }
+    /// Where the converter is to write a file: within the job's own directory.
+    QString workFile(std::size_t file) const;
+    /// Whether converted files go when they are no longer needed.
+    bool isOutputTemporary() const { return m_isOutputTemporary; }
+    /// Finds the name under which a converted file is to stay.
+    void claimOutput(std::size_t file, const QString &source);
+    /// Gives the converted file that name; an empty text, with a sentence in error, when that
+    /// cannot be done.
+    QString publishOutput(std::size_t file, QString *error);
     /// Where the files go in the scene; null for the root.
     tndNode target();
     void onStep(std::size_t file, const QString &words);
@@ -65,10 +73,11 @@ private:
     ImportRequest m_request;
     const std::shared_ptr<JobResult> m_result = std::make_shared<JobResult>();
     QElapsedTimer m_clock;
-    std::unique_ptr<QTemporaryDir> m_temporary;
-    QString m_directory; ///< where the converted files are written
+    std::unique_ptr<WorkDirectory> m_work;
+    bool m_isOutputTemporary = false;
+    QString m_directory; ///< where converted files stay
     QString m_problem;
-    QStringList m_outputs; ///< names to be given back
+    std::unordered_map<std::size_t, OutputNames::Claim> m_claims; ///< by file
     std::vector<std::unique_ptr<FileImport>> m_files;
     std::size_t m_started = 0; ///< the files before this one
     std::size_t m_reported = 0; ///< files whose end shows in the progress

@@ -7,6 +7,12 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QtEndian>
 
+#include <cerrno>
+#include <cstdio> // renameat2
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace tnhost {
 
 namespace {
@@ -39,7 +45,7 @@ QString sourceOf(const QString &path)
 }
 
 /// What the file systems take for a name, less what may come behind the base name here.
-constexpr int longestBaseName = 255 - int(sizeof "-1000000.glb.part" - 1); // bytes of UTF-8
+constexpr int longestBaseName = 255 - int(sizeof "-1000000.glb" - 1); // bytes of UTF-8
 
 QString shortened(QString baseName)
 {
@@ -54,31 +60,70 @@ bool isOnDisk(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
+bool isEarlierOutput(const OutputNames::Claim &claim)
+{
+    return !QFileInfo(claim.path).isSymLink() && sourceOf(claim.path) == claim.source;
+}
+
+/// Gives 0 or an error number: EEXIST when something stands there, whoever has put it there and in
+/// whatever moment.
+int moveToFreeName(const QByteArray &from, const QByteArray &to)
+{
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // Some network file systems cannot do that in one go. The name is taken first, so that for a
+    // moment an empty file stands there.
+    const int file = ::open(to.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0)
+        return errno;
+    ::close(file);
+    return ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+}
+
 } // namespace
 
-QString OutputNames::claim(const QString &directory, const QString &baseName, const QString &source)
+void OutputNames::claim(Claim &claim)
 {
-    const QString shortName = shortened(baseName);
+    const QString shortName = shortened(claim.baseName);
     for (int number = 1;; ++number) {
         const QString name = number == 1
             ? shortName
             : QStringLiteral("%1-%2").arg(shortName, QString::number(number));
-        const QString path = QDir(directory).filePath(name + QStringLiteral(".glb"));
-        if (m_claimed.contains(key(path)))
+        claim.path = QDir(claim.directory).filePath(name + QStringLiteral(".glb"));
+        if (m_claimed.contains(key(claim.path))
+            || (isOnDisk(claim.path) && !isEarlierOutput(claim)))
             continue;
-        // The half-written file of another program would be overwritten as well.
-        if (isOnDisk(path + QStringLiteral(".part")))
-            continue;
-        if (isOnDisk(path) && (QFileInfo(path).isSymLink() || sourceOf(path) != source))
-            continue;
-        m_claimed.insert(key(path));
-        return path;
+        m_claimed.insert(key(claim.path));
+        return;
     }
 }
 
-void OutputNames::release(const QString &path)
+bool OutputNames::publish(const QString &file, Claim &claim, QString *error)
 {
-    m_claimed.remove(key(path));
+    const QByteArray from = QFile::encodeName(file);
+    int fault = EEXIST;
+    while (fault == EEXIST) {
+        const QByteArray to = QFile::encodeName(claim.path);
+        fault = moveToFreeName(from, to);
+        if (fault != EEXIST)
+            break;
+        if (isEarlierOutput(claim)) {
+            fault = ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
+            break;
+        }
+        release(claim);
+        this->claim(claim);
+    }
+    if (fault != 0)
+        *error = QString::fromLocal8Bit(std::strerror(fault));
+    return fault == 0;
+}
+
+void OutputNames::release(const Claim &claim)
+{
+    m_claimed.remove(key(claim.path));
 }
 
 QString OutputNames::key(const QString &path)

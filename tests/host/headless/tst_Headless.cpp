@@ -4,10 +4,31 @@
 #include <QtCore/QStandardPaths>
 #include <QtTest/QtTest>
 
+#include <array>
 #include <csignal>
 #include <unistd.h>
 
 using namespace tnhost;
+
+namespace {
+
+/// Has the host run a converter that never gets anywhere, and leaves word of its process.
+bool writeHangingConverter(const HostProcess &host)
+{
+    return host.write("converter",
+                      "#!/bin/sh\necho $$ > pid\n"
+                      "echo '{\"event\":\"ready\",\"version\":1,\"formats\":[\"STL\"]}'\n"
+                      "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
+                      "while read request; do :; done\n")
+        && QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+}
+
+QStringList namesIn(const QString &directory)
+{
+    return QDir(directory).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+} // namespace
 
 class TestHeadless : public QObject {
     Q_OBJECT
@@ -18,6 +39,8 @@ private slots:
     void needsNoDisplayAndNoLocale();
     void needsNoStreams();
     void abortsOnSignals();
+    void sharesAnOutputDirectory();
+    void takesOverFromKilledHosts();
 };
 
 void TestHeadless::imports()
@@ -41,9 +64,7 @@ void TestHeadless::imports()
         QVERIFY2(host.run(("--headless " + arguments).split(' ')) == status, host.report());
         for (const QString &text : expected)
             QVERIFY2(host.report().contains(text.toUtf8()), host.report() + "??? " + text.toUtf8());
-        QCOMPARE(QDir(host.path("out"))
-                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 kept);
+        QCOMPARE(namesIn(host.path("out")), kept);
         QCOMPARE(host.output.contains("\n  gear.stl: 192 triangles"),
                  !arguments.contains("convert") && host.output.contains("gear.stl: loaded"));
         // An unseen window must not leave its size to the user's own.
@@ -149,13 +170,7 @@ void TestHeadless::abortsOnSignals()
 {
     const auto check = [](int signal, const QString &arguments) {
         HostProcess host;
-        // A converter that never gets anywhere, and leaves word of its process.
-        QVERIFY(host.write("converter",
-                           "#!/bin/sh\necho $$ > pid\n"
-                           "echo '{\"event\":\"ready\",\"version\":1,\"formats\":[\"STL\"]}'\n"
-                           "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
-                           "while read request; do :; done\n"));
-        QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        QVERIFY(writeHangingConverter(host));
         QVERIFY(host.copySample("gear.stl", "gear.stl")
                 && host.copySample("chair.obj", "chair.obj"));
         QVERIFY(host.write(
@@ -181,6 +196,51 @@ void TestHeadless::abortsOnSignals()
     };
     check(SIGINT, "gear.stl chair.obj");
     check(SIGTERM, "--script script"); // which waits
+}
+
+void TestHeadless::sharesAnOutputDirectory()
+{
+    const QTemporaryDir out;
+    std::array<HostProcess, 3> hosts;
+    QStringList arguments{"--headless", "--mode", "convert", "--output", out.path()};
+    for (int i = 0; i < 12; ++i)
+        arguments << QString("gear%1.stl").arg(i);
+    for (HostProcess &host : hosts) {
+        for (const QString &name : arguments.mid(5))
+            QVERIFY(host.copySample("gear.stl", name));
+        host.startHost(arguments);
+    }
+    for (HostProcess &host : hosts)
+        QVERIFY2(host.finish() == 0, host.report());
+    const QStringList names = namesIn(out.path());
+    QCOMPARE(names.size(), 36);
+    QCOMPARE(names.filter(QRegularExpression("^gear\\d+(-[23])?\\.glb$")).size(), 36);
+}
+
+void TestHeadless::takesOverFromKilledHosts()
+{
+    const QTemporaryDir out;
+    const QStringList arguments{"--headless", "--mode",   "convert",
+                                "--output",   out.path(), "gear.stl"};
+    HostProcess killed;
+    QVERIFY(killed.copySample("gear.stl", "gear.stl") && writeHangingConverter(killed));
+    killed.startHost(arguments + QStringList{"--converter", killed.path("converter")});
+    QTRY_VERIFY(QFileInfo(killed.path("pid")).size() > 0);
+    const QStringList work = namesIn(out.path());
+    QCOMPARE(work.size(), 1);
+
+    const auto convert = [&] {
+        HostProcess host;
+        QVERIFY(host.copySample("gear.stl", "gear.stl"));
+        QVERIFY2(host.run(arguments) == 0, host.report());
+    };
+    convert();
+    QCOMPARE(namesIn(out.path()), work + QStringList("gear.glb")); // that one lives
+    killed.kill();
+    killed.waitForFinished();
+    QCOMPARE(namesIn(out.path()), work + QStringList("gear.glb"));
+    convert();
+    QCOMPARE(namesIn(out.path()), (QStringList{"gear-2.glb", "gear.glb"}));
 }
 
 QTEST_GUILESS_MAIN(TestHeadless)
