@@ -30,8 +30,7 @@ QString logbookPath()
 } // namespace
 
 BatchRunner::BatchRunner(FileService &service, const Scene &scene, const BatchOptions &options,
-                         const std::vector<FileCollector::File> &files, Printer print,
-                         Printer complain)
+                         const FileCollector::Result &files, Printer print, Printer complain)
     : m_scene(scene)
     , m_options(options)
     , m_print(std::move(print))
@@ -47,9 +46,11 @@ BatchRunner::BatchRunner(FileService &service, const Scene &scene, const BatchOp
 void BatchRunner::start()
 {
     m_logbookBefore = logbookTime();
-    m_follower.plan(m_files);
+    if (!m_files.omissions.isEmpty())
+        m_complain(m_files.omissions);
+    m_follower.plan(m_files.files);
     std::vector<QString> files;
-    for (const FileCollector::File &file : m_files) {
+    for (const FileCollector::File &file : m_files.files) {
         if (file.problem.isEmpty())
             files.push_back(file.path);
     }
@@ -150,7 +151,7 @@ void BatchRunner::finish()
     if (m_signal != 0)
         emit finished(128 + m_signal);
     else
-        emit finished(m_follower.haveAllSucceeded() ? 0 : 1);
+        emit finished(m_files.omissions.isEmpty() && m_follower.haveAllSucceeded() ? 0 : 1);
 }
 
 void BatchRunner::printScene()

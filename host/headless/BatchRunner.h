@@ -26,7 +26,7 @@ public:
 
     /// Service and scene must outlive the runner.
     BatchRunner(FileService &service, const Scene &scene, const BatchOptions &options,
-                const std::vector<FileCollector::File> &files, Printer print, Printer complain);
+                const FileCollector::Result &files, Printer print, Printer complain);
 
     /// Once. Returns at once or when the plug-in has refused.
     void start();
@@ -34,7 +34,7 @@ public:
     void abort(int signal);
 
 signals:
-    /// Once, with 0 when each of the files succeeded, else with 1.
+    /// Once, with 0 when each of the files succeeded and none was left out, else with 1.
     void finished(int exitStatus);
 
 private:
@@ -52,7 +52,7 @@ private:
     const Printer m_print;
     const Printer m_complain;
     JobFollower m_follower;
-    std::vector<FileCollector::File> m_files;
+    const FileCollector::Result m_files;
     QDateTime m_logbookBefore; ///< invalid: there was none
     int m_signal = 0;
     bool m_isFinished = false;

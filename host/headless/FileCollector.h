@@ -16,13 +16,17 @@ public:
         QString path; ///< absolute
         QString problem; ///< why it cannot be imported; empty: it can be tried
     };
+    struct Result {
+        std::vector<File> files;
+        QString omissions; ///< how much could not even be named, a sentence; empty: nothing
+    };
 
     FileCollector() = delete;
 
     /// In the order of the arguments, each path once. A folder gives the supported files in it and
-    /// in its subfolders, sorted by name; links to folders are not followed. A folder without any
-    /// stands for itself, as a problem.
-    static std::vector<File> collect(const QStringList &arguments, tnFileIOService &service);
+    /// in its subfolders, sorted by name and without hidden ones; of a link to a folder only the
+    /// files right in it. A folder without any stands for itself, as a problem.
+    static Result collect(const QStringList &arguments, tnFileIOService &service);
 };
 
 } // namespace tnhost

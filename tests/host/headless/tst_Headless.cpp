@@ -6,6 +6,8 @@
 
 #include <array>
 #include <csignal>
+#include <cstdio>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace tnhost;
@@ -35,6 +37,7 @@ class TestHeadless : public QObject {
 
 private slots:
     void imports();
+    void reportsWhatItLeavesOut();
     void refusesWrongUsage();
     void needsNoDisplayAndNoLocale();
     void needsNoStreams();
@@ -105,6 +108,25 @@ void TestHeadless::imports()
     check("--plugin-dir=empty gear.stl", 1, {"no plug-in in the directory"});
     check("--plugin-dir=" TN_MUTE_PLUGIN " gear.stl", 1,
           {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});
+}
+
+void TestHeadless::reportsWhatItLeavesOut()
+{
+    HostProcess host;
+    const QByteArray folder = QFile::encodeName(host.path("folder"));
+    for (const char *name : {"", "/below", "/below/caf\xE9", "/.hidden"})
+        QCOMPARE(::mkdir(folder + name, 0700), 0);
+    QVERIFY(host.copySample("gear.stl", "folder/below/good.stl"));
+    QVERIFY(host.copySample("gear.stl", "folder/.hidden/not.stl"));
+    for (const char *name : {"/1\xFF.stl", "/below/2\xFF.stl", "/3\xFF.txt"}) {
+        FILE *file = std::fopen(folder + name, "w");
+        QVERIFY(file && std::fclose(file) == 0);
+    }
+    QVERIFY2(host.run({"--headless", "folder"}) == 1, host.report());
+    QCOMPARE(host.errors,
+             QByteArray("Left out: files with names that are no UTF-8 (2), "
+                        "folders with names that are no UTF-8 (1).\n"));
+    QVERIFY2(host.output.contains("\n1 of 1 files succeeded; "), host.report());
 }
 
 void TestHeadless::refusesWrongUsage()
