@@ -25,6 +25,7 @@
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
 
@@ -117,8 +118,38 @@ void MainWindow::importFiles(const QStringList &paths)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (!m_mayEndImports && !m_services.fileService().runningJobs().empty()) {
+        event->ignore();
+        askToQuit();
+        return;
+    }
     saveSettings();
     QMainWindow::closeEvent(event);
+}
+
+void MainWindow::askToQuit()
+{
+    if (m_question) {
+        m_question->raise();
+        return;
+    }
+    int files = 0;
+    for (const JobResultPtr &job : m_services.fileService().runningJobs())
+        files += job->openFiles;
+    // Without an event loop of its own: the import goes on meanwhile, and a signal ends the
+    // program.
+    m_question = new QMessageBox(
+        QMessageBox::Warning, tr("Quit"),
+        tr("An import is running; files that are not done: %1.\nQuitting ends it.").arg(files),
+        QMessageBox::NoButton, this);
+    m_question->setAttribute(Qt::WA_DeleteOnClose);
+    m_question->addButton(tr("&Quit"), QMessageBox::AcceptRole);
+    m_question->setDefaultButton(m_question->addButton(QMessageBox::Cancel));
+    connect(m_question, &QDialog::accepted, this, [this] {
+        m_mayEndImports = true;
+        close();
+    });
+    m_question->open();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QtCore/QList>
+#include <QtCore/QPointer>
 #include <QtCore/QUrl>
 #include <QtWidgets/QMainWindow>
 
+class QMessageBox;
 class tnMessage;
 
 namespace tnhost {
@@ -11,7 +13,8 @@ namespace tnhost {
 class HostServices;
 class SceneView;
 
-/// The host's window: scene tree, log, asset manager. The services must outlive it.
+/// The host's window: scene tree, log, asset manager. The services must outlive it. While an import
+/// runs it asks before it closes.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -37,6 +40,8 @@ private:
     void restoreSettings();
     void saveSettings() const;
 
+    /// Asks whether the running imports may end, and closes the window if so.
+    void askToQuit();
     void importUrls(const QList<QUrl> &urls);
     void onImport();
     void onImportFolder();
@@ -49,6 +54,8 @@ private:
     QDockWidget *m_logDock = nullptr;
     QDockWidget *m_assetDock = nullptr;
     QAction *m_reload = nullptr;
+    QPointer<QMessageBox> m_question; ///< whether to quit
+    bool m_mayEndImports = false; ///< the user has been asked
 };
 
 } // namespace tnhost

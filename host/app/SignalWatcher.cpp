@@ -5,6 +5,7 @@
 #include <csignal>
 #include <ctime>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace tnhost {
@@ -13,11 +14,19 @@ namespace {
 
 constexpr int watched[] = {SIGINT, SIGTERM, SIGHUP};
 constexpr long long patience = 1000; // ms
+constexpr itimerval lastMoment{{0, 0}, {1, 500000}};
 
 // The handler may do no more than use these and write to the socket.
 volatile std::sig_atomic_t wakeUp = -1;
 std::atomic<long long> firstAt{0};
+volatile std::sig_atomic_t firstSignal = 0;
 static_assert(std::atomic<long long>::is_always_lock_free);
+
+extern "C" void onLastMoment(int)
+{
+    std::signal(firstSignal, SIG_DFL);
+    std::raise(firstSignal);
+}
 
 extern "C" void onSignal(int signal)
 {
@@ -27,6 +36,8 @@ extern "C" void onSignal(int signal)
     const long long now = time.tv_sec * 1000LL + time.tv_nsec / 1000000;
     long long first = 0;
     if (firstAt.compare_exchange_strong(first, now)) {
+        firstSignal = signal;
+        ::setitimer(ITIMER_REAL, &lastMoment, nullptr);
         const auto byte = static_cast<unsigned char>(signal);
         // Nothing can be done about a failure here; a later signal ends the process anyway.
         [[maybe_unused]] const ssize_t written = ::write(wakeUp, &byte, 1);
@@ -53,6 +64,7 @@ SignalWatcher::SignalWatcher()
     firstAt = 0;
     m_notifier = std::make_unique<QSocketNotifier>(m_sockets[1], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &SignalWatcher::onReadable);
+    std::signal(SIGALRM, &onLastMoment);
     for (const int signal : watched) {
         if (isHandledBy(signal, SIG_IGN))
             continue;

@@ -17,7 +17,7 @@ namespace tnhost {
 
 namespace {
 
-constexpr int abortPatienceMs = 5000;
+constexpr int abortPatienceMs = 1000;
 
 /// Where the plug-in writes the logbook of a batch.
 QString logbookPath()

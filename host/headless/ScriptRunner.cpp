@@ -15,7 +15,7 @@ namespace tnhost {
 
 namespace {
 
-constexpr int abortPatienceMs = 5000;
+constexpr int abortPatienceMs = 1000;
 constexpr int watchIntervalMs = 20;
 /// A job is announced within the first turn of the loop; the second one is to spare.
 constexpr int turnsBeforeClosing = 2;

@@ -14,7 +14,10 @@
 #include <QtCore/QSettings>
 #include <QtGui/QScreen>
 #include <QtTest/QtTest>
+#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QAction>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
 
 using namespace tnhost;
 
@@ -58,6 +61,7 @@ private slots:
     void reloadsAndRemovesTheSelection();
     void takesLocalFilesThatAreDropped();
     void keepsItsLooks();
+    void asksBeforeItEndsAnImport();
     void logsAnyText();
     void tellsHowFarTheImportsAre();
 
@@ -146,6 +150,40 @@ void TestMainWindow::keepsItsLooks()
         QVERIFY(!window.findChild<QWidget *>("log")->isHidden());
         QVERIFY(window.findChild<SceneView *>()->columnWidths().at(1).toInt() < usual.width());
     }
+}
+
+void TestMainWindow::asksBeforeItEndsAnImport()
+{
+    MainWindow window(m_services);
+    window.show();
+    FileService &service = m_services.fileService();
+    const auto question = [&window] { return window.findChild<QMessageBox *>(); };
+    const auto press = [&question](QMessageBox::ButtonRole role) {
+        for (QAbstractButton *button : question()->buttons()) {
+            if (question()->buttonRole(button) == role) {
+                button->click();
+                break;
+            }
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    const quint64 job = service.loadFiles({"/no/a.stl", "/no/b.stl"}, {}, {}, true, true, true);
+    QVERIFY(!window.close() && !window.close() && question());
+    QCOMPARE(window.findChildren<QMessageBox *>().size(), 1);
+    QVERIFY2(question()->text().contains('2'), qPrintable(question()->text()));
+    QCOMPARE(question()->buttonRole(question()->defaultButton()), QMessageBox::RejectRole);
+    press(QMessageBox::RejectRole);
+    QVERIFY(window.isVisible() && !question());
+    QCOMPARE(service.runningJobs().front()->id, job);
+
+    QVERIFY(!window.close());
+    press(QMessageBox::AcceptRole);
+    QVERIFY(!window.isVisible());
+
+    QTRY_VERIFY(service.runningJobs().empty());
+    MainWindow idle(m_services);
+    idle.show();
+    QVERIFY(idle.close());
 }
 
 void TestMainWindow::logsAnyText()

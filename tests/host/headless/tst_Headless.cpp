@@ -218,6 +218,16 @@ void TestHeadless::abortsOnSignals()
     };
     check(SIGINT, "gear.stl chair.obj");
     check(SIGTERM, "--script script"); // which waits
+
+    HostProcess busy;
+    QVERIFY(busy.copySample("gear.stl", "gear.stl"));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TN_MUTE_BLOCKS", "1");
+    busy.setProcessEnvironment(environment);
+    busy.startHost({"--headless", "--plugin-dir=" TN_MUTE_PLUGIN, "gear.stl"});
+    QTRY_VERIFY(busy.bytesAvailable() > 0);
+    busy.terminate();
+    QVERIFY2(busy.waitForFinished(5000), busy.report()); // far less than it is busy for
 }
 
 void TestHeadless::sharesAnOutputDirectory()
