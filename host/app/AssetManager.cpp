@@ -17,7 +17,7 @@ QColor screenColor(const SceneMaterial &material)
 {
     // Screens are not linear; the usual power law is good enough for a swatch.
     const auto channel = [&material](std::size_t i) {
-        return std::pow(double(material.baseColor[i]), 1.0 / 2.2);
+        return std::pow(static_cast<double>(material.baseColor[i]), 1.0 / 2.2);
     };
     return QColor::fromRgbF(channel(0), channel(1), channel(2));
 }

@@ -57,7 +57,7 @@ QList<QUrl> localUrls(const QMimeData &data)
     return result;
 }
 
-/// Files are only ever copied: a source that is told of a move would delete its own.
+/// Files are only ever copied: after a move the source would delete its own.
 bool isWelcome(const QDropEvent &event)
 {
     // A modal dialog does not keep drops from the windows behind it.
@@ -237,7 +237,9 @@ void MainWindow::createStatusBar()
             delay->start(100);
     });
     connect(delay, &QTimer::timeout, totals, [totals, &scene = m_services.scene()] {
-        const auto text = [](std::size_t count) { return QLocale().toString(qulonglong(count)); };
+        const auto text = [](std::size_t count) {
+            return QLocale().toString(static_cast<qulonglong>(count));
+        };
         totals->setText(tr("Nodes: %1   Triangles: %2")
                             .arg(text(scene.nodeCount()), text(scene.triangleCount(scene.root()))));
     });

@@ -13,7 +13,7 @@ public:
     PluginLoader(const QString &directory, const QString &programDirectory);
 
     /// Starts every plug-in of the directory. False when there is none, or when one of them could
-    /// not be started; errors() tells about each.
+    /// not be started; errors() has a sentence for each.
     bool load();
     /// Sentences for the user.
     const QStringList &errors() const { return m_errors; }

@@ -83,7 +83,7 @@ QVariant SceneModel::data(const QModelIndex &index, int role) const
         if (role == Qt::DisplayRole)
             return QLocale().toString(static_cast<qulonglong>(triangles(at)));
         if (role == Qt::TextAlignmentRole)
-            return int(Qt::AlignRight | Qt::AlignVCenter);
+            return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
         break;
     default:
         break;
@@ -94,7 +94,7 @@ QVariant SceneModel::data(const QModelIndex &index, int role) const
 QVariant SceneModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole && section == Triangles)
-        return int(Qt::AlignRight | Qt::AlignVCenter); // as the numbers below
+        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter); // as the numbers below
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     switch (section) {

@@ -3,10 +3,10 @@
 #include "host/headless/DialogDriver.h"
 #include "host/headless/ResultTable.h"
 #include "host/headless/SceneReport.h"
+#include "host/import/TmpDirectory.h"
 #include "host/scene/Scene.h"
 #include "platform/tnController.h"
 #include "platform/tnMessage.h"
-#include "platform/tnPreferences.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QTimer>
@@ -22,9 +22,7 @@ constexpr int abortPatienceMs = 1000;
 /// Where the plug-in writes the logbook of a batch.
 QString logbookPath()
 {
-    const boost::any &directory = tnPreferences::getData().get("FileIO tmp path");
-    const auto *path = boost::any_cast<QString>(&directory);
-    return path ? *path + QStringLiteral("/import-logbook.txt") : QString();
+    return TmpDirectory::preferred() + QStringLiteral("/import-logbook.txt");
 }
 
 } // namespace
@@ -38,7 +36,7 @@ BatchRunner::BatchRunner(FileService &service, const Scene &scene, const BatchOp
     , m_follower(service, m_print)
     , m_files(files)
 {
-    // Whoever has heard of the end later, the plug-in, is to be done with it as well.
+    // The plug-in, which may learn of the end later, is to be done with it as well.
     connect(&m_follower, &JobFollower::jobEnded, this, &BatchRunner::onJobEnded,
             Qt::QueuedConnection);
 }
@@ -70,7 +68,7 @@ void BatchRunner::start()
     if (!setUpDialog(dialog))
         return;
     dialog.pressImport();
-    // The service tells of a job by a call that it has queued by now; this one comes behind it.
+    // The service announces a job by a call that it has queued by now; this one comes behind it.
     QMetaObject::invokeMethod(this, &BatchRunner::onPressed, Qt::QueuedConnection);
 }
 

@@ -70,7 +70,7 @@ QString DialogDriver::apply(const BatchOptions &options)
     widget<QComboBox>(modeBox)->setCurrentIndex(static_cast<int>(options.mode));
     if (!options.outputDirectory.isEmpty())
         widget<QLineEdit>(outputField)->setText(options.outputDirectory);
-    // The dialog starts with what the service was told, as far as its field goes.
+    // The dialog starts with the number that the service has, as far as its field goes.
     const int processes = widget<QSpinBox>(processesBox)->value();
     if (options.maxProcesses >= 0 && processes != options.maxProcesses)
         return QStringLiteral("The dialog takes %1 for the number of processes.").arg(processes);

@@ -14,7 +14,7 @@ public:
     ResultTable() = delete;
 
     /// A line of titles and one per file, in aligned columns. Paths below the working directory are
-    /// told as seen from there.
+    /// given as seen from there.
     static QStringList lines(const std::vector<FileResult> &results);
     /// How many files ended how, in one sentence without full stop.
     static QString summary(const std::vector<FileResult> &results);

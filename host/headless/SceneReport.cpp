@@ -8,7 +8,7 @@ namespace {
 
 QString number(float value)
 {
-    const QString text = QString::number(double(value), 'f', 3);
+    const QString text = QString::number(static_cast<double>(value), 'f', 3);
     return text == QLatin1String("-0.000") ? QStringLiteral("0.000") : text;
 }
 

@@ -21,7 +21,7 @@ public:
     tnMessage &message() { return m_message; }
 
     /// What the command has added to the message or changed in it, in that order. The keys of the
-    /// attributes that cannot be told go into unknown.
+    /// attributes that have no JSON go into unknown.
     QByteArray answer(QStringList *unknown) const;
     /// The answer to a command that could not be run.
     QByteArray refusal(const QString &reason) const;

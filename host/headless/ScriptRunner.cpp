@@ -98,12 +98,12 @@ void ScriptRunner::send(ScriptMessage &message)
         QStringList unknown;
         m_answer(message.answer(&unknown));
         for (const QString &key : unknown)
-            m_note(QStringLiteral("The answer \"%1\" is of a type that cannot be told.").arg(key));
+            m_note(QStringLiteral("The answer \"%1\" is of a type that has no JSON.").arg(key));
     } else {
         ++m_faults;
         m_answer(message.refusal(QStringLiteral("no plug-in offers this command")));
     }
-    // The service tells of a job by a call that it has queued by now; this one comes behind it.
+    // The service announces a job by a call that it has queued by now; this one comes behind it.
     QMetaObject::invokeMethod(this, &ScriptRunner::onSent, Qt::QueuedConnection);
 }
 

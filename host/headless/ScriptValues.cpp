@@ -69,8 +69,8 @@ bool read(const QJsonValue &json, Integer &value)
 {
     using Limits = std::numeric_limits<Integer>;
     const double number = json.toDouble(0.5);
-    if (std::trunc(number) != number || number < double(Limits::min())
-        || number > double(Limits::max()))
+    if (std::trunc(number) != number || number < static_cast<double>(Limits::min())
+        || number > static_cast<double>(Limits::max()))
         return false;
     value = static_cast<Integer>(number);
     return true;
@@ -119,7 +119,7 @@ QJsonValue write(const Value &value)
 
 QJsonValue write(const unsigned int &value)
 {
-    return double(value);
+    return static_cast<double>(value);
 }
 
 QJsonValue write(const QStringList &value)

@@ -49,7 +49,7 @@ public:
     QByteArray read(quint32 sector)
     {
         // The header takes the place of a first sector, so sector 0 is the second one.
-        const qint64 offset = (qint64(sector) + 1) * m_size;
+        const qint64 offset = (static_cast<qint64>(sector) + 1) * m_size;
         if (offset + m_size > m_device.size() || !m_device.seek(offset))
             return QByteArray();
         const QByteArray bytes = m_device.read(m_size);
@@ -59,7 +59,7 @@ public:
     /// The sector that follows in the same chain.
     std::optional<quint32> next(quint32 sector)
     {
-        const quint32 perSector = quint32(m_size) / 4;
+        const quint32 perSector = static_cast<quint32>(m_size) / 4;
         const std::optional<quint32> table = allocationSector(sector / perSector);
         if (!table)
             return std::nullopt;
@@ -69,7 +69,7 @@ public:
         }
         if (m_table.isEmpty())
             return std::nullopt;
-        return number<quint32>(m_table, int(sector % perSector) * 4);
+        return number<quint32>(m_table, static_cast<int>(sector % perSector) * 4);
     }
 
 private:
@@ -78,8 +78,8 @@ private:
     std::optional<quint32> allocationSector(quint32 index)
     {
         if (index < headerDifatCount)
-            return number<quint32>(m_header, headerDifatOffset + int(index) * 4);
-        const quint32 perSector = quint32(m_size) / 4 - 1;
+            return number<quint32>(m_header, headerDifatOffset + static_cast<int>(index) * 4);
+        const quint32 perSector = static_cast<quint32>(m_size) / 4 - 1;
         const quint32 position = index - headerDifatCount;
         if (position / perSector >= maximalDifatSectors)
             return std::nullopt;
@@ -88,12 +88,12 @@ private:
             const QByteArray bytes = read(sector);
             if (bytes.isEmpty())
                 return std::nullopt;
-            sector = number<quint32>(bytes, int(perSector) * 4);
+            sector = number<quint32>(bytes, static_cast<int>(perSector) * 4);
         }
         const QByteArray bytes = read(sector);
         if (bytes.isEmpty())
             return std::nullopt;
-        return number<quint32>(bytes, int(position % perSector) * 4);
+        return number<quint32>(bytes, static_cast<int>(position % perSector) * 4);
     }
 
     QIODevice &m_device;

@@ -15,8 +15,8 @@ struct ConversionRequest {
     QJsonObject settings; ///< translator options by field name
 };
 
-/// Hears how a conversion goes on, always from the event loop and in the GUI thread. It must live
-/// until onConversionEnded() or until the pool is gone.
+/// Receives how a conversion goes on, always from the event loop and in the GUI thread. It must
+/// live until onConversionEnded() or until the pool is gone.
 class ConversionObserver {
 public:
     ConversionObserver() = default;
@@ -28,7 +28,7 @@ public:
     virtual void onPartFinished(const QString &file, tnCADFileTypes::JobState state, double seconds,
                                 const QString &message) = 0;
     /// The last call, exactly once; the process writes nothing for this file any more. A message
-    /// says why it is no success. Negative seconds: the converter did not get round to telling.
+    /// says why it is no success. Negative seconds: the converter did not get round to measuring.
     virtual void onConversionEnded(tnCADFileTypes::JobState state, double seconds,
                                    const QString &message) = 0;
 

@@ -6,8 +6,8 @@
 
 namespace tnhost {
 
-/// Tells the kind of a CAD file: by its name, quickly, or by its first bytes. All operations may be
-/// called from any thread.
+/// Finds out the kind of a CAD file: by its name, quickly, or by its first bytes. All operations
+/// may be called from any thread.
 class FileTypeProbe {
 public:
     FileTypeProbe() = delete;
@@ -27,7 +27,7 @@ public:
     /// unknown suffix.
     static tnCADFileTypes::FileType byName(const QString &path);
     /// As byName(), but looks into files with a shared suffix. A file that cannot be read, or says
-    /// nothing, is told by its name.
+    /// nothing, is known by its name.
     static tnCADFileTypes::FileType byContent(const QString &path);
 };
 

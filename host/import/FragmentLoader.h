@@ -12,7 +12,7 @@
 
 namespace tnhost {
 
-/// Hears how a load goes on, from the event loop and in the GUI thread. It must live until
+/// Receives how a load goes on, from the event loop and in the GUI thread. It must live until
 /// onFragmentRead(), or until it has been cancelled or the loader is gone.
 class LoadObserver {
 public:
@@ -35,11 +35,12 @@ class FragmentLoader : public QObject {
 
 public:
     FragmentLoader();
-    /// Waits for the file that is being read. No observer hears of it.
+    /// Waits for the file that is being read. No observer is called.
     ~FragmentLoader() override;
 
     void load(const QString &path, LoadObserver &observer);
-    /// The observer hears nothing more. A file that is being read is read to its end, for nothing.
+    /// The observer is not called any more. A file that is being read is read to its end, for
+    /// nothing.
     void cancel(const LoadObserver &observer);
 
 private:

@@ -1,27 +1,13 @@
 #include "host/import/ImportJob.h"
 
 #include "host/import/FileTypeProbe.h"
-#include "platform/tnFile.h"
+#include "host/import/TmpDirectory.h"
 #include "platform/tnLog.h"
-#include "platform/tnMessage.h"
-#include "platform/tnPreferences.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 namespace tnhost {
-
-namespace {
-
-/// Where files go when the caller names no place: the user's preference, else the system's.
-QString temporaryDirectory()
-{
-    const boost::any &preference = tnPreferences::getData().get("FileIO tmp path");
-    const auto *path = boost::any_cast<QString>(&preference);
-    return path && !path->isEmpty() ? *path : tnFile::getTmpDir();
-}
-
-} // namespace
 
 ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
     : m_context(context)
@@ -59,7 +45,7 @@ void ImportJob::cleanUp()
 void ImportJob::begin()
 {
     emit m_context.log.jobStarted(m_result);
-    emit service().startingImport(id(), unsigned(m_files.size()));
+    emit service().startingImport(id(), static_cast<unsigned int>(m_files.size()));
     if (!m_files.empty() && !m_aborted)
         prepareOutput();
     m_begun = true;
@@ -70,7 +56,8 @@ void ImportJob::begin()
 void ImportJob::prepareOutput()
 {
     const bool isNamed = !m_request.outputDirectory.isEmpty();
-    m_directory = QDir(isNamed ? m_request.outputDirectory : temporaryDirectory()).absolutePath();
+    m_directory =
+        QDir(isNamed ? m_request.outputDirectory : TmpDirectory::preferred()).absolutePath();
     if (!QDir().mkpath(m_directory)) {
         m_problem = QStringLiteral("The output directory %1 cannot be created.").arg(m_directory);
         return;
@@ -156,7 +143,8 @@ void ImportJob::onFileFinished(std::size_t file)
     // Reported first and counted afterwards: who runs events below the signal must not see the job
     // end there, with the file's own calls still on the stack.
     ++m_reported;
-    emit service().importProgressChanged(id(), unsigned(m_reported * 100 / m_files.size()));
+    emit service().importProgressChanged(
+        id(), static_cast<unsigned int>(m_reported * 100 / m_files.size()));
     ++m_ended;
     QMetaObject::invokeMethod(this, &ImportJob::checkEnd, Qt::QueuedConnection);
 }

@@ -30,7 +30,7 @@ public:
     const ImportContext &context() const { return m_context; }
     tnFileIOService &service() const { return m_context.service; }
     /// Seconds since the job was accepted.
-    double seconds() const { return double(m_clock.elapsed()) / 1000.0; }
+    double seconds() const { return static_cast<double>(m_clock.elapsed()) / 1000.0; }
 
     /// Whether startNext() has something to do.
     bool hasWaitingFile() const;
@@ -81,7 +81,7 @@ private:
     std::vector<std::unique_ptr<FileImport>> m_files;
     std::size_t m_started = 0; ///< the files before this one
     std::size_t m_reported = 0; ///< files whose end shows in the progress
-    std::size_t m_ended = 0; ///< files of which nothing more is heard
+    std::size_t m_ended = 0; ///< files that report nothing more
     bool m_begun = false;
     bool m_aborted = false;
     bool m_hasEnded = false;

@@ -45,7 +45,7 @@ QString sourceOf(const QString &path)
 }
 
 /// What the file systems take for a name, less what may come behind the base name here.
-constexpr int longestBaseName = 255 - int(sizeof "-1000000.glb" - 1); // bytes of UTF-8
+constexpr int longestBaseName = 255 - static_cast<int>(sizeof "-1000000.glb" - 1); // bytes of UTF-8
 
 QString shortened(QString baseName)
 {

@@ -46,7 +46,7 @@ QByteArray PipedProcess::readPipe()
         char bytes[16384];
         const ssize_t count = ::read(m_readEnd, bytes, sizeof bytes);
         if (count > 0) {
-            all.append(bytes, int(count));
+            all.append(bytes, static_cast<int>(count));
         } else if (count == 0) {
             closePipe();
             QMetaObject::invokeMethod(this, &PipedProcess::pipeClosed, Qt::QueuedConnection);

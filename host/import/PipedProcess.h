@@ -7,9 +7,9 @@
 
 namespace tnhost {
 
-/// A process whose standard output comes through a pipe of our own: QProcess does not tell when a
+/// A process whose standard output comes through a pipe of our own: QProcess does not report when a
 /// process that lives on closes its output, and whoever waits for an answer would wait for good. It
-/// hears nothing of a terminal's signals: to end it is its owner's.
+/// receives none of a terminal's signals: its owner ends it.
 class PipedProcess : public QProcess {
     Q_OBJECT
 

@@ -21,8 +21,9 @@ WorkerPool::~WorkerPool()
 
 int WorkerPool::running() const
 {
-    return int(std::count_if(m_workers.begin(), m_workers.end(),
-                             [](const auto &worker) { return worker->observer() != nullptr; }));
+    return static_cast<int>(
+        std::count_if(m_workers.begin(), m_workers.end(),
+                      [](const auto &worker) { return worker->observer() != nullptr; }));
 }
 
 void WorkerPool::start(const ConversionRequest &request, ConversionObserver &observer)

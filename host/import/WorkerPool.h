@@ -17,7 +17,7 @@ class WorkerPool : public QObject {
 
 public:
     explicit WorkerPool(const QString &program, const WorkerLimits &limits = {});
-    /// Kills all processes. No observer hears of it.
+    /// Kills all processes. No observer is called.
     ~WorkerPool() override;
 
     /// Conversions that have been started and have not come to their end.

@@ -99,8 +99,8 @@ tndNode Scene::addFragment(const std::shared_ptr<const SceneFragment> &fragment,
     const auto found = m_nodes.find(parent.id());
     SceneNode &place = found == m_nodes.end() ? *m_root : *found->second;
     std::unique_ptr<SceneNode> file = buildFile(*fragment, sourceFile, settings);
-    moveByWish(*file, worldOf(&place), settings);
-    // Who hears of the node may remove it at once.
+    applyPlacement(*file, worldOf(&place), settings);
+    // Whoever receives the signals may remove the node at once.
     const tndNode result(
         insert(std::move(file), place, static_cast<int>(place.m_children.size()))->id());
     emit changed();
@@ -124,13 +124,13 @@ tndNode Scene::replaceNode(const tndNode &node,
     if (settings.getPreserveTransformations())
         file->m_transform = old.transform();
     else
-        moveByWish(*file, worldOf(&place), settings);
+        applyPlacement(*file, worldOf(&place), settings);
 
     // What else the user has hung below the old file must not go with it.
     const QMatrix4x4 fromWorld = (worldOf(&place) * file->transform()).inverted();
-    for (SceneNode *guest : guestsOf(old)) {
-        guest->m_transform = fromWorld * worldOf(guest);
-        std::unique_ptr<SceneNode> taken = take(*guest);
+    for (SceneNode *added : filesBelow(old)) {
+        added->m_transform = fromWorld * worldOf(added);
+        std::unique_ptr<SceneNode> taken = take(*added);
         taken->m_parent = file.get();
         file->m_children.push_back(std::move(taken));
     }
@@ -327,8 +327,8 @@ Scene::buildNode(const SceneFragment &fragment, int index,
     return node;
 }
 
-void Scene::moveByWish(SceneNode &node, const QMatrix4x4 &parentWorld,
-                       const tndSceneImportSettings &settings)
+void Scene::applyPlacement(SceneNode &node, const QMatrix4x4 &parentWorld,
+                           const tndSceneImportSettings &settings)
 {
     BoundingBox box;
     addSubtree(box, node, parentWorld);
@@ -350,19 +350,19 @@ void Scene::moveByWish(SceneNode &node, const QMatrix4x4 &parentWorld,
     node.m_transform = fromWorld * move * parentWorld * node.m_transform;
 }
 
-std::vector<SceneNode *> Scene::guestsOf(SceneNode &file)
+std::vector<SceneNode *> Scene::filesBelow(SceneNode &file)
 {
-    std::vector<SceneNode *> guests;
+    std::vector<SceneNode *> files;
     const std::function<void(SceneNode &)> search = [&](SceneNode &node) {
         for (const auto &child : node.m_children) {
             if (child->sourceFile().isEmpty())
                 search(*child);
             else
-                guests.push_back(child.get());
+                files.push_back(child.get());
         }
     };
     search(file);
-    return guests;
+    return files;
 }
 
 SceneNode *Scene::insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row)

@@ -19,7 +19,7 @@ namespace tnhost {
 /// with 1, the root, and are never given twice. GUI thread only.
 ///
 /// Every operation that takes a node answers for null and unknown nodes as it says, and costs
-/// O(depth) unless told otherwise.
+/// O(depth) unless it says otherwise.
 class Scene : public QObject {
     Q_OBJECT
 
@@ -93,10 +93,10 @@ private:
     buildNode(const SceneFragment &fragment, int index,
               const std::vector<std::shared_ptr<const SceneMaterial>> &materials);
     /// Centres the new node, or puts it on the ground, as the settings say.
-    static void moveByWish(SceneNode &node, const QMatrix4x4 &parentWorld,
-                           const tndSceneImportSettings &settings);
+    static void applyPlacement(SceneNode &node, const QMatrix4x4 &parentWorld,
+                               const tndSceneImportSettings &settings);
     /// The topmost files that were added somewhere below the file.
-    static std::vector<SceneNode *> guestsOf(SceneNode &file);
+    static std::vector<SceneNode *> filesBelow(SceneNode &file);
     SceneNode *insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row);
     std::unique_ptr<SceneNode> take(SceneNode &node);
     void remember(SceneNode &node);

@@ -213,7 +213,7 @@ void FileService::onSchedule()
     ImportJob *job = nextJob();
     if (!job || m_pool.running() >= std::max(1, limit))
         return;
-    // One at a time: who hears of the start may do anything, to the jobs and to the limit.
+    // One at a time: whoever learns of the start may do anything, to the jobs and to the limit.
     m_lastServed = job->id();
     schedule();
     job->startNext();

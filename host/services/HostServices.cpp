@@ -1,5 +1,6 @@
 #include "host/services/HostServices.h"
 
+#include "host/import/TmpDirectory.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
 #include "host/services/FileService.h"
@@ -9,8 +10,6 @@
 #include "platform/tnFileIO.h"
 #include "platform/tnInterfaceFactory.h"
 #include "platform/tnKernelServiceFactory.h"
-#include "platform/tnMessage.h"
-#include "platform/tnPreferences.h"
 
 namespace tnhost {
 
@@ -20,7 +19,7 @@ HostServices::HostServices(const Options &options)
     , m_controllerService(std::make_unique<ControllerService>())
 {
     // The file service may ask for the preferences as soon as it exists.
-    tnPreferences::getData().set("FileIO tmp path", options.tmpDirectory, true);
+    TmpDirectory::setPreferred(options.tmpDirectory);
     tnInterfaceFactory::the().setPulse(&UsageData::the());
     HostIcons::install();
 

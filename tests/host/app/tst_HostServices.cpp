@@ -1,8 +1,8 @@
+#include "host/import/TmpDirectory.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
-#include "host/services/TmpDirectory.h"
 #include "host/services/UsageData.h"
 #include "platform/tnFileIO.h"
 #include "platform/tnIconManager.h"
@@ -21,7 +21,7 @@
 
 using namespace tnhost;
 
-class TestHostServices : public QObject {
+class tst_HostServices : public QObject {
     Q_OBJECT
 
 private slots:
@@ -30,7 +30,7 @@ private slots:
     void refusesUnusableTmpDirectories();
 };
 
-void TestHostServices::offersWhatPluginsLookFor()
+void tst_HostServices::offersWhatPluginsLookFor()
 {
     HostServices::Options options;
     options.tmpDirectory = "/somewhere";
@@ -67,7 +67,7 @@ void TestHostServices::offersWhatPluginsLookFor()
     QVERIFY(!tnScenegraphService::the());
 }
 
-void TestHostServices::givesATmpDirectoryOfItsOwn()
+void tst_HostServices::givesATmpDirectoryOfItsOwn()
 {
     QString error;
     const QString path = TmpDirectory::prepare({}, &error);
@@ -81,7 +81,7 @@ void TestHostServices::givesATmpDirectoryOfItsOwn()
     QVERIFY(QFileInfo(wanted).isDir());
 }
 
-void TestHostServices::refusesUnusableTmpDirectories()
+void tst_HostServices::refusesUnusableTmpDirectories()
 {
     // Somebody else was there before and has laid a link to where he would like our files.
     const QTemporaryDir system;
@@ -99,6 +99,6 @@ void TestHostServices::refusesUnusableTmpDirectories()
     QVERIFY2(error.contains("/dev/null/below"), qPrintable(error));
 }
 
-QTEST_MAIN(TestHostServices)
+QTEST_MAIN(tst_HostServices)
 
 #include "tst_HostServices.moc"

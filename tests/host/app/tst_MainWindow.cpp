@@ -47,7 +47,7 @@ tndNode add(Scene &scene, const tndNode &parent, const QString &file)
 
 } // namespace
 
-class TestMainWindow : public QObject {
+class tst_MainWindow : public QObject {
     Q_OBJECT
 
 private slots:
@@ -69,7 +69,7 @@ private:
     HostServices m_services{{}};
 };
 
-void TestMainWindow::reloadsAndRemovesTheSelection()
+void tst_MainWindow::reloadsAndRemovesTheSelection()
 {
     MainWindow window(m_services);
     window.show();
@@ -91,7 +91,7 @@ void TestMainWindow::reloadsAndRemovesTheSelection()
     QVERIFY(scene.find(again)->children().empty() && !reload->isEnabled());
 }
 
-void TestMainWindow::takesLocalFilesThatAreDropped()
+void tst_MainWindow::takesLocalFilesThatAreDropped()
 {
     MainWindow window(m_services);
     // Otherwise they would keep drops from the window.
@@ -115,7 +115,7 @@ void TestMainWindow::takesLocalFilesThatAreDropped()
     QTRY_COMPARE(sent, (QStringList{"urls", "file:///cad/a.stl"}));
 }
 
-void TestMainWindow::keepsItsLooks()
+void tst_MainWindow::keepsItsLooks()
 {
     QVariantList widths{123, 77};
     {
@@ -152,7 +152,7 @@ void TestMainWindow::keepsItsLooks()
     }
 }
 
-void TestMainWindow::asksBeforeItEndsAnImport()
+void tst_MainWindow::asksBeforeItEndsAnImport()
 {
     MainWindow window(m_services);
     window.show();
@@ -186,7 +186,7 @@ void TestMainWindow::asksBeforeItEndsAnImport()
     QVERIFY(idle.close());
 }
 
-void TestMainWindow::logsAnyText()
+void tst_MainWindow::logsAnyText()
 {
     const MainWindow window(m_services);
     const LogPane &log = *window.findChild<LogPane *>();
@@ -199,7 +199,7 @@ void TestMainWindow::logsAnyText()
              qPrintable(log.toPlainText()));
 }
 
-void TestMainWindow::tellsHowFarTheImportsAre()
+void tst_MainWindow::tellsHowFarTheImportsAre()
 {
     ImportLog log;
     const ImportStatus status(log);
@@ -222,6 +222,6 @@ void TestMainWindow::tellsHowFarTheImportsAre()
     QVERIFY(status.text().isEmpty());
 }
 
-QTEST_MAIN(TestMainWindow)
+QTEST_MAIN(tst_MainWindow)
 
 #include "tst_MainWindow.moc"

@@ -7,7 +7,7 @@
 
 using namespace tnhost;
 
-class TestPluginLoader : public QObject {
+class tst_PluginLoader : public QObject {
     Q_OBJECT
 
 private slots:
@@ -30,7 +30,7 @@ private:
     int m_count = 0;
 };
 
-void TestPluginLoader::findsPluginsByTheProgram()
+void tst_PluginLoader::findsPluginsByTheProgram()
 {
     // The build tree, and the ways to install.
     for (const char *directory : {"plugins", "lib/tnhost/plugins", "lib64/tnhost/plugins",
@@ -45,7 +45,7 @@ void TestPluginLoader::findsPluginsByTheProgram()
     }
 }
 
-void TestPluginLoader::tellsWhatIsWrong()
+void tst_PluginLoader::tellsWhatIsWrong()
 {
     // A fake one, or the name of a file of text; what is said of it.
     const std::pair<QString, QString> cases[] = {
@@ -72,7 +72,7 @@ void TestPluginLoader::tellsWhatIsWrong()
     }
 }
 
-void TestPluginLoader::startsTheGoodBesideTheBad()
+void tst_PluginLoader::startsTheGoodBesideTheBad()
 {
     const QTemporaryDir tree;
     QVERIFY(install("fakeOld", tree.path()));
@@ -83,6 +83,6 @@ void TestPluginLoader::startsTheGoodBesideTheBad()
     QVERIFY(isStarted());
 }
 
-QTEST_GUILESS_MAIN(TestPluginLoader)
+QTEST_GUILESS_MAIN(tst_PluginLoader)
 
 #include "tst_PluginLoader.moc"

@@ -25,7 +25,7 @@ tndNode add(Scene &scene, const tndNode &parent = {}, const tndNode &replaced = 
 
 } // namespace
 
-class TestSceneView : public QObject {
+class tst_SceneView : public QObject {
     Q_OBJECT
 
 private slots:
@@ -33,7 +33,7 @@ private slots:
     void selectionIsTheScenes();
 };
 
-void TestSceneView::modelFollowsTheScene()
+void tst_SceneView::modelFollowsTheScene()
 {
     Scene scene;
     const tndNode first = add(scene);
@@ -63,7 +63,7 @@ void TestSceneView::modelFollowsTheScene()
     QVERIFY(!model.indexOf(guest).isValid());
 }
 
-void TestSceneView::selectionIsTheScenes()
+void tst_SceneView::selectionIsTheScenes()
 {
     Scene scene;
     const tndNode first = add(scene);
@@ -96,6 +96,6 @@ void TestSceneView::selectionIsTheScenes()
     QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
 }
 
-QTEST_MAIN(TestSceneView)
+QTEST_MAIN(tst_SceneView)
 
 #include "tst_SceneView.moc"

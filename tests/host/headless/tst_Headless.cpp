@@ -32,7 +32,7 @@ QStringList namesIn(const QString &directory)
 
 } // namespace
 
-class TestHeadless : public QObject {
+class tst_Headless : public QObject {
     Q_OBJECT
 
 private slots:
@@ -46,7 +46,7 @@ private slots:
     void takesOverFromKilledHosts();
 };
 
-void TestHeadless::imports()
+void tst_Headless::imports()
 {
     // What has no path lies in the working directory; what is expected, in output or errors; what
     // is kept, in the output directory.
@@ -110,7 +110,7 @@ void TestHeadless::imports()
           {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});
 }
 
-void TestHeadless::reportsWhatItLeavesOut()
+void tst_Headless::reportsWhatItLeavesOut()
 {
     HostProcess host;
     const QByteArray folder = QFile::encodeName(host.path("folder"));
@@ -129,7 +129,7 @@ void TestHeadless::reportsWhatItLeavesOut()
     QVERIFY2(host.output.contains("\n1 of 1 files succeeded; "), host.report());
 }
 
-void TestHeadless::refusesWrongUsage()
+void tst_Headless::refusesWrongUsage()
 {
     const std::pair<QByteArray, QString> cases[] = {
         {"must be a file", "--headless"},
@@ -155,7 +155,7 @@ void TestHeadless::refusesWrongUsage()
     QVERIFY2(help.output.contains("--script"), help.report());
 }
 
-void TestHeadless::needsNoDisplayAndNoLocale()
+void tst_Headless::needsNoDisplayAndNoLocale()
 {
     QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
     for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANG", "LC_CTYPE"})
@@ -170,7 +170,7 @@ void TestHeadless::needsNoDisplayAndNoLocale()
     QVERIFY2(host.output.contains("[1/1] Zähnräder.stl: conversion started\n"), host.report());
 }
 
-void TestHeadless::needsNoStreams()
+void tst_Headless::needsNoStreams()
 {
     HostProcess full;
     QVERIFY(full.copySample("gear.stl", "gear.stl"));
@@ -188,7 +188,7 @@ void TestHeadless::needsNoStreams()
     QVERIFY(QFileInfo(closed.path("bracket.glb")).size() > 1000);
 }
 
-void TestHeadless::abortsOnSignals()
+void tst_Headless::abortsOnSignals()
 {
     const auto check = [](int signal, const QString &arguments) {
         HostProcess host;
@@ -230,7 +230,7 @@ void TestHeadless::abortsOnSignals()
     QVERIFY2(busy.waitForFinished(5000), busy.report()); // far less than it is busy for
 }
 
-void TestHeadless::sharesAnOutputDirectory()
+void tst_Headless::sharesAnOutputDirectory()
 {
     const QTemporaryDir out;
     std::array<HostProcess, 3> hosts;
@@ -249,7 +249,7 @@ void TestHeadless::sharesAnOutputDirectory()
     QCOMPARE(names.filter(QRegularExpression("^gear\\d+(-[23])?\\.glb$")).size(), 36);
 }
 
-void TestHeadless::takesOverFromKilledHosts()
+void tst_Headless::takesOverFromKilledHosts()
 {
     const QTemporaryDir out;
     const QStringList arguments{"--headless", "--mode",   "convert",
@@ -275,6 +275,6 @@ void TestHeadless::takesOverFromKilledHosts()
     QCOMPARE(namesIn(out.path()), (QStringList{"gear-2.glb", "gear.glb"}));
 }
 
-QTEST_GUILESS_MAIN(TestHeadless)
+QTEST_GUILESS_MAIN(tst_Headless)
 
 #include "tst_Headless.moc"

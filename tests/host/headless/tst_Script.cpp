@@ -12,7 +12,7 @@ const QByteArray unanswered = R"({"message":"importCAD","answer":{}})";
 
 } // namespace
 
-class TestScript : public QObject {
+class tst_Script : public QObject {
     Q_OBJECT
 
 private slots:
@@ -20,7 +20,7 @@ private slots:
     void leavesTheWindowOpen();
 };
 
-void TestScript::runs()
+void tst_Script::runs()
 {
     // The answers are all lines of the output, the notes stand in this order among the errors.
     const auto check = [](const QByteArray &script, int status, const QByteArrayList &answers,
@@ -100,7 +100,7 @@ void TestScript::runs()
          "'parent' has wrong type (is:'j' != req:'i')", "'files' has wrong type (is:'St6vector"});
 }
 
-void TestScript::leavesTheWindowOpen()
+void tst_Script::leavesTheWindowOpen()
 {
     HostProcess host;
     QVERIFY(host.write("script", R"({"message":"noSuch"})"));
@@ -111,6 +111,6 @@ void TestScript::leavesTheWindowOpen()
     QVERIFY2(host.finish() == 128 + 15, host.report());
 }
 
-QTEST_GUILESS_MAIN(TestScript)
+QTEST_GUILESS_MAIN(tst_Script)
 
 #include "tst_Script.moc"

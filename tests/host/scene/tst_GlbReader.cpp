@@ -61,7 +61,7 @@ QByteArray with(const QByteArray &from, const QByteArray &to)
 
 } // namespace
 
-class TestGlbReader : public QObject {
+class tst_GlbReader : public QObject {
     Q_OBJECT
 
 private:
@@ -246,6 +246,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestGlbReader)
+QTEST_GUILESS_MAIN(tst_GlbReader)
 
 #include "tst_GlbReader.moc"

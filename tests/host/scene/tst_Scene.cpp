@@ -46,7 +46,7 @@ const QString otherPath = QStringLiteral("/cad/other.step");
 
 } // namespace
 
-class TestScene : public QObject {
+class tst_Scene : public QObject {
     Q_OBJECT
 
 private:
@@ -256,6 +256,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestScene)
+QTEST_GUILESS_MAIN(tst_Scene)
 
 #include "tst_Scene.moc"

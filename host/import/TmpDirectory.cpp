@@ -1,6 +1,8 @@
-#include "host/services/TmpDirectory.h"
+#include "host/import/TmpDirectory.h"
 
 #include "platform/tnFile.h"
+#include "platform/tnMessage.h"
+#include "platform/tnPreferences.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -12,6 +14,8 @@
 namespace tnhost {
 
 namespace {
+
+constexpr const char *preference = "FileIO tmp path";
 
 /// The directory belongs to this user alone. The system's directory for temporary files is open to
 /// everybody, so the name alone proves nothing.
@@ -45,6 +49,18 @@ QString TmpDirectory::prepare(const QString &wanted, QString *error)
         *error = QStringLiteral("The directory for temporary files cannot be written: %1")
                      .arg(path.isEmpty() ? tnFile::getTmpDir() : path);
     return {};
+}
+
+void TmpDirectory::setPreferred(const QString &path)
+{
+    tnPreferences::getData().set(preference, path, true);
+}
+
+QString TmpDirectory::preferred()
+{
+    const boost::any &value = tnPreferences::getData().get(preference);
+    const auto *path = boost::any_cast<QString>(&value);
+    return path && !path->isEmpty() ? *path : tnFile::getTmpDir();
 }
 
 } // namespace tnhost

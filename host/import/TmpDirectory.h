@@ -13,6 +13,11 @@ public:
     /// directory for temporary files, and gives its absolute path. Empty, with a sentence in
     /// error, when nothing can be written there.
     static QString prepare(const QString &wanted, QString *error);
+
+    /// Makes it the preference that plug-ins read as well.
+    static void setPreferred(const QString &path);
+    /// The preference, else the system's directory for temporary files.
+    static QString preferred();
 };
 
 } // namespace tnhost
