@@ -372,9 +372,7 @@ void FileImport::finish(JobState state)
     m_phase = Phase::Done;
     m_result.state = FileResult::stateOf(state);
     m_result.seconds = static_cast<double>(m_clock.elapsed()) / 1000.0;
-    if (m_result.state == State::Succeeded)
-        m_result.message.clear();
-    else if (m_result.state == State::Incomplete && m_result.message.isEmpty())
+    if (m_result.state == State::Incomplete && m_result.message.isEmpty())
         m_result.message = QStringLiteral("parts are missing");
     m_job.onFileFinished(m_position);
 }
