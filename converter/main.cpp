@@ -1,6 +1,7 @@
 #include "core/Converter.h"
 #include "core/Text.h"
-#include "readers/ReaderRegistry.h"
+#include "protocol/Formats.h"
+#include "protocol/WorkerProtocol.h"
 #include "worker/ProcessSetup.h"
 #include "worker/ProgressThrottle.h"
 #include "worker/Worker.h"
@@ -36,7 +37,7 @@ constexpr const char *usage =
     "\n"
     "Exit codes: 0 success, 1 failure, 2 wrong usage, 3 parts of an assembly are missing.\n";
 
-/// Tells a person on the standard error how the conversion goes.
+/// Writes for a person on the standard error how the conversion goes.
 class ConsoleReport : public Report {
 public:
     void progress(double percent, const std::string &message) override
@@ -64,10 +65,12 @@ private:
 
 void listFormats()
 {
-    for (const Format &format : formats()) {
+    for (const tnprotocol::Format &format : tnprotocol::formats) {
         std::cout << format.name << ':';
-        for (const char *suffix : format.suffixes)
-            std::cout << " ." << suffix;
+        for (const char *suffix : format.suffixes) {
+            if (suffix)
+                std::cout << " ." << suffix;
+        }
         std::cout << '\n';
     }
 }
@@ -153,7 +156,7 @@ int run(const std::vector<std::string> &arguments)
         } else if (argument == "--list-formats") {
             listFormats();
             return ExitSuccess;
-        } else if (argument == "--worker" && arguments.size() == 1) {
+        } else if (argument == tnprotocol::workerOption && arguments.size() == 1) {
             return runWorker();
         } else if (argument == "--settings" && i + 1 < arguments.size()) {
             settingsFile = arguments[++i];

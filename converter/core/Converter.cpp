@@ -18,11 +18,12 @@ namespace tnconvert {
 
 namespace {
 
-const Format &formatOf(const Job &job)
+std::unique_ptr<Reader> readerFor(const Job &job)
 {
-    const Format *format = job.type.empty() ? formatBySuffix(job.input) : formatByName(job.type);
-    if (format)
-        return *format;
+    std::unique_ptr<Reader> reader =
+        job.type.empty() ? readerBySuffix(job.input) : readerByName(job.type);
+    if (reader)
+        return reader;
     if (!job.type.empty())
         throw ConversionError("The file type \"" + validUtf8(job.type) + "\" is not known.");
     throw ConversionError("The type of " + fileName(job.input)
@@ -67,9 +68,9 @@ std::string missingPartsMessage(const std::vector<std::string> &parts)
 Outcome convertOrThrow(const Job &job, Report &report)
 {
     checkReadable(job.input);
-    const Format &format = formatOf(job);
+    const std::unique_ptr<Reader> reader = readerFor(job);
     checkOutput(job);
-    Scene scene = format.createReader()->read(job.input, job.settings, report);
+    Scene scene = reader->read(job.input, job.settings, report);
     report.progress(90, "Writing");
     applySettings(job.settings, scene);
     if (!hasGeometry(scene.roots)) {

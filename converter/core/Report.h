@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/WorkerProtocol.h"
+
 #include <string>
 
 namespace tnconvert {
@@ -11,13 +13,13 @@ inline const char *stateName(State state)
 {
     switch (state) {
     case State::Success:
-        return "success";
+        return tnprotocol::state::success;
     case State::Failure:
-        return "failure";
+        return tnprotocol::state::failure;
     case State::Incomplete:
-        return "incomplete";
+        return tnprotocol::state::incomplete;
     }
-    return "failure";
+    return tnprotocol::state::failure;
 }
 
 struct Outcome {
@@ -26,7 +28,7 @@ struct Outcome {
     double seconds = 0;
 };
 
-/// Is told what happens while a file is converted.
+/// Hears what happens while a file is converted.
 class Report {
 public:
     virtual ~Report() = default;

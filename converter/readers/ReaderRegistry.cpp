@@ -1,14 +1,15 @@
 #include "readers/ReaderRegistry.h"
 
 #include "core/Text.h"
+#include "protocol/Formats.h"
 #include "readers/IgesReader.h"
 #include "readers/ObjReader.h"
 #include "readers/StepReader.h"
 #include "readers/StlReader.h"
 #include "readers/vrml/VrmlReader.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 namespace tnconvert {
 
@@ -20,37 +21,37 @@ std::unique_ptr<Reader> create()
     return std::make_unique<T>();
 }
 
+struct Entry {
+    tnprotocol::Format format;
+    std::unique_ptr<Reader> (*createReader)();
+};
+
+constexpr Entry registry[] = {
+    {tnprotocol::step, &create<StepReader>}, {tnprotocol::iges, &create<IgesReader>},
+    {tnprotocol::stl, &create<StlReader>},   {tnprotocol::obj, &create<ObjReader>},
+    {tnprotocol::vrml, &create<VrmlReader>},
+};
+static_assert(std::size(registry) == tnprotocol::formats.size(), "Each format needs a reader.");
+
 } // namespace
 
-const std::vector<Format> &formats()
-{
-    static const std::vector<Format> table = {
-        {"Step", {"stp", "step", "p21"}, &create<StepReader>},
-        {"Iges", {"igs", "iges"}, &create<IgesReader>},
-        {"STL", {"stl"}, &create<StlReader>},
-        {"Obj", {"obj"}, &create<ObjReader>},
-        {"VRML", {"wrl", "vrml", "wrz"}, &create<VrmlReader>},
-    };
-    return table;
-}
-
-const Format *formatByName(std::string_view name)
+std::unique_ptr<Reader> readerByName(std::string_view name)
 {
     const std::string wanted = lowerCase(name);
-    const auto &all = formats();
-    const auto found = std::find_if(all.begin(), all.end(), [&wanted](const Format &format) {
-        return lowerCase(format.name) == wanted;
-    });
-    return found == all.end() ? nullptr : &*found;
+    for (const auto &[format, createReader] : registry) {
+        if (lowerCase(format.name) == wanted)
+            return createReader();
+    }
+    return nullptr;
 }
 
-const Format *formatBySuffix(const std::string &path)
+std::unique_ptr<Reader> readerBySuffix(const std::string &path)
 {
     const std::string suffix = lowerCase(std::filesystem::path(path).extension().string());
-    for (const Format &format : formats()) {
+    for (const auto &[format, createReader] : registry) {
         for (const char *candidate : format.suffixes) {
-            if (suffix == std::string(".") + candidate)
-                return &format;
+            if (candidate && suffix == std::string(".") + candidate)
+                return createReader();
         }
     }
     return nullptr;

@@ -1,5 +1,6 @@
 #include "worker/EventStream.h"
 
+#include "protocol/WorkerProtocol.h"
 #include "worker/ProcessSetup.h"
 
 #include <nlohmann/json.hpp>
@@ -11,6 +12,9 @@
 #include <unistd.h>
 
 namespace tnconvert {
+
+namespace event = tnprotocol::event;
+namespace key = tnprotocol::key;
 
 namespace {
 
@@ -43,23 +47,23 @@ FileEvents::FileEvents(const EventStream &stream, std::int64_t id)
 {
 }
 
-nlohmann::json FileEvents::event(const char *name) const
+nlohmann::json FileEvents::newEvent(const char *name) const
 {
-    return {{"event", name}, {"id", m_id}};
+    return {{key::event, name}, {key::id, m_id}};
 }
 
 void FileEvents::started()
 {
-    m_stream.write(event("started"));
+    m_stream.write(newEvent(event::started));
 }
 
 void FileEvents::finished(const Outcome &outcome)
 {
-    nlohmann::json line = event("finished");
-    line["state"] = stateName(outcome.state);
-    line["seconds"] = milliseconds(outcome.seconds);
-    line["message"] = outcome.message;
-    line["memory"] = residentMemory();
+    nlohmann::json line = newEvent(event::finished);
+    line[key::state] = stateName(outcome.state);
+    line[key::seconds] = milliseconds(outcome.seconds);
+    line[key::message] = outcome.message;
+    line[key::memory] = residentMemory();
     m_stream.write(line);
 }
 
@@ -67,33 +71,33 @@ void FileEvents::progress(double percent, const std::string &message)
 {
     if (!m_throttle.passes(percent, message))
         return;
-    nlohmann::json line = event("progress");
-    line["percent"] = std::round(percent * 10) / 10;
-    line["message"] = message;
+    nlohmann::json line = newEvent(event::progress);
+    line[key::percent] = std::round(percent * 10) / 10;
+    line[key::message] = message;
     m_stream.write(line);
 }
 
 void FileEvents::warning(const std::string &message)
 {
-    nlohmann::json line = event("warning");
-    line["message"] = message;
+    nlohmann::json line = newEvent(event::warning);
+    line[key::message] = message;
     m_stream.write(line);
 }
 
 void FileEvents::partStarted(const std::string &file)
 {
-    nlohmann::json line = event("part");
-    line["file"] = file;
+    nlohmann::json line = newEvent(event::part);
+    line[key::file] = file;
     m_stream.write(line);
 }
 
 void FileEvents::partFinished(const std::string &file, const Outcome &outcome)
 {
-    nlohmann::json line = event("partFinished");
-    line["file"] = file;
-    line["state"] = stateName(outcome.state);
-    line["seconds"] = milliseconds(outcome.seconds);
-    line["message"] = outcome.message;
+    nlohmann::json line = newEvent(event::partFinished);
+    line[key::file] = file;
+    line[key::state] = stateName(outcome.state);
+    line[key::seconds] = milliseconds(outcome.seconds);
+    line[key::message] = outcome.message;
     m_stream.write(line);
 }
 

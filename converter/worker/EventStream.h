@@ -38,7 +38,7 @@ public:
     void partFinished(const std::string &file, const Outcome &outcome) override;
 
 private:
-    nlohmann::json event(const char *name) const;
+    nlohmann::json newEvent(const char *name) const;
 
     const EventStream &m_stream;
     const std::int64_t m_id;

@@ -2,7 +2,8 @@
 
 #include "core/Converter.h"
 #include "core/Text.h"
-#include "readers/ReaderRegistry.h"
+#include "protocol/Formats.h"
+#include "protocol/WorkerProtocol.h"
 #include "worker/EventStream.h"
 #include "worker/ProcessSetup.h"
 
@@ -13,9 +14,11 @@
 
 namespace tnconvert {
 
-namespace {
+namespace command = tnprotocol::command;
+namespace event = tnprotocol::event;
+namespace key = tnprotocol::key;
 
-constexpr int protocolVersion = 1;
+namespace {
 
 const nlohmann::json *member(const nlohmann::json &object, const char *key)
 {
@@ -30,20 +33,20 @@ std::string text(const nlohmann::json &object, const char *key)
 }
 
 /// What is wrong with a request; empty when nothing is.
-std::string objection(const nlohmann::json &request)
+std::string problemOf(const nlohmann::json &request)
 {
     if (!request.is_object())
         return "The request is no JSON object.";
-    if (text(request, "command") != "convert")
+    if (text(request, key::command) != command::convert)
         return "The request's command is neither \"convert\" nor \"quit\".";
-    const nlohmann::json *id = member(request, "id");
+    const nlohmann::json *id = member(request, key::id);
     if (!id || !id->is_number_integer())
         return "The request has no id.";
-    for (const char *key : {"input", "output"}) {
-        if (text(request, key).empty())
-            return std::string("The request has no ") + key + ".";
+    for (const char *path : {key::input, key::output}) {
+        if (text(request, path).empty())
+            return std::string("The request has no ") + path + ".";
     }
-    const nlohmann::json *type = member(request, "type");
+    const nlohmann::json *type = member(request, key::type);
     if (type && !type->is_string())
         return "The request's type is no text.";
     return {};
@@ -59,10 +62,10 @@ Worker::Worker(int output)
 int Worker::run(std::istream &requests)
 {
     try {
-        nlohmann::json ready = {{"event", "ready"}, {"version", protocolVersion}};
-        ready["formats"] = nlohmann::json::array();
-        for (const Format &format : formats())
-            ready["formats"].push_back(format.name);
+        nlohmann::json ready = {{key::event, event::ready}, {key::version, tnprotocol::version}};
+        ready[key::formats] = nlohmann::json::array();
+        for (const tnprotocol::Format &format : tnprotocol::formats)
+            ready[key::formats].push_back(format.name);
         EventStream(m_output).write(ready);
 
         std::string line;
@@ -79,12 +82,12 @@ int Worker::run(std::istream &requests)
 bool Worker::serve(const std::string &line)
 {
     const nlohmann::json request = nlohmann::json::parse(line, nullptr, /*allow_exceptions*/ false);
-    if (text(request, "command") == "quit")
+    if (text(request, key::command) == command::quit)
         return false;
-    const nlohmann::json *id = member(request, "id");
+    const nlohmann::json *id = member(request, key::id);
     const EventStream stream(m_output);
     FileEvents events(stream, id && id->is_number_integer() ? id->get<std::int64_t>() : 0);
-    const std::string problem = objection(request);
+    const std::string problem = problemOf(request);
     if (!problem.empty()) {
         events.finished({State::Failure, problem, 0});
         return true;
@@ -92,11 +95,11 @@ bool Worker::serve(const std::string &line)
 
     events.started();
     Job job;
-    job.input = text(request, "input");
-    job.output = text(request, "output");
-    job.type = text(request, "type");
+    job.input = text(request, key::input);
+    job.output = text(request, key::output);
+    job.type = text(request, key::type);
     std::vector<std::string> warnings;
-    if (const nlohmann::json *settings = member(request, "settings"))
+    if (const nlohmann::json *settings = member(request, key::settings))
         job.settings = Settings::fromJson(*settings, warnings);
     for (const std::string &warning : warnings)
         events.warning(warning);

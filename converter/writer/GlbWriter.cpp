@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/Text.h"
+#include "protocol/WorkerProtocol.h"
 #include "writer/GltfModelBuilder.h"
 
 #include <cerrno>
@@ -18,7 +19,7 @@ class PartialFile {
 public:
     explicit PartialFile(const std::string &path)
         : m_path(path)
-        , m_partial(path + ".part")
+        , m_partial(path + tnprotocol::partialSuffix)
         , m_stream(m_partial, std::ios::binary | std::ios::trunc)
     {
         if (!m_stream)

@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/Text.h"
+#include "protocol/GlbLayout.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +10,8 @@
 #include <limits>
 
 namespace tnconvert {
+
+namespace glb = tnprotocol::glb;
 
 namespace {
 
@@ -148,14 +151,15 @@ tinygltf::Model GltfModelBuilder::build(const Scene &scene, const std::string &s
     m_model = tinygltf::Model();
     m_model.asset.version = "2.0";
     m_model.asset.generator = "tnconvert";
-    m_model.asset.extras = tinygltf::Value(tinygltf::Value::Object{{"source", textValue(source)}});
+    m_model.asset.extras =
+        tinygltf::Value(tinygltf::Value::Object{{glb::source, textValue(source)}});
 
     m_model.nodes.emplace_back();
     tinygltf::Node topNode;
     topNode.name = fileStem(source);
     const bool isZUp = scene.up == UpAxis::Z;
     tinygltf::Value::Object topExtras = extrasOf(scene.metadata);
-    topExtras["sourceAxes"] = tinygltf::Value(std::string(isZUp ? "Z-up" : "Y-up"));
+    topExtras[glb::sourceAxes] = textValue(isZUp ? glb::zUp : glb::yUp);
     topNode.extras = tinygltf::Value(std::move(topExtras));
     if (isZUp)
         topNode.rotation = {-std::sqrt(0.5), 0, 0, std::sqrt(0.5)};

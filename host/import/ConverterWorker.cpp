@@ -1,6 +1,7 @@
 #include "host/import/ConverterWorker.h"
 
 #include "platform/tnLog.h"
+#include "protocol/WorkerProtocol.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -13,10 +14,11 @@
 namespace tnhost {
 
 using tnCADFileTypes::JobState;
+namespace event = tnprotocol::event;
+namespace key = tnprotocol::key;
 
 namespace {
 
-constexpr int protocolVersion = 1;
 // Longer than any answer, short enough that a worker gone wild cannot fill the host's memory.
 constexpr int maximalLineLength = 1 << 20;
 constexpr int errorTailLength = 2000;
@@ -28,12 +30,16 @@ constexpr int killTime = 1000;
 
 std::optional<JobState> jobState(const QString &name)
 {
-    if (name == QLatin1String("success"))
-        return JobState::Success;
-    if (name == QLatin1String("failure"))
-        return JobState::Failure;
-    if (name == QLatin1String("incomplete"))
-        return JobState::Incomplete;
+    namespace state = tnprotocol::state;
+    static constexpr std::pair<const char *, JobState> states[] = {
+        {state::success, JobState::Success},
+        {state::failure, JobState::Failure},
+        {state::incomplete, JobState::Incomplete},
+    };
+    for (const auto &[word, jobState] : states) {
+        if (name == QLatin1String(word))
+            return jobState;
+    }
     return std::nullopt;
 }
 
@@ -42,9 +48,14 @@ QString text(const QJsonObject &object, const char *key)
     return object.value(QLatin1String(key)).toString();
 }
 
+double number(const QJsonObject &object, const char *key)
+{
+    return object.value(QLatin1String(key)).toDouble();
+}
+
 double seconds(const QJsonObject &object)
 {
-    return std::max(0.0, object.value(QLatin1String("seconds")).toDouble());
+    return std::max(0.0, number(object, key::seconds));
 }
 
 } // namespace
@@ -70,7 +81,7 @@ ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &lim
             Qt::QueuedConnection);
 
     m_deadline.start(m_limits.startTime);
-    process->startPiped(m_program, {QStringLiteral("--worker")});
+    process->startPiped(m_program, {QLatin1String(tnprotocol::workerOption)});
 }
 
 ConverterWorker::~ConverterWorker()
@@ -268,48 +279,47 @@ void ConverterWorker::onDeadline()
 void ConverterWorker::readLine(const QByteArray &line)
 {
     const QJsonObject object = QJsonDocument::fromJson(line).object();
-    const QString event = text(object, "event");
     const QPointer<ConverterWorker> self(this);
-    if (!readEvent(event, object) && self)
+    if (!readEvent(text(object, key::event), object) && self)
         fail(QStringLiteral("The converter sent an answer that makes no sense%1.")
                  .arg(whileReading()));
 }
 
-bool ConverterWorker::readEvent(const QString &event, const QJsonObject &object)
+bool ConverterWorker::readEvent(const QString &name, const QJsonObject &object)
 {
     if (m_state == State::Starting)
-        return event == QLatin1String("ready") && readReady(object);
-    if (!m_task.observer || object.value(QLatin1String("id")).toDouble(-1) != double(m_taskId))
+        return name == QLatin1String(event::ready) && readReady(object);
+    if (!m_task.observer || object.value(QLatin1String(key::id)).toDouble(-1) != double(m_taskId))
         return false;
-    if (event == QLatin1String("finished"))
+    if (name == QLatin1String(event::finished))
         return readFinished(object);
 
     m_taskRead = true;
     ConversionObserver &observer = *m_task.observer;
-    if (event == QLatin1String("progress")) {
-        const int percent = qRound(object.value(QLatin1String("percent")).toDouble());
-        observer.onProgress(unsigned(qBound(0, percent, 100)), text(object, "message"));
-    } else if (event == QLatin1String("warning")) {
-        observer.onWarning(text(object, "message"));
-    } else if (event == QLatin1String("part")) {
-        observer.onPart(text(object, "file"));
-    } else if (event == QLatin1String("partFinished")) {
-        const std::optional<JobState> state = jobState(text(object, "state"));
+    if (name == QLatin1String(event::progress)) {
+        const int percent = qRound(number(object, key::percent));
+        observer.onProgress(unsigned(qBound(0, percent, 100)), text(object, key::message));
+    } else if (name == QLatin1String(event::warning)) {
+        observer.onWarning(text(object, key::message));
+    } else if (name == QLatin1String(event::part)) {
+        observer.onPart(text(object, key::file));
+    } else if (name == QLatin1String(event::partFinished)) {
+        const std::optional<JobState> state = jobState(text(object, key::state));
         if (!state)
             return false;
-        observer.onPartFinished(text(object, "file"), *state, seconds(object),
-                                text(object, "message"));
+        observer.onPartFinished(text(object, key::file), *state, seconds(object),
+                                text(object, key::message));
     } else {
-        return event == QLatin1String("started");
+        return name == QLatin1String(event::started);
     }
     return true;
 }
 
 bool ConverterWorker::readReady(const QJsonObject &object)
 {
-    if (object.value(QLatin1String("version")).toInt() != protocolVersion)
+    if (object.value(QLatin1String(key::version)).toInt() != tnprotocol::version)
         return false;
-    const QJsonArray formats = object.value(QLatin1String("formats")).toArray();
+    const QJsonArray formats = object.value(QLatin1String(key::formats)).toArray();
     for (const QJsonValue &format : formats)
         m_formats << format.toString();
     m_state = State::Ready;
@@ -322,14 +332,14 @@ bool ConverterWorker::readReady(const QJsonObject &object)
 
 bool ConverterWorker::readFinished(const QJsonObject &object)
 {
-    const std::optional<JobState> state = jobState(text(object, "state"));
+    const std::optional<JobState> state = jobState(text(object, key::state));
     if (!state)
         return false;
-    if (object.value(QLatin1String("memory")).toDouble() > double(m_limits.memory))
+    if (number(object, key::memory) > double(m_limits.memory))
         close();
     else
         m_deadline.start(m_limits.idleTime);
-    endConversion(*state, seconds(object), text(object, "message"));
+    endConversion(*state, seconds(object), text(object, key::message));
     return true;
 }
 
@@ -352,12 +362,14 @@ void ConverterWorker::sendTask()
             Qt::QueuedConnection);
         return;
     }
-    const QJsonObject object{{QStringLiteral("command"), QStringLiteral("convert")},
-                             {QStringLiteral("id"), m_taskId},
-                             {QStringLiteral("input"), request.input},
-                             {QStringLiteral("output"), request.output},
-                             {QStringLiteral("type"), request.type},
-                             {QStringLiteral("settings"), request.settings}};
+    const QJsonObject object{
+        {QLatin1String(key::command), QLatin1String(tnprotocol::command::convert)},
+        {QLatin1String(key::id), m_taskId},
+        {QLatin1String(key::input), request.input},
+        {QLatin1String(key::output), request.output},
+        {QLatin1String(key::type), request.type},
+        {QLatin1String(key::settings), request.settings},
+    };
     m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }
 

@@ -71,7 +71,7 @@ private:
     void onDeadline();
 
     void readLine(const QByteArray &line);
-    bool readEvent(const QString &event, const QJsonObject &object);
+    bool readEvent(const QString &name, const QJsonObject &object);
     bool readReady(const QJsonObject &object);
     bool readFinished(const QJsonObject &object);
     void sendTask();

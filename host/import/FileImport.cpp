@@ -3,6 +3,8 @@
 #include "host/import/FileTypeProbe.h"
 #include "host/import/ImportContext.h"
 #include "host/import/ImportJob.h"
+#include "protocol/Formats.h"
+#include "protocol/WorkerProtocol.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -17,11 +19,6 @@ using tnCADFileTypes::JobState;
 using State = FileResult::State;
 
 namespace {
-
-// The types that the converter reads. A new worker names its formats too, but a file of any other
-// type needs no process to fail.
-constexpr std::array<FileType, 5> convertibleTypes{FileType::Step, FileType::Iges, FileType::STL,
-                                                   FileType::Obj, FileType::VRML};
 
 QString ending(JobState state)
 {
@@ -53,8 +50,12 @@ FileImport::FileImport(ImportJob &job, std::size_t position, FileResult &result)
 
 bool FileImport::isConvertible(FileType type)
 {
-    return std::find(convertibleTypes.begin(), convertibleTypes.end(), type)
-        != convertibleTypes.end();
+    // A new worker names its formats too, but a file of any other type needs no process to fail.
+    const auto &formats = tnprotocol::formats;
+    return std::any_of(formats.begin(), formats.end(),
+                       [name = FileTypeProbe::displayName(type)](const auto &each) {
+                           return name == QLatin1String(each.name);
+                       });
 }
 
 void FileImport::start()
@@ -382,7 +383,7 @@ void FileImport::removeOutput()
     if (m_output.isEmpty())
         return;
     QFile::remove(m_output);
-    QFile::remove(m_output + QStringLiteral(".part")); // what a crash has left
+    QFile::remove(m_output + QLatin1String(tnprotocol::partialSuffix)); // what a crash has left
 }
 
 void FileImport::step(const QString &words)

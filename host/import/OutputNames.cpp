@@ -1,5 +1,7 @@
 #include "host/import/OutputNames.h"
 
+#include "protocol/GlbLayout.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -17,10 +19,6 @@ namespace tnhost {
 
 namespace {
 
-// A glTF binary: 12 bytes of header, then chunks of length, type and content, JSON first.
-constexpr quint32 glbMagic = 0x46546C67;
-constexpr quint32 jsonChunk = 0x4E4F534A;
-constexpr int headLength = 20;
 // What this reads in the GUI thread; a larger head is taken for a stranger's.
 constexpr quint32 maximalJsonLength = 16 << 20;
 
@@ -30,18 +28,21 @@ QString sourceOf(const QString &path)
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return QString();
-    const QByteArray head = file.read(headLength);
-    if (head.size() != headLength)
+    namespace glb = tnprotocol::glb;
+    const QByteArray head = file.read(glb::headerSize + glb::chunkHeaderSize);
+    if (head.size() != glb::headerSize + glb::chunkHeaderSize)
         return QString();
-    const auto word = [&head](qptrdiff index) {
-        return qFromLittleEndian<quint32>(head.constData() + index * 4);
+    const auto word = [&head](qptrdiff offset) {
+        return qFromLittleEndian<quint32>(head.constData() + offset);
     };
-    if (word(0) != glbMagic || word(4) != jsonChunk || word(3) > maximalJsonLength)
+    const quint32 jsonLength = word(glb::headerSize);
+    if (word(0) != glb::magic || word(glb::headerSize + 4) != glb::jsonChunk
+        || jsonLength > maximalJsonLength)
         return QString();
-    const QJsonObject root = QJsonDocument::fromJson(file.read(word(3))).object();
+    const QJsonObject root = QJsonDocument::fromJson(file.read(jsonLength)).object();
     const QJsonObject asset = root.value(QLatin1String("asset")).toObject();
     const QJsonObject extras = asset.value(QLatin1String("extras")).toObject();
-    return extras.value(QLatin1String("source")).toString();
+    return extras.value(QLatin1String(glb::source)).toString();
 }
 
 /// What the file systems take for a name, less what may come behind the base name here.

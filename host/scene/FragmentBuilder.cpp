@@ -2,6 +2,7 @@
 
 #include "host/scene/GlbFile.h"
 #include "host/scene/GltfAccessor.h"
+#include "protocol/GlbLayout.h"
 
 #include <QtGui/QQuaternion>
 
@@ -84,9 +85,9 @@ QMatrix4x4 transformOf(const tinygltf::Node &node, bool dropAxes)
 
 std::string sourceAxes(const tinygltf::Node &node)
 {
-    if (!node.extras.IsObject() || !node.extras.Has("sourceAxes"))
+    if (!node.extras.IsObject() || !node.extras.Has(tnprotocol::glb::sourceAxes))
         return {};
-    const tinygltf::Value &axes = node.extras.Get("sourceAxes");
+    const tinygltf::Value &axes = node.extras.Get(tnprotocol::glb::sourceAxes);
     return axes.IsString() ? axes.Get<std::string>() : std::string();
 }
 
@@ -247,7 +248,7 @@ void FragmentBuilder::addNode(const tinygltf::Node &node)
                            .arg(QString::fromStdString(node.name)));
     SceneFragment::Node result;
     result.name = QString::fromStdString(node.name);
-    result.transform = transformOf(node, sourceAxes(node) == "Z-up");
+    result.transform = transformOf(node, sourceAxes(node) == tnprotocol::glb::zUp);
     result.mesh = node.mesh;
     result.children = node.children;
     m_fragment.nodes.push_back(std::move(result));

@@ -1,5 +1,7 @@
 #include "host/scene/GlbFile.h"
 
+#include "protocol/GlbLayout.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QtEndian>
 
@@ -10,10 +12,6 @@ namespace tnhost {
 
 namespace {
 
-constexpr qint64 headerSize = 12;
-constexpr qint64 chunkHeaderSize = 8;
-constexpr quint32 magic = 0x46546C67; // "glTF"
-constexpr quint32 jsonChunk = 0x4E4F534A; // "JSON"
 constexpr int deepestJson = 128;
 
 quint32 word(const QByteArray &bytes, qint64 offset)
@@ -44,6 +42,44 @@ int nesting(const char *begin, const char *end)
     return deepest;
 }
 
+/// Throws GlbError when header or chunks contradict the size, or when the JSON is nested too
+/// deeply.
+void check(const QByteArray &bytes)
+{
+    namespace glb = tnprotocol::glb;
+    if (bytes.size() < glb::headerSize || word(bytes, 0) != glb::magic)
+        throw GlbError(QStringLiteral("The file is not a glTF binary."));
+    if (const quint32 version = word(bytes, 4); version != glb::version)
+        throw GlbError(QStringLiteral("glTF version %1 cannot be read, only 2.").arg(version));
+    const qint64 length = word(bytes, 8);
+    if (length > bytes.size())
+        throw GlbError(
+            QStringLiteral("The file ends after %1 of %2 bytes.").arg(bytes.size()).arg(length));
+
+    qint64 offset = glb::headerSize;
+    int chunks = 0;
+    while (offset < length) {
+        if (length - offset < glb::chunkHeaderSize)
+            throw GlbError(QStringLiteral("The file's last chunk is incomplete."));
+        const qint64 chunkLength = word(bytes, offset);
+        const quint32 type = word(bytes, offset + 4);
+        offset += glb::chunkHeaderSize;
+        if (chunkLength > length - offset)
+            throw GlbError(QStringLiteral("A chunk of the file reaches beyond its end."));
+        if (chunks == 0) {
+            if (type != glb::jsonChunk)
+                throw GlbError(QStringLiteral("The file's first chunk is not JSON."));
+            const char *json = bytes.constData() + offset;
+            if (nesting(json, json + chunkLength) > deepestJson)
+                throw GlbError(QStringLiteral("The file's JSON is nested too deeply."));
+        }
+        offset += chunkLength;
+        ++chunks;
+    }
+    if (chunks == 0)
+        throw GlbError(QStringLiteral("The file has no content."));
+}
+
 } // namespace
 
 QByteArray GlbFile::read(const QString &path)
@@ -59,41 +95,6 @@ QByteArray GlbFile::read(const QString &path)
         throw GlbError(QStringLiteral("The file cannot be read: %1.").arg(file.errorString()));
     check(bytes);
     return bytes;
-}
-
-void GlbFile::check(const QByteArray &bytes)
-{
-    if (bytes.size() < headerSize || word(bytes, 0) != magic)
-        throw GlbError(QStringLiteral("The file is not a glTF binary."));
-    if (const quint32 version = word(bytes, 4); version != 2)
-        throw GlbError(QStringLiteral("glTF version %1 cannot be read, only 2.").arg(version));
-    const qint64 length = word(bytes, 8);
-    if (length > bytes.size())
-        throw GlbError(
-            QStringLiteral("The file ends after %1 of %2 bytes.").arg(bytes.size()).arg(length));
-
-    qint64 offset = headerSize;
-    int chunks = 0;
-    while (offset < length) {
-        if (length - offset < chunkHeaderSize)
-            throw GlbError(QStringLiteral("The file's last chunk is incomplete."));
-        const qint64 chunkLength = word(bytes, offset);
-        const quint32 type = word(bytes, offset + 4);
-        offset += chunkHeaderSize;
-        if (chunkLength > length - offset)
-            throw GlbError(QStringLiteral("A chunk of the file reaches beyond its end."));
-        if (chunks == 0) {
-            if (type != jsonChunk)
-                throw GlbError(QStringLiteral("The file's first chunk is not JSON."));
-            const char *json = bytes.constData() + offset;
-            if (nesting(json, json + chunkLength) > deepestJson)
-                throw GlbError(QStringLiteral("The file's JSON is nested too deeply."));
-        }
-        offset += chunkLength;
-        ++chunks;
-    }
-    if (chunks == 0)
-        throw GlbError(QStringLiteral("The file has no content."));
 }
 
 } // namespace tnhost

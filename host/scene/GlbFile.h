@@ -25,9 +25,6 @@ public:
     /// its size, or when its JSON is nested so deeply that a recursive parser would run out of
     /// stack.
     static QByteArray read(const QString &path);
-
-    /// The checks on their own, for bytes that are at hand. Throws GlbError.
-    static void check(const QByteArray &bytes);
 };
 
 } // namespace tnhost

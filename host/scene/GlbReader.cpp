@@ -23,7 +23,7 @@ bool skipImage(tinygltf::Image *, int, std::string *, std::string *, int, int,
 tinygltf::FsCallbacks closedFileSystem()
 {
     tinygltf::FsCallbacks callbacks{};
-    // "Yes", so that the reason is told by the reading and not called a missing file.
+    // "Yes", so that the reading names the reason rather than a missing file.
     callbacks.FileExists = [](const std::string &, void *) { return true; };
     callbacks.ExpandFilePath = [](const std::string &path, void *) { return path; };
     callbacks.ReadWholeFile = [](std::vector<unsigned char> *, std::string *error,
