@@ -1,4 +1,4 @@
-#include "core/Converter.h"
+#include "conversion/Converter.h"
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"

@@ -1,8 +1,8 @@
 #include "readers/IgesReader.h"
 
 #include "core/ConversionError.h"
+#include "core/FileProbe.h"
 #include "core/Text.h"
-#include "readers/FileProbe.h"
 #include "readers/kernel/DocumentSceneBuilder.h"
 #include "readers/kernel/Kernel.h"
 

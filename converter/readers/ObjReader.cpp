@@ -1,8 +1,8 @@
 #include "readers/ObjReader.h"
 
 #include "core/ConversionError.h"
+#include "core/FileProbe.h"
 #include "core/Text.h"
-#include "readers/FileProbe.h"
 #include "scene/FacetMeshBuilder.h"
 
 #include <tiny_obj_loader.h>

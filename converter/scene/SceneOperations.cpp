@@ -105,12 +105,6 @@ private:
                 p.normals.push_back(sum.length() > 1e-3 ? narrowed(sum.normalized())
                                                         : Vec3f(p.normals[a]));
             }
-            if (!p.colors.empty()) {
-                Rgba8 color;
-                for (std::size_t i = 0; i < color.size(); ++i)
-                    color[i] = std::uint8_t((p.colors[a][i] + p.colors[b][i]) / 2);
-                p.colors.push_back(color);
-            }
         }
         return entry->second;
     }

@@ -19,9 +19,9 @@ void flushTransformations(std::vector<Node> &nodes);
 /// layer stay where they are.
 void createLayerGroups(std::vector<Node> &nodes);
 
-/// Splits the edges of triangles and segments that are longer than @p maximum (mm). Neighbours are
-/// split alike, so no gaps arise. Stops early, and returns false, when the mesh would grow past
-/// @p triangleBound.
+/// Splits the edges of triangles and segments that are longer than @p maximum (mm), in a primitive
+/// whose vertices have no colours. Neighbours are split alike, so no gaps arise. Stops early, and
+/// returns false, when the mesh would grow past @p triangleBound.
 bool limitEdgeLength(Primitive &primitive, double maximum, std::size_t triangleBound);
 
 /// Whether any node draws something.

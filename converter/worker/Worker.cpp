@@ -1,10 +1,9 @@
 #include "worker/Worker.h"
 
-#include "core/Converter.h"
+#include "conversion/Converter.h"
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"
-#include "worker/EventStream.h"
 #include "worker/ProcessSetup.h"
 
 #include <nlohmann/json.hpp>
@@ -55,7 +54,7 @@ std::string problemOf(const nlohmann::json &request)
 } // namespace
 
 Worker::Worker(int output)
-    : m_output(output)
+    : m_stream(output)
 {
 }
 
@@ -66,7 +65,7 @@ int Worker::run(std::istream &requests)
         ready[key::formats] = nlohmann::json::array();
         for (const tnprotocol::Format &format : tnprotocol::formats)
             ready[key::formats].push_back(format.name);
-        EventStream(m_output).write(ready);
+        m_stream.write(ready);
 
         std::string line;
         while (std::getline(requests, line)) {
@@ -85,8 +84,7 @@ bool Worker::serve(const std::string &line)
     if (text(request, key::command) == command::quit)
         return false;
     const nlohmann::json *id = member(request, key::id);
-    const EventStream stream(m_output);
-    FileEvents events(stream, id && id->is_number_integer() ? id->get<std::int64_t>() : 0);
+    FileEvents events(m_stream, id && id->is_number_integer() ? id->get<std::int64_t>() : 0);
     const std::string problem = problemOf(request);
     if (!problem.empty()) {
         events.finished({State::Failure, problem, 0});

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "worker/EventStream.h"
+
 #include <iosfwd>
 #include <string>
 
 namespace tnconvert {
 
-/// Serves conversion requests, one JSON object on each line, until it is told to quit or the
-/// requests end.
+/// Serves conversion requests, one JSON object on each line, until one asks it to quit or they
+/// end.
 class Worker {
 public:
     /// Events are written to the descriptor @p output, which stays the caller's.
@@ -19,7 +21,7 @@ private:
     /// False when the request asks to quit.
     bool serve(const std::string &line);
 
-    int m_output;
+    const EventStream m_stream;
 };
 
 } // namespace tnconvert

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ConvertedFile.h"
-#include "core/Converter.h"
+#include "conversion/Converter.h"
 
 #include <QDir>
 #include <QTemporaryDir>

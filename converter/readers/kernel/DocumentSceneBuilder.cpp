@@ -56,17 +56,10 @@ Material materialOf(const std::optional<Quantity_ColorRGBA> &color)
     return material;
 }
 
-/// How a face or edge of a part differs from the part as a whole.
-struct SubStyle {
-    std::optional<Quantity_ColorRGBA> surface;
-    std::optional<Quantity_ColorRGBA> curve;
-    bool visible = true;
-};
-
 /// Looks of sub-shapes; the faces and edges below a coloured shell or solid get its look.
 class SubStyles {
 public:
-    void add(const TopoDS_Shape &shape, const SubStyle &style)
+    void add(const TopoDS_Shape &shape, const Style &style)
     {
         set(shape, style, /*isOwn*/ true);
         for (const TopAbs_ShapeEnum type : {TopAbs_FACE, TopAbs_EDGE}) {
@@ -77,7 +70,7 @@ public:
         }
     }
 
-    const SubStyle *find(const TopoDS_Shape &shape) const
+    const Style *find(const TopoDS_Shape &shape) const
     {
         const int *index = m_indices.Seek(shape);
         return index ? &m_styles[std::size_t(*index)].style : nullptr;
@@ -85,11 +78,11 @@ public:
 
 private:
     struct Entry {
-        SubStyle style;
+        Style style;
         bool isOwn;
     };
 
-    void set(const TopoDS_Shape &shape, const SubStyle &style, bool isOwn)
+    void set(const TopoDS_Shape &shape, const Style &style, bool isOwn)
     {
         int *index = m_indices.ChangeSeek(shape);
         if (!index) {
@@ -104,8 +97,7 @@ private:
     std::vector<Entry> m_styles;
 };
 
-template <typename S>
-void overlayColors(XCAFDoc_ColorTool &colors, const TDF_Label &label, S &style)
+void overlayColors(XCAFDoc_ColorTool &colors, const TDF_Label &label, Style &style)
 {
     Quantity_ColorRGBA color;
     if (colors.GetColor(label, XCAFDoc_ColorGen, color)) {
@@ -202,14 +194,13 @@ Node DocumentSceneBuilder::labelNode(const TDF_Label &label, Style style, int de
         throw ConversionError("The assembly is nested too deeply; it seems to contain itself.");
     Node node;
     TDF_Label part = label;
-    overlay(label, style);
     if (XCAFDoc_ShapeTool::IsReference(label)) {
         XCAFDoc_ShapeTool::GetReferredShape(label, part);
         node.transform = transformOf(XCAFDoc_ShapeTool::GetLocation(label));
-        // The part's own look comes first, what the instance states goes on top of it.
         overlay(part, style);
-        overlay(label, style);
     }
+    // What the instance states goes on top of the part's own look.
+    overlay(label, style);
     // The names of instances are mostly numbers that the exporting program counted up.
     node.name = nameOf(part);
     if (node.name.empty())
@@ -264,16 +255,15 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
     TDF_LabelSequence subShapes;
     XCAFDoc_ShapeTool::GetSubShapes(part, subShapes);
     for (const TDF_Label &sub : subShapes) {
-        SubStyle subStyle{style.surface, style.curve, style.visible};
+        Style subStyle = style;
         overlayColors(*m_colors, sub, subStyle);
         if (!m_colors->IsVisible(sub))
             subStyle.visible = false;
         subStyles.add(XCAFDoc_ShapeTool::GetShape(sub), subStyle);
     }
-    const SubStyle ofPart{style.surface, style.curve, style.visible};
     const auto look = [&](const TopoDS_Shape &piece) -> std::optional<Material> {
-        const SubStyle *own = subStyles.find(piece);
-        const SubStyle &chosen = own ? *own : ofPart;
+        const Style *own = subStyles.find(piece);
+        const Style &chosen = own ? *own : style;
         const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
         const bool showsHidden =
             isCurve ? m_settings.importInvisibleCurves : m_settings.importInvisibleSurfaces;

@@ -16,6 +16,13 @@
 
 namespace tnconvert {
 
+/// The look of a part, a face or an edge, so far as the document and the assemblies above state it.
+struct Style {
+    std::optional<Quantity_ColorRGBA> surface;
+    std::optional<Quantity_ColorRGBA> curve;
+    bool visible = true;
+};
+
 /// Turns a document of the CAD kernel (names, colours, layers, assemblies) into a scene. Parts
 /// that occur several times with the same look share their meshes.
 class DocumentSceneBuilder {
@@ -27,13 +34,6 @@ public:
     std::vector<Node> build();
 
 private:
-    /// What a label gets from the assemblies above it.
-    struct Style {
-        std::optional<Quantity_ColorRGBA> surface;
-        std::optional<Quantity_ColorRGBA> curve;
-        bool visible = true;
-    };
-
     Node labelNode(const TDF_Label &label, Style style, int depth);
     void overlay(const TDF_Label &label, Style &style) const;
     std::vector<std::shared_ptr<const Mesh>> partMeshes(const TDF_Label &part, const Style &style,

@@ -1,9 +1,9 @@
 #include "readers/kernel/StepDocumentReader.h"
 
 #include "core/ConversionError.h"
+#include "core/FileProbe.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
-#include "readers/FileProbe.h"
 #include "readers/kernel/Kernel.h"
 
 #include <Interface_InterfaceModel.hxx>

@@ -1,8 +1,8 @@
 #include "readers/vrml/VrmlFile.h"
 
 #include "core/ConversionError.h"
+#include "core/FileProbe.h"
 #include "core/Text.h"
-#include "readers/FileProbe.h"
 
 #include <memory>
 

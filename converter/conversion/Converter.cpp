@@ -1,9 +1,9 @@
-#include "core/Converter.h"
+#include "conversion/Converter.h"
 
 #include "core/ConversionError.h"
+#include "core/FileProbe.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
-#include "readers/FileProbe.h"
 #include "readers/ReaderRegistry.h"
 #include "scene/SceneOperations.h"
 #include "writer/GlbWriter.h"

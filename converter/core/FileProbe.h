@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace tnconvert {
 
@@ -16,9 +15,6 @@ std::string readTail(const std::string &path, std::size_t count);
 
 /// The whole of @p path. Throws ConversionError when it cannot be read.
 std::string readWhole(const std::string &path);
-
-/// What a file that begins with @p head seems to be, for messages: "a Step file", "text", ...
-const char *describeContent(std::string_view head);
 
 /// Throws ConversionError: "x.igs is not an Iges file: REASON. It seems to be a Step file."
 [[noreturn]] void throwWrongContent(const std::string &path, const std::string &formatWithArticle,

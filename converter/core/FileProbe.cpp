@@ -1,4 +1,4 @@
-#include "readers/FileProbe.h"
+#include "core/FileProbe.h"
 
 #include "core/ConversionError.h"
 #include "core/Text.h"
@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
 
 namespace tnconvert {
@@ -55,6 +56,19 @@ bool isText(std::string_view head)
         const auto byte = static_cast<unsigned char>(c);
         return byte >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n' || byte == '\f';
     });
+}
+
+/// What a file that begins with @p head seems to be: "a Step file", "text", ...
+const char *describeContent(std::string_view head)
+{
+    for (const Signature &signature : signatures) {
+        if (head.substr(0, signature.length)
+            == std::string_view(signature.beginning, signature.length))
+            return signature.description;
+    }
+    if (looksLikeIges(head))
+        return "an Iges file";
+    return isText(head) ? "text of some other kind" : "binary data of some other kind";
 }
 
 [[noreturn]] void throwUnreadable(const std::string &path, const std::string &why)
@@ -121,18 +135,6 @@ std::string readWhole(const std::string &path)
     if (!file)
         throwUnreadable(path, std::generic_category().message(EIO));
     return bytes;
-}
-
-const char *describeContent(std::string_view head)
-{
-    for (const Signature &signature : signatures) {
-        if (head.substr(0, signature.length)
-            == std::string_view(signature.beginning, signature.length))
-            return signature.description;
-    }
-    if (looksLikeIges(head))
-        return "an Iges file";
-    return isText(head) ? "text of some other kind" : "binary data of some other kind";
 }
 
 void throwWrongContent(const std::string &path, const std::string &formatWithArticle,

@@ -15,7 +15,7 @@ struct Job {
     Settings settings;
 };
 
-/// Converts one file. Never throws: what goes wrong with the file is told by the outcome.
+/// Converts one file. Never throws: the outcome says what went wrong with the file.
 Outcome convert(const Job &job, Report &report);
 
 } // namespace tnconvert
