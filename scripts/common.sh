@@ -1,15 +1,25 @@
-# Shared by ./run and ./test; sourced, with the tree's root as current directory.
+# shellcheck shell=bash
+# Shared by ./run, ./test and ./check; sourced, with the tree's root as current directory.
 
 say() { printf '== %s\n' "$*" >&2; }
 fail() { printf '!! %s\n' "$*" >&2; exit 1; }
 
-# Installs the Debian packages of packages.txt that are missing. Asks nothing when none is.
+# packages_for PURPOSE...: the packages of these sections of packages.txt.
+packages_for() {
+    local purpose
+    for purpose in "$@"; do
+        sed -n "/^\\[$purpose\\]\$/,/^\\[/ { /^[a-z0-9]/p }" packages.txt
+    done
+}
+
+# install_packages PURPOSE...: installs those of these packages that are missing. Asks nothing when
+# none is.
 install_packages() {
     local package missing=()
     while read -r package; do
         dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed \
             || missing+=("$package")
-    done < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' packages.txt)
+    done < <(packages_for "$@")
     [ ${#missing[@]} -gt 0 ] || return 0
 
     command -v apt-get >/dev/null \
@@ -21,27 +31,26 @@ install_packages() {
         as_root=(sudo)
     fi
     say "Installing ${missing[*]}"
-    local log
-    log=$(mktemp)
-    if ! { "${as_root[@]}" apt-get update \
-        && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-            apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
-        tail -n 20 "$log" >&2
-        rm -f "$log"
-        fail "installing the packages failed"
-    fi
-    rm -f "$log"
+    quietly build/packages.log "${as_root[@]}" apt-get update || fail "looking for packages failed"
+    quietly build/packages.log "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends "${missing[@]}" \
+        || fail "installing the packages failed"
 }
 
-# Configures (once) and builds a preset; prints the compiler's words only when it fails.
+# quietly LOG COMMAND...: runs the command; prints what it wrote only when it fails.
+quietly() {
+    local log=$1
+    shift
+    mkdir -p "$(dirname "$log")"
+    "$@" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+}
+
+# build_preset PRESET: configures it, the first time, and builds it.
 build_preset() {
-    local preset=$1 log
-    mkdir -p build
-    log=build/$preset.log
+    local preset=$1 log=build/$1.log
     say "Building $preset"
     if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
-        cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; fail "configuring $preset failed"; }
+        quietly "$log" cmake --preset "$preset" || fail "configuring $preset failed"
     fi
-    cmake --build --preset "$preset" >"$log" 2>&1 \
-        || { grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Automatic)' "$log" >&2 || true; fail "building $preset failed"; }
+    quietly "$log" cmake --build --preset "$preset" -- --quiet || fail "building $preset failed"
 }
