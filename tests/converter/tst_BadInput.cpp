@@ -7,7 +7,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Files that cannot be converted: what people are told, and that nothing is left behind.
+/// One file that cannot be converted.
+struct BadFile {
+    const char *row;
+    const char *name;
+    QByteArray content;
+    const char *message; ///< stands in the answer
+};
+Q_DECLARE_METATYPE(BadFile)
+
+/// Files that cannot be converted: what people read about them, and that nothing is left behind.
 class tst_BadInput : public QObject {
     Q_OBJECT
 
@@ -21,48 +30,60 @@ private:
     static QByteArray read(const QString &path) { return ConverterFixture::read(path); }
 
 private slots:
-    void messages()
+    void messages_data()
     {
         const QByteArray step = read("bracket.step");
         const QByteArray iges = read("housing.iges");
-        const struct {
-            const char *name;
-            QByteArray content;
-            const char *message;
-        } rows[] = {
-            {"x.step", "", "x.step is empty."},
-            {"x.step", "Hello\n", "it does not begin with ISO-10303-21. It seems to be text"},
-            {"x.stp", iges, "It seems to be an Iges file."},
-            {"x.igs", step, "It seems to be a Step file."},
-            {"x.wrl", "%PDF-1.4\n", "It seems to be a PDF document."},
-            {"x.wrl", "#VRML V1.0 ascii\nSeparator { }", "VRML 1.0"},
-            {"x.stl", QByteArray("Dear reader,\n").repeated(20), "x.stl is not an STL file"},
-            {"x.step", step.left(step.size() / 2), "its last line END-ISO-10303-21; is missing"},
-            {"x.iges", iges.left(iges.size() / 2), "marked T in column 73"},
+        QTest::addColumn<BadFile>("file");
+        const BadFile files[] = {
+            {"empty", "x.step", "", "x.step is empty."},
+            {"text as Step", "x.step", "Hello\n",
+             "it does not begin with ISO-10303-21. It seems to be text"},
+            {"Iges as Step", "x.stp", iges, "It seems to be an Iges file."},
+            {"Step as Iges", "x.igs", step, "It seems to be a Step file."},
+            {"PDF as VRML", "x.wrl", "%PDF-1.4\n", "It seems to be a PDF document."},
+            {"VRML 1.0", "x.wrl", "#VRML V1.0 ascii\nSeparator { }", "VRML 1.0"},
+            {"letter as STL", "x.stl", QByteArray("Dear reader,\n").repeated(20),
+             "x.stl is not an STL file"},
+            {"half a Step file", "x.step", step.left(step.size() / 2),
+             "its last line END-ISO-10303-21; is missing"},
+            {"half an Iges file", "x.iges", iges.left(iges.size() / 2), "marked T in column 73"},
             // The kernel would run on these without end.
-            {"x.step", QByteArray(step).replace("('',(0.,0.,0.))", "('',(nan,0.,0.))"),
+            {"Step: undefined coordinate", "x.step",
+             QByteArray(step).replace("('',(0.,0.,0.))", "('',(nan,0.,0.))"),
              "x.step is damaged: it has impossible coordinates."},
-            {"x.iges", QByteArray(iges).replace("0.,10.,0.;   ", "0.,1.D400,0.;"),
+            {"Iges: infinite coordinate", "x.iges",
+             QByteArray(iges).replace("0.,10.,0.;   ", "0.,1.D400,0.;"),
              "x.iges is damaged: it has impossible coordinates."},
-            {"x.stl", read("gear.stl").left(5000), "192 triangles but has room for only 98"},
-            {"x.stl", read("gear-ascii.stl").left(3000), "damaged at line"},
-            {"x.stl", "solid a\nfacet normal 0 0 1\nouter loop\nvertex 1 2,5 x\n",
+            {"half a binary STL", "x.stl", read("gear.stl").left(5000),
+             "192 triangles but has room for only 98"},
+            {"half a text STL", "x.stl", read("gear-ascii.stl").left(3000), "damaged at line"},
+            {"STL: decimal comma", "x.stl",
+             "solid a\nfacet normal 0 0 1\nouter loop\nvertex 1 2,5 x\n",
              "damaged at line 4: a vertex has not three coordinates"},
-            {"x.obj", "v 1 2 3\n", "no geometry"},
-            {"x.obj", "# a\r\nv 0 \\\r\n0 0\r\nv nan 0 0\r\nv 0 1 0\r\nf 1 2 3\r\n",
+            {"Obj: no faces", "x.obj", "v 1 2 3\n", "no geometry"},
+            {"Obj: undefined coordinate", "x.obj",
+             "# a\r\nv 0 \\\r\n0 0\r\nv nan 0 0\r\nv 0 1 0\r\nf 1 2 3\r\n",
              "damaged at line 4: a vertex has not three coordinates"},
-            {"x.obj", "v 0 0 0\nv 1 0\nv 0 1 0\nf 1 2 3\n", "damaged at line 2: a vertex"},
-            {"x.obj", "v 0 0 0\nv 1 0 0\nv 0 1,5 0\nf 1 2 3\n", "damaged at line 3: a vertex"},
-            {"x.xyz", "a", "not known by its suffix"},
+            {"Obj: two coordinates", "x.obj", "v 0 0 0\nv 1 0\nv 0 1 0\nf 1 2 3\n",
+             "damaged at line 2: a vertex"},
+            {"Obj: decimal comma", "x.obj", "v 0 0 0\nv 1 0 0\nv 0 1,5 0\nf 1 2 3\n",
+             "damaged at line 3: a vertex"},
+            {"unknown suffix", "x.xyz", "a", "not known by its suffix"},
         };
-        for (const auto &[name, content, message] : rows) {
-            ConverterFixture fixture;
-            const QString input = fixture.write(name, content);
-            fixture.write("out.glb", "from before");
-            verifyFailure(fixture.convertTo("out.glb", input), message);
-            QCOMPARE(read(fixture.path("out.glb")), QByteArray("from before"));
-            QCOMPARE(QDir(fixture.path("")).entryList(QDir::Files).size(), 2);
-        }
+        for (const BadFile &file : files)
+            QTest::newRow(file.row) << file;
+    }
+
+    void messages()
+    {
+        QFETCH(const BadFile, file);
+        ConverterFixture fixture;
+        const QString input = fixture.write(file.name, file.content);
+        fixture.write("out.glb", "from before");
+        verifyFailure(fixture.convertTo("out.glb", input), file.message);
+        QCOMPARE(read(fixture.path("out.glb")), QByteArray("from before"));
+        QCOMPARE(QDir(fixture.path("")).entryList(QDir::Files).size(), 2);
     }
 
     /// What is wrong with these costs only a part of the object, or its materials.

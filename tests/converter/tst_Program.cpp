@@ -4,39 +4,55 @@
 #include <QJsonArray>
 #include <QtTest>
 
+/// One call of the program.
+struct Call {
+    const char *name;
+    QStringList arguments;
+    int exitCode;
+    const char *output; ///< begins the standard output
+    const char *errors; ///< stands in the standard error
+};
+Q_DECLARE_METATYPE(Call)
+
 /// The program as people call it, and conversations with a worker, as the host holds them.
 class tst_Program : public QObject {
     Q_OBJECT
 
 private slots:
-    void usage()
+    void usage_data()
     {
-        const struct {
-            QStringList arguments;
-            int exitCode;
-            const char *output; // begins the standard output
-            const char *errors; // stands in the standard error
-        } rows[] = {
-            {{"--help"}, 0, "Usage: tnconvert", ""},
-            {{"--list-formats"},
+        QTest::addColumn<Call>("call");
+        const Call calls[] = {
+            {"help", {"--help"}, 0, "Usage: tnconvert", ""},
+            {"formats",
+             {"--list-formats"},
              0,
              "Step: .stp .step .p21\nIges: .igs .iges\nSTL: .stl\nObj: .obj\nVRML: .wrl",
              ""},
-            {{"a.stl"}, 2, "", "Usage:"},
-            {{"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
-            {{"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
-            {{"--worker", "a.stl"}, 2, "", "--worker"},
-            {{"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
-            {{"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
-            {{"a.stl", "b.glb", "--settings", "."}, 1, "", ". is no readable JSON object"},
+            {"no output", {"a.stl"}, 2, "", "Usage:"},
+            {"unknown option", {"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
+            {"no settings", {"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
+            {"worker with a file", {"--worker", "a.stl"}, 2, "", "--worker"},
+            {"missing input", {"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
+            {"missing settings", {"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
+            {"directory as settings",
+             {"a.stl", "b.glb", "--settings", "."},
+             1,
+             "",
+             ". is no readable JSON object"},
         };
-        for (const auto &[arguments, exitCode, output, errors] : rows) {
-            ConverterProcess run(arguments);
-            QCOMPARE(run.end(), exitCode);
-            const QByteArray told = run.readAllStandardOutput();
-            QVERIFY2(told.startsWith(output) && told.isEmpty() == !*output, told);
-            QVERIFY(run.readAllStandardError().contains(errors));
-        }
+        for (const Call &call : calls)
+            QTest::newRow(call.name) << call;
+    }
+
+    void usage()
+    {
+        QFETCH(const Call, call);
+        ConverterProcess run(call.arguments);
+        QCOMPARE(run.end(), call.exitCode);
+        const QByteArray output = run.readAllStandardOutput();
+        QVERIFY2(output.startsWith(call.output) && output.isEmpty() == !*call.output, output);
+        QVERIFY(run.readAllStandardError().contains(call.errors));
     }
 
     void settingsFile()

@@ -35,7 +35,18 @@ QByteArray tube(const QByteArray &more)
 
 const QByteArray square = "0 0 0, .001 0 0, .001 .001 0, 0 .001 0";
 
+/// What a file's nodes draw.
+struct Drawing {
+    const char *name;
+    QByteArray content;
+    int triangles; ///< 0: any number
+    BoundingBox box;
+    double area; ///< mm²; 0: not known
+    double volume = 0; ///< mm³; 0: not closed
+};
+
 } // namespace
+Q_DECLARE_METATYPE(Drawing)
 
 class tst_Vrml : public QObject {
     Q_OBJECT
@@ -50,85 +61,101 @@ private:
     ConverterFixture m_fixture;
 
 private slots:
-    void geometry()
+    void geometry_data()
     {
         using Box = BoundingBox;
         const Box unit{{-1, -1, -1}, {1, 1, 1}};
         const Box flat{{0, 0, 0}, {1, 1, 0}};
-        const struct {
-            QByteArray content;
-            int triangles; // 0: any number
-            Box box;
-            double area; // mm²; 0: not known
-            double volume = 0; // mm³; 0: not closed
-        } rows[] = {
-            {smallBox, 12, unit, 24, 8},
-            {shape("Sphere { radius .001 }"), 0, unit, 4 * M_PI, 4 * M_PI / 3},
-            {shape("Cylinder { radius .001 height .002 }"), 0, unit, 6 * M_PI, 2 * M_PI},
-            {shape("Cylinder { radius .001 height .002 top FALSE }"), 0, unit, 5 * M_PI},
-            {shape("Cone { bottomRadius .001 height .002 }"), 0, unit, M_PI * (1 + std::sqrt(5.)),
-             M_PI * 2 / 3},
-            {faceSet(square, "0 1 2 3 -1"), 2, flat, 1},
-            {faceSet("0 0 0 .002 0 0 .002 .002 0 .001 .0005 0 0 .002 0", "0 1 2 3 4 -1",
+        QTest::addColumn<Drawing>("drawing");
+        const Drawing drawings[] = {
+            {"box", smallBox, 12, unit, 24, 8},
+            {"sphere", shape("Sphere { radius .001 }"), 0, unit, 4 * M_PI, 4 * M_PI / 3},
+            {"cylinder", shape("Cylinder { radius .001 height .002 }"), 0, unit, 6 * M_PI,
+             2 * M_PI},
+            {"cylinder without top", shape("Cylinder { radius .001 height .002 top FALSE }"), 0,
+             unit, 5 * M_PI},
+            {"cone", shape("Cone { bottomRadius .001 height .002 }"), 0, unit,
+             M_PI * (1 + std::sqrt(5.)), M_PI * 2 / 3},
+            {"square", faceSet(square, "0 1 2 3 -1"), 2, flat, 1},
+            {"concave face",
+             faceSet("0 0 0 .002 0 0 .002 .002 0 .001 .0005 0 0 .002 0", "0 1 2 3 4 -1",
                      "convex FALSE"),
              3, Box{{0, 0, 0}, {2, 2, 0}}, 2.5},
             // More vertices than small indices could count.
-            {shape("ElevationGrid { xDimension 300 zDimension 300 xSpacing .001 zSpacing .001 "
+            {"large grid",
+             shape("ElevationGrid { xDimension 300 zDimension 300 xSpacing .001 zSpacing .001 "
                    "height ["
                    + QByteArray("0 ").repeated(90000) + "] }"),
              2 * 299 * 299, Box{{0, 0, 0}, {299, 0, 299}}, 299 * 299},
-            {tube("spine [0 -.001 0 0 .001 0]"), 12, unit, 24, 8},
-            {shape("Extrusion { ccw FALSE crossSection [.001 .001 -.001 .001 -.001 -.001 .001 "
+            {"extrusion", tube("spine [0 -.001 0 0 .001 0]"), 12, unit, 24, 8},
+            {"clockwise extrusion",
+             shape("Extrusion { ccw FALSE crossSection [.001 .001 -.001 .001 -.001 -.001 .001 "
                    "-.001 .001 .001] spine [0 -.001 0 0 .001 0] }"),
              12, unit, 24, 8},
-            {tube("spine [-.001 0 0 .001 0 0] beginCap FALSE endCap FALSE"), 8, unit, 16},
-            {tube("spine [0 0 0 .01 0 0 .01 .01 0] scale [1 1 1 1 .5 .5]"), 0,
+            {"extrusion without caps",
+             tube("spine [-.001 0 0 .001 0 0] beginCap FALSE endCap FALSE"), 8, unit, 16},
+            {"scaled extrusion", tube("spine [0 0 0 .01 0 0 .01 .01 0] scale [1 1 1 1 .5 .5]"), 0,
              Box{{0, -1, -1}, {10.707, 10, 1}}, 0},
-            {"Transform { center .001 0 0 rotation 0 0 1 3.14159265 children " + smallBox + "}", 12,
+            {"rotation about a centre",
+             "Transform { center .001 0 0 rotation 0 0 1 3.14159265 children " + smallBox + "}", 12,
              Box{{1, -1, -1}, {3, 1, 1}}, 24, 8},
             // Stretched by 3 along the diagonal.
-            {"Transform { rotation 0 0 1 1.570796327 scale 3 1 1 scaleOrientation 0 0 1 "
+            {"scale along a diagonal",
+             "Transform { rotation 0 0 1 1.570796327 scale 3 1 1 scaleOrientation 0 0 1 "
              ".785398163 center .001 .001 0 children "
                  + smallBox + "}",
              12, Box{{1, -5, -1}, {7, 1, 1}}, 0, 24},
             // Readers turn the triangles of mirrored nodes, so that their volume seems negative.
-            {"Transform { scale -1 1 1 translation .002 0 0 children " + smallBox + "}", 12,
-             Box{{1, -1, -1}, {3, 1, 1}}, 24},
-            {"Transform { translation .01 0 0 children DEF B " + smallBox + "} USE B", 24,
-             Box{{-1, -1, -1}, {11, 1, 1}}, 48, 16},
-            {"LOD { range [1 2] level [ " + smallBox + shape("Box { }") + " ] }", 12, unit, 24, 8},
-            {"Switch { whichChoice 1 choice [ " + shape("Box { }") + smallBox + " ] }", 12, unit,
-             24, 8},
-            {"Gadget { size [1 2 3] inner Widget { on TRUE text \"}\\\"{\" } }\n"
+            {"mirror", "Transform { scale -1 1 1 translation .002 0 0 children " + smallBox + "}",
+             12, Box{{1, -1, -1}, {3, 1, 1}}, 24},
+            {"instance", "Transform { translation .01 0 0 children DEF B " + smallBox + "} USE B",
+             24, Box{{-1, -1, -1}, {11, 1, 1}}, 48, 16},
+            {"level of detail", "LOD { range [1 2] level [ " + smallBox + shape("Box { }") + " ] }",
+             12, unit, 24, 8},
+            {"switch", "Switch { whichChoice 1 choice [ " + shape("Box { }") + smallBox + " ] }",
+             12, unit, 24, 8},
+            {"unknown nodes",
+             "Gadget { size [1 2 3] inner Widget { on TRUE text \"}\\\"{\" } }\n"
              "Script { field SFBool on TRUE eventIn SFTime t eventOut SFColor c url \"x\" }\n"
              "DEF T TimeSensor { } ROUTE T.time TO T.time "
                  + smallBox,
              12, unit, 24, 8},
-            {"PROTO Block [ field SFVec3f size 9 9 9 eventIn SFTime go ] { Shape { geometry Box { "
+            {"prototype",
+             "PROTO Block [ field SFVec3f size 9 9 9 eventIn SFTime go ] { Shape { geometry Box { "
              "size IS size } } } Block { size .002 .002 .002 }",
              12, unit, 24, 8},
-            {"DEF B " + smallBox
+            {"nested prototypes",
+             "DEF B " + smallBox
                  + "PROTO Inner [ field SFVec3f s 9 9 9 ] { DEF B Box { size IS s } }\n"
                    "PROTO Outer [ field SFVec3f t 8 8 8 ] { Transform { translation .01 0 0 "
                    "children [ Shape { geometry Inner { s IS t } } ] } }\n"
                    "Outer { t .002 .002 .002 } Transform { translation .01 0 0 children USE B }",
              36, Box{{-1, -1, -1}, {11, 1, 1}}, 72, 24},
-            {"EXTERNPROTO Far [ field SFFloat a ] \"x.wrl\" Far { a 1 } " + smallBox, 12, unit, 24,
+            {"external prototype",
+             "EXTERNPROTO Far [ field SFFloat a ] \"x.wrl\" Far { a 1 } " + smallBox, 12, unit, 24,
              8},
-            {faceSet("nan 0 0, " + square, "1 2 3 4 -1 0 1 2 -1 7 1 2 -1 -1"), 2, flat, 1},
-            {faceSet(square, "0\r1\t2,3,,").replace('\n', "\r\n") + "}", 2, flat, 1},
+            {"damaged indices", faceSet("nan 0 0, " + square, "1 2 3 4 -1 0 1 2 -1 7 1 2 -1 -1"), 2,
+             flat, 1},
+            {"carriage returns", faceSet(square, "0\r1\t2,3,,").replace('\n', "\r\n") + "}", 2,
+             flat, 1},
         };
-        for (const auto &[content, triangles, box, area, volume] : rows) {
-            const Outcome outcome = convert(content, R"({"ChordDeviation": 0.001})");
-            QVERIFY2(outcome.state == State::Success, content + outcome.message.c_str());
-            const ConvertedFile file = result();
-            QCOMPARE(file.problems, QStringList());
-            QVERIFY2(triangles == 0 || file.triangles == triangles, content);
-            QVERIFY2(file.fills(box, 0.01F), content);
-            QVERIFY2(area == 0 || std::fabs(file.area - area) < 0.02 * area, content);
-            QVERIFY2(volume == 0 || std::fabs(file.volume - volume) < 0.02 * volume, content);
-            QVERIFY2(file.leastNormalAgreement > 0.5, content);
-        }
+        for (const Drawing &drawing : drawings)
+            QTest::newRow(drawing.name) << drawing;
+    }
+
+    void geometry()
+    {
+        QFETCH(const Drawing, drawing);
+        const auto &[name, content, triangles, box, area, volume] = drawing;
+        const Outcome outcome = convert(content, R"({"ChordDeviation": 0.001})");
+        QVERIFY2(outcome.state == State::Success, outcome.message.c_str());
+        const ConvertedFile file = result();
+        QCOMPARE(file.problems, QStringList());
+        QVERIFY(triangles == 0 || file.triangles == triangles);
+        QVERIFY(file.fills(box, 0.01F));
+        QVERIFY(area == 0 || std::fabs(file.area - area) < 0.02 * area);
+        QVERIFY(volume == 0 || std::fabs(file.volume - volume) < 0.02 * volume);
+        QVERIFY(file.leastNormalAgreement > 0.5);
     }
 
     void instancesShareTheirMesh()
