@@ -1,11 +1,13 @@
 #include "dialog/tnCADImportDialog.h"
 
+#include "dialog/PathProgress.h"
 #include "filelist/tnCADImportFileModel.h"
 #include "logbook/logbookPath.h"
 #include "modes/tnImportMode.h"
 #include "module/getService.h"
 #include "platform/tnFileIOService.h"
 #include "platform/tnWaitCursor.h"
+#include "records/FolderSearch.h"
 #include "records/tnFileTyp.h"
 #include "states/tnCADImportAddFolderState.h"
 #include "states/tnCADImportInitState.h"
@@ -16,11 +18,7 @@
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
 #include <QtCore/QSettings>
-#include <QtCore/QTimer>
 #include <QtGui/QDropEvent>
-#include <QtGui/QGuiApplication>
-
-#include <utility>
 
 namespace {
 
@@ -137,6 +135,8 @@ tnCADImportDialog::tnCADImportDialog(QWidget *parent)
 
 tnCADImportDialog::~tnCADImportDialog()
 {
+    for (FolderSearch *search : m_dropSearches)
+        search->discard();
     saveWindowSettings();
     hide(); // fields that lose the focus still tell of their values, while there is who hears it
 }
@@ -154,12 +154,10 @@ void tnCADImportDialog::fitForm()
     // key then.
     setTabOrder(tableView, tableView->horizontalHeader());
 
-    // No text may widen the window: neither a status, nor a path of any length, nor the one label
-    // that is wider than its column.
+    // No text may widen the window: neither a status nor the one label that is wider than its
+    // column.
     _result->setWordWrap(true);
     label_10->setWordWrap(true);
-    _lbDirectory->setTextFormat(Qt::PlainText);
-    _lbDirectory->setSizePolicy(QSizePolicy::Ignored, _lbDirectory->sizePolicy().verticalPolicy());
 
     // The last column stretches, but not below its own width, which would be a scroll bar's worth.
     tableView->horizontalHeader()->resizeSection(tnCADImportFileModel::StateColumn, 60);
@@ -223,21 +221,17 @@ void tnCADImportDialog::connectWidgets()
 void tnCADImportDialog::connectSearch()
 {
     const tnFileTyp *const search = &tnFileTyp::instance();
-    connect(search, &tnFileTyp::enterDirectory, _lbDirectory, &QLabel::setText);
+    auto *const progress = new PathProgress(_lbDirectory);
+    connect(search, &tnFileTyp::enterDirectory, progress, &PathProgress::show);
     connect(_pbAbort, &QPushButton::clicked, search, &tnFileTyp::stopSearch);
-    connect(_pbAbort, &QPushButton::clicked, this, [this] { m_waitingDrops.clear(); });
-    const auto showProgress = [this](bool visible) {
-        _lbDirectory->setVisible(visible);
-        _pbAbort->setVisible(visible);
-    };
-    connect(search, &tnFileTyp::startSearch, this, [showProgress] { showProgress(true); });
-    connect(search, &tnFileTyp::endSearch, this, [this, showProgress] {
-        // The search that this one has interrupted goes on.
-        showProgress(m_runningSearches > 1);
+    connect(search, &tnFileTyp::startSearch, this, [this] { setSearchVisible(true); });
+    connect(search, &tnFileTyp::endSearch, this, [this] { setSearchVisible(false); });
+    connect(this, &QDialog::finished, this, [this] {
+        // Who closes the window ends what was dropped there; a command's search only where the
+        // window shows nothing else.
+        for (FolderSearch *shown : m_dropSearches.isEmpty() ? m_commandSearches : m_dropSearches)
+            shown->discard();
     });
-    // A walk holds up the end of the event loop.
-    connect(qApp, &QGuiApplication::lastWindowClosed, search, &tnFileTyp::stopSearch);
-    connect(this, &QDialog::finished, this, [this] { m_waitingDrops.clear(); });
 
     connect(tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this](const QItemSelection &selected) { _pbRemove->setEnabled(!selected.isEmpty()); });
@@ -264,12 +258,13 @@ tnCADImportFileModel *tnCADImportDialog::fileModel() const
 
 void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &node, int entry)
 {
-    // Whoever began the list before has been overtaken, and with him his search.
-    ++m_preparations;
-    m_waitingDrops.clear();
+    // What was dropped belongs to the list that ends here. Searches of commands go on unseen, for
+    // their files begin a list of their own.
+    for (FolderSearch *search : m_dropSearches)
+        search->discard();
+    m_dropSearches.clear();
+    m_commandSearches.clear();
     m_isRunning = false;
-    if (std::exchange(m_runningSearches, 0) > 0)
-        tnFileTyp::instance().stopSearch();
 
     fileModel()->clear();
     _pbRemove->setEnabled(false); // a list that is cleared does not tell of its selection
@@ -308,19 +303,17 @@ QStringList tnCADImportDialog::filterFiles(const QStringList &files) const
     return tnFileTyp::instance().supportedFiles(files);
 }
 
-// A search lets events through, so afterwards the list may have been begun afresh and the dialog
-// may have been closed or have gone. What was found belongs to nobody then.
+// Events are processed during a search: afterwards the list may have been begun afresh, so that the
+// search is no longer among those that belong to it, and the dialog may have gone.
 
 QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
 {
     const QPointer<tnCADImportDialog> self(this);
-    const int preparations = m_preparations;
-    ++m_runningSearches;
-    const QStringList files = tnFileTyp::instance().searchFiles(urls);
-    if (!self || preparations != m_preparations)
-        return {};
-    if (--m_runningSearches == 0 && !m_waitingDrops.isEmpty())
-        QTimer::singleShot(0, this, [this] { addDroppedUrls(std::exchange(m_waitingDrops, {})); });
+    FolderSearch search;
+    m_commandSearches.push_back(&search);
+    const QStringList files = search.run(urls);
+    if (self && m_commandSearches.removeOne(&search))
+        setSearchVisible(isSearching());
     return files;
 }
 
@@ -331,35 +324,44 @@ void tnCADImportDialog::appendFiles(const QStringList &files)
 
 void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
 {
-    // There is one stop flag for all searches: two at a time would stop each other.
-    if (m_runningSearches > 0) {
-        m_waitingDrops += urls;
-        return;
-    }
     if (urls.isEmpty())
         return;
     const QPointer<tnCADImportDialog> self(this);
-    const int preparations = m_preparations;
-    bool closed = false;
-    const auto closing = connect(this, &QDialog::finished, this, [this, &closed] {
-        closed = true;
-        if (m_runningSearches == 1) // else a command has come meanwhile, whose files count
-            tnFileTyp::instance().stopSearch();
-    });
     tnCADImportAddFolderState(this).enter();
     const tnWaitCursor waitCursor;
-    const QStringList files = searchUrls(urls);
-    disconnect(closing);
-    if (!self || preparations != m_preparations)
+    FolderSearch search;
+    m_dropSearches.push_back(&search);
+    const QStringList files = search.run(urls);
+    if (!self || !m_dropSearches.removeOne(&search))
         return;
-    tnCADImportAddFilesState(this).enter();
-    if (!closed)
-        tableView->addFiles(files);
-    // A second start would send what is waiting in the running batch once more.
-    if (m_isRunning) {
+    showWhatRuns();
+    tableView->addFiles(files);
+}
+
+void tnCADImportDialog::setSearchVisible(bool visible)
+{
+    _lbDirectory->setVisible(visible);
+    _pbAbort->setVisible(visible);
+}
+
+bool tnCADImportDialog::isSearching() const
+{
+    return !m_dropSearches.isEmpty() || !m_commandSearches.isEmpty();
+}
+
+/// The look at the end of a drop's search or of a batch: that of what is still going on.
+void tnCADImportDialog::showWhatRuns()
+{
+    if (!m_dropSearches.isEmpty()) {
+        tnCADImportAddFolderState(this).enter();
+    } else if (m_isRunning) {
+        // A second start would send what is waiting in the running batch once more.
         tnCADImportRunState(this).enter();
         updateImportState();
+    } else {
+        tnCADImportAddFilesState(this).enter();
     }
+    setSearchVisible(isSearching());
 }
 
 void tnCADImportDialog::addPartFiles(const QStringList &files, const QString &parent)

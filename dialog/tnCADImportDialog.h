@@ -8,12 +8,14 @@
 #include <QtCore/QList>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
+#include <QtCore/QVector>
 #include <QtWidgets/QDialog>
 
 #include <memory>
 #include <unordered_map>
 #include <vector>
 
+class FolderSearch;
 class tnCADImportFileModel;
 class tnImportMode;
 
@@ -39,15 +41,16 @@ public:
 
     /// What of the files the file service supports.
     QStringList filterFiles(const QStringList &files) const;
-    /// The supported files at the urls, folders searched. Events are processed meanwhile, so the
-    /// dialog may have gone afterwards; what was found is given only if it hasn't, and if no other
-    /// import was prepared since.
+    /// The supported files at the urls, folders searched, on behalf of a command. Events are
+    /// processed meanwhile, so the dialog may have gone afterwards. The search goes on when another
+    /// import is prepared and when the dialog goes; it gives nothing when the application quits, or
+    /// when the dialog is closed while this search is all that it shows as running.
     QStringList searchUrls(const QList<QUrl> &urls);
     /// Adds what of the files is supported and not yet in the list.
     void appendFiles(const QStringList &files);
     /// Searches the urls in the add folder look and adds what was found, unless the dialog was
-    /// closed or another import prepared meanwhile. While a search is running, the urls wait for
-    /// its end.
+    /// closed or another import prepared meanwhile. Comes also during another search, which then
+    /// goes on when this one has ended.
     void addDroppedUrls(const QList<QUrl> &urls);
     /// Adds the parts of an assembly below its row; an unknown parent adds nothing.
     void addPartFiles(const QStringList &files, const QString &parent);
@@ -120,6 +123,11 @@ private:
     void showFixOrientation();
     void onSurfacesChanged(int index);
 
+    // Searches.
+    void setSearchVisible(bool visible);
+    bool isSearching() const;
+    void showWhatRuns();
+
     // The run of a batch.
     void selectMode(int index);
     void onAbort();
@@ -144,7 +152,7 @@ private:
     tndNode m_targetNode;
     std::unordered_map<tnCADFileTypes::FileType, tndXlatSettings> m_xlatSettings;
     bool m_isRunning = false; ///< a batch that was started here and is followed
-    int m_preparations = 0; ///< how often an import was prepared
-    int m_runningSearches = 0; ///< since then; more than one when a command comes during a search
-    QList<QUrl> m_waitingDrops; ///< that came during a search
+    // Running searches that belong to the present list, on the stacks of their callers.
+    QVector<FolderSearch *> m_dropSearches;
+    QVector<FolderSearch *> m_commandSearches;
 };

@@ -12,7 +12,6 @@
 #include "platform/tnFileIOService.h"
 #include "platform/tnLog.h"
 #include "platform/tnPulseInterface.h"
-#include "states/tnCADImportAddFilesState.h"
 #include "states/tnCADImportRunState.h"
 
 #include <QtCore/QSettings>
@@ -150,7 +149,7 @@ void tnCADImportDialog::onImportProgressChanged()
 void tnCADImportDialog::onImportFinished(double seconds)
 {
     m_isRunning = false;
-    tnCADImportAddFilesState(this).enter();
+    showWhatRuns();
     tnCADImportFileModel *model = fileModel();
     model->promoteCompletedParents();
     updateImportButton();
@@ -162,8 +161,7 @@ void tnCADImportDialog::onImportFinished(double seconds)
         return;
     }
     // While files are being searched for or chosen, the user expects them in this list.
-    const bool isDone =
-        m_runningSearches == 0 && m_waitingDrops.isEmpty() && !tableView->isChoosing();
+    const bool isDone = !isSearching() && !tableView->isChoosing();
     if (isDone && QSettings().value(QStringLiteral("importDialog/closeOnSuccess"), true).toBool()) {
         model->clear();
         _abort->setEnabled(true);

@@ -8,7 +8,6 @@
 #include "platform/tnFileIOService.h"
 #include "platform/tnMessage.h"
 #include "platform/tnScenegraphService.h"
-#include "records/tnFileTyp.h"
 
 #include <QtGui/QScreen>
 #include <QtGui/QWindow>
@@ -142,15 +141,8 @@ bool tnCAD::openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadSta
     if (!dialog)
         return false;
     const QPointer<tnCAD> self(this);
-    // Who closes the application's last window waits for no search, and wants no dialog after it.
-    bool isLeaving = false;
-    const auto leaving = connect(qApp, &QGuiApplication::lastWindowClosed, this, [&isLeaving] {
-        isLeaving = true;
-        tnFileTyp::instance().stopSearch();
-    });
     const QStringList files = dialog->searchUrls(urls);
-    disconnect(leaving);
-    return self && !isLeaving && openFiles(files, parent, loadState, show);
+    return self && openFiles(files, parent, loadState, show);
 }
 
 bool tnCAD::openWithChooser()

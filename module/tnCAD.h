@@ -42,7 +42,8 @@ public:
     /// dialog in.
     bool openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show);
     /// The same for files and folders. Folders are searched, with events being processed meanwhile:
-    /// another command that comes then takes precedence, and this gives false.
+    /// an aborted search opens what it has found, but nothing opens when the user closes the dialog
+    /// that shows the search, or the application quits.
     bool openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadState, bool show);
     /// The same for what the user chooses, modally, to be added to the scene.
     bool openWithChooser();

@@ -6,6 +6,7 @@
 #include "platform/tnPlatform.h"
 #include "records/tnFileTyp.h"
 #include "tests/support/ScriptedServices.h"
+#include "tests/support/duringSearch.h"
 
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
@@ -73,6 +74,11 @@ QSet<QString> listed(const tnCADImportDialog &dialog)
 {
     const QStringList files = dialog.tableView->fileModel()->fileNames(false);
     return {files.begin(), files.end()};
+}
+
+bool isShowingSearch(const tnCADImportDialog &dialog)
+{
+    return !dialog._lbDirectory->isHidden() && !dialog._pbAbort->isHidden();
 }
 
 tnCADImportDialog *openDialog()
@@ -263,9 +269,9 @@ private Q_SLOTS:
         bool stop = false;
         connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, &dialog,
                 [&](const QString &entry) {
-                    ++visits;
-                    QCOMPARE(dialog._lbDirectory->text(), entry);
-                    QVERIFY(!dialog._pbAbort->isHidden() && dialog._pbImport->isHidden());
+                    if (++visits == 1) // the others follow when there is time
+                        QCOMPARE(dialog._lbDirectory->text(), entry);
+                    QVERIFY(isShowingSearch(dialog) && dialog._pbImport->isHidden());
                     QVERIFY(QGuiApplication::overrideCursor());
                     if (stop)
                         dialog._pbAbort->click();
@@ -274,14 +280,14 @@ private Q_SLOTS:
         QVERIFY(!drop(dialog, {}));
         QVERIFY(drop(dialog, folder.urls) && visits > 1);
         QCOMPARE(listed(dialog), (QSet<QString>{folder.top, folder.deep}));
-        QVERIFY(dialog._pbAbort->isHidden() && !dialog._pbImport->isHidden());
+        QVERIFY(!isShowingSearch(dialog) && !dialog._pbImport->isHidden());
         QVERIFY(!QGuiApplication::overrideCursor());
 
         dialog.prepareImport({}, {}, 0);
-        visits = 0;
+        visits = 1;
         stop = true;
         QVERIFY(drop(dialog, QList<QUrl>{QUrl::fromLocalFile(folder.top)} + folder.urls));
-        QVERIFY(visits == 1 && listed(dialog).contains(folder.top));
+        QVERIFY(visits == 2 && listed(dialog).contains(folder.top));
 
         stop = false;
         dialog.onImport();
@@ -289,6 +295,30 @@ private Q_SLOTS:
         QVERIFY(!dialog._abort->isHidden() && dialog._pbImport->isHidden());
         emit m_services->files.importFinished(1, 1);
         QVERIFY(dialog._abort->isHidden() && !dialog._pbImport->isHidden());
+    }
+
+    void theLabelFollowsTheSearch()
+    {
+        tnCADImportDialog dialog(nullptr);
+        const auto enter = [](const QString &path) {
+            emit tnFileTyp::instance().enterDirectory(path);
+        };
+        for (const char *path : {"/first", "/second", "/last"})
+            enter(path);
+        QCOMPARE(dialog._lbDirectory->text(), QString("/first"));
+        QTRY_COMPARE(dialog._lbDirectory->text(), QString("/last"));
+
+        // Of a path that is too long, both ends are to be seen.
+        const QString dots(500, '.');
+        const auto image = [&](const QString &path) {
+            dialog._lbDirectory->setText(path);
+            return dialog._lbDirectory->grab().toImage();
+        };
+        dialog._lbDirectory->resize(200, 20);
+        const QImage whole = image("/a" + dots + "x" + dots + "/b");
+        QCOMPARE(image("/a" + dots + "y" + dots + "/b"), whole);
+        QVERIFY(image("/c" + dots + "x" + dots + "/b") != whole);
+        QVERIFY(image("/a" + dots + "x" + dots + "/c") != whole);
     }
 
     void anythingMayHappenDuringASearch()
@@ -304,7 +334,25 @@ private Q_SLOTS:
             QString left;
             std::function<void()> happens;
         } rows[] = {
-            {"drop", true, "old.step a.step b.igs other.stl", [&] { drop(*dialog, otherUrl); }},
+            {"drop", true, "old.step other.stl a.step b.igs",
+             [&] {
+                 drop(*dialog, otherUrl);
+                 QVERIFY(isShowingSearch(*dialog) && dialog->_pbImport->isHidden());
+             }},
+            {"drop, closed", false, "old.step",
+             [&] { duringSearch([&] { drop(*dialog, otherUrl); }, [&] { dialog->reject(); }); }},
+            {"command without finds", true, "old.step a.step b.igs",
+             [&] {
+                 dialog->searchUrls({QUrl::fromLocalFile(QDir(other.path()).filePath("none"))});
+                 QVERIFY(isShowingSearch(*dialog));
+             }},
+            {"end of a batch", true, "old.step a.step b.igs",
+             [&] {
+                 dialog->tableView->fileModel()->setFileState("/cad/old.step",
+                                                              ImportState::Succeeded);
+                 emit m_services->files.importFinished(1, 1);
+                 QVERIFY(isShowingSearch(*dialog) && dialog->_pbImport->isHidden());
+             }},
             {"close", false, "", [&] { dialog->_pbClose->click(); }},
             {"escape", false, "old.step", [&] { dialog->reject(); }},
             {"prepare", true, "new.step", [&] { dialog->prepareImport({"/cad/new.step"}, {}, 3); }},
@@ -323,17 +371,9 @@ private Q_SLOTS:
             dialog = new tnCADImportDialog(nullptr);
             dialog->prepareImport({"/cad/old.step"}, {}, 0);
             dialog->show();
-            bool once = false;
-            const auto meanwhile = [&] {
-                if (!std::exchange(once, true))
-                    row.happens();
-            };
-            const auto connection = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory,
-                                            qApp, meanwhile, Qt::QueuedConnection);
-            dialog->addDroppedUrls(folder.urls);
-            QCoreApplication::processEvents(); // a drop has waited
-            disconnect(connection);
-            QVERIFY2(once && !QGuiApplication::overrideCursor(), row.what);
+            QVERIFY2(duringSearch([&] { dialog->addDroppedUrls(folder.urls); }, row.happens),
+                     row.what);
+            QVERIFY2(!QGuiApplication::overrideCursor(), row.what);
             QVERIFY2(!dialog == (row.what == "delete"), row.what);
             if (!dialog)
                 continue;
@@ -341,7 +381,7 @@ private Q_SLOTS:
             for (const QString &path : dialog->tableView->fileModel()->fileNames(false))
                 files << QFileInfo(path).fileName();
             QVERIFY2(files.join(' ') == row.left, row.what + ' ' + files.join(' ').toUtf8());
-            QVERIFY2(dialog->isVisible() == row.isOpen, row.what);
+            QVERIFY2(dialog->isVisible() == row.isOpen && !isShowingSearch(*dialog), row.what);
             QVERIFY2((dialog->windowTitle() == "Re-import File") == (row.what == "prepare"),
                      row.what);
             delete dialog;

@@ -5,9 +5,9 @@
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
 #include "platform/tnMessage.h"
-#include "records/tnFileTyp.h"
 #include "tests/support/CapturedStream.h"
 #include "tests/support/ScriptedServices.h"
+#include "tests/support/duringSearch.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -186,15 +186,80 @@ private Q_SLOTS:
         QCOMPARE(listed(*dialog()), QStringList({"/other.step", "/more.step"}));
     }
 
-    void searchEndsWithTheLastWindow()
+    void anythingMayHappenDuringASearch()
     {
         const QTemporaryDir folder;
-        QVERIFY(QFile(folder.filePath("a.step")).open(QIODevice::WriteOnly));
-        const auto close = connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, qApp,
-                                   [] { emit qApp->lastWindowClosed(); });
-        send("importCAD", {{"urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}}});
-        disconnect(close);
-        QVERIFY(!dialog()->isVisible() && listed(*dialog()).isEmpty());
+        const QTemporaryDir other;
+        const QList<QUrl> otherUrl{QUrl::fromLocalFile(other.path())};
+        for (const QString &path :
+             {folder.filePath("a.step"), folder.filePath("b.stl"), other.filePath("other.stl")})
+            QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+        const auto reload = [&] {
+            QTimer::singleShot(0, dialog(), [this] {
+                dialog()->tableView->fileModel()->setFileState("/a/c.step", ImportState::Succeeded);
+                emit m_services->files.importFinished(1, 0); // closes the dialog
+            });
+            const tnMessage message =
+                send("reloadCAD", {{"files", QStringList("/a/c.step")}, {"wait", true}});
+            QCOMPARE(boost::any_cast<int>(message.get("result")), 0);
+        };
+        enum { Nothing, FirstFolder, Everything };
+        const struct {
+            const char *what;
+            bool isShown; // before the search
+            int opened;
+            std::function<void()> happens;
+        } rows[] = {
+            {"a window closes", false, Everything, [] { emit qApp->lastWindowClosed(); }},
+            {"a reload comes and ends", false, Everything, reload},
+            {"a reload comes and ends, shown", true, Everything, reload},
+            {"another import", true, Everything,
+             [] {
+                 send("importCAD", {{"files", Paths{"/a/d.step", "/a/e.stl"}}});
+             }},
+            {"another search", true, Everything,
+             [&] {
+                 send("importCAD", {{"urls", otherUrl}});
+             }},
+            {"a drop is closed", true, Everything,
+             [&] {
+                 duringSearch([&] { dialog()->addDroppedUrls(otherUrl); },
+                              [this] { dialog()->reject(); });
+             }},
+            {"a drop", true, Everything,
+             [&] {
+                 dialog()->addDroppedUrls(otherUrl);
+                 QVERIFY(look(*dialog()) == tnCADImportDialog::AddFolder); // for this one
+             }},
+            {"abort", true, FirstFolder, [this] { dialog()->_pbAbort->click(); }},
+            {"close", true, Nothing, [this] { dialog()->_pbClose->click(); }},
+            {"the dialog goes", true, Everything, [this] { delete dialog(); }},
+            {"the module goes", true, Nothing, [this] { m_module.reset(); }},
+        };
+        const QList<QUrl> urls{QUrl::fromLocalFile(folder.path()), otherUrl.first()};
+        for (const auto &row : rows) {
+            init();
+            m_services->files.handledByDialog = true;
+            if (row.isShown)
+                send("importCAD", {{"files", Paths{"/a/old.step"}}});
+            QVERIFY2(duringSearch(
+                         [&] {
+                             send("importCAD", {{"urls", urls}});
+                         },
+                         row.happens),
+                     row.what);
+            QStringList expected;
+            if (row.opened != Nothing)
+                expected << folder.filePath("a.step") << folder.filePath("b.stl");
+            if (row.opened == Everything)
+                expected << other.filePath("other.stl");
+            const bool isOpen = m_module && dialog()->isVisible();
+            QVERIFY2(isOpen == (row.opened != Nothing), row.what);
+            if (isOpen) {
+                QVERIFY2(listed(*dialog()) == expected, row.what);
+                QVERIFY2(look(*dialog()) == tnCADImportDialog::AddFiles, row.what);
+            }
+        }
     }
 
     void nothingToImportEndsTheCommand()

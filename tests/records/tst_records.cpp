@@ -1,7 +1,9 @@
 #include "records/CADFileTypes.h"
+#include "records/FolderSearch.h"
 #include "records/tnCADImportFile.h"
 #include "records/tnFileTyp.h"
 #include "tests/support/ScriptedServices.h"
+#include "tests/support/duringSearch.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QDir>
@@ -35,6 +37,12 @@ private:
     {
         for (const QString &name : names)
             makeFile(name, 0);
+    }
+    void makeManyFolders()
+    {
+        for (int i = 0; i < 50; ++i)
+            make({QString("top/%1/x.step").arg(i)});
+        make({"other/y.step"});
     }
 
 private Q_SLOTS:
@@ -230,10 +238,7 @@ private Q_SLOTS:
 
     void canBeStoppedAndKeepsWhatItFound()
     {
-        QStringList names;
-        for (int i = 0; i < 50; ++i)
-            names << QString("top/%1/x.step").arg(i);
-        make(names + QStringList("other/y.step"));
+        makeManyFolders();
         auto &search = tnFileTyp::instance();
         search.stopSearch(); // before a search it means nothing
         int entered = 0;
@@ -247,6 +252,61 @@ private Q_SLOTS:
         QVERIFY(!found.isEmpty() && found.size() < 10 && (entered == 10 || entered == 11));
         QVERIFY(!found.contains(path("other/y.step")));
         QCOMPARE(search.searchFiles({url("other")}).size(), 1);
+    }
+
+    void searchesThatAreNested()
+    {
+        makeManyFolders();
+        auto &search = tnFileTyp::instance();
+        const auto many = [&] { return search.searchFiles({url("top"), url("other")}).size(); };
+        int outer = 0;
+        int inner = 0;
+        const auto nested = [&] { inner = search.searchFiles({url("other")}).size(); };
+        QVERIFY(duringSearch([&] { outer = many(); }, nested));
+        QVERIFY(outer == 51 && inner == 1);
+        // A search that begins later takes nothing from the request, nor does it obey it.
+        QVERIFY(duringSearch([&] { outer = many(); },
+                             [&] {
+                                 search.stopSearch();
+                                 nested();
+                             }));
+        QVERIFY(outer < 5 && inner == 1);
+        // Who sees one progress and one button means all that is running.
+        QVERIFY(duringSearch(
+            [&] { outer = many(); },
+            [&] { duringSearch([&] { inner = many(); }, [&] { search.stopSearch(); }); }));
+        QVERIFY(outer < 5 && inner < 5);
+        // Nobody wants the finds of this one; the one inside is not meant.
+        FolderSearch discarded;
+        QStringList left{"?"};
+        QVERIFY(duringSearch([&] { left = discarded.run({url("top")}); },
+                             [&] {
+                                 discarded.discard();
+                                 nested();
+                             }));
+        QVERIFY(left.isEmpty() && inner == 1);
+    }
+
+    void theEndOfTheApplicationEndsASearch()
+    {
+        makeManyFolders();
+        // In the short one the request comes after the last look but one.
+        for (const char *folder : {"top", "other"}) {
+            int entered = 0;
+            QStringList left{"?"};
+            QObject context;
+            connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, &context, [&] {
+                ++entered;
+                QThread::msleep(2); // or all has been visited before anybody looks
+            });
+            QTimer::singleShot(0, &context, [&] {
+                duringSearch(
+                    [&] { left = tnFileTyp::instance().searchFiles({url(folder)}); },
+                    [] { QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(3); }); });
+            });
+            QCOMPARE(QCoreApplication::exec(), 3);
+            QVERIFY2(left.isEmpty() && entered > 1 && entered < 100, folder);
+        }
     }
 };
 
