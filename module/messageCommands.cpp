@@ -37,7 +37,7 @@ void importCAD(tnMessage &message)
         return;
 
     unsigned int parentNodeId = 0;
-    int loadState = tnCAD::AddFiles;
+    int loadState = tnCADImportDialog::AddFiles;
     bool wait = false;
     getFromMessage(message, "parentNodeId", parentNodeId);
     getFromMessage(message, "loadState", loadState);
@@ -79,7 +79,7 @@ void reloadCAD(tnMessage &message)
     if (tnController::isNoGUI() || tnController::isHideGUI())
         showDialog = false;
 
-    if (!module->openFiles(files, parent, tnCAD::Reload, showDialog))
+    if (!module->openFiles(files, parent, tnCADImportDialog::Reload, showDialog))
         return;
     const QPointer<tnCADImportDialog> dialog = module->dialog();
     bool startImport = !showDialog; // nobody else could

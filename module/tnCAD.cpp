@@ -2,6 +2,7 @@
 
 #include "dialog/tnCADImportDialog.h"
 #include "filelist/tnFileImportDialog.h"
+#include "module/DialogHolder.h"
 #include "module/getService.h"
 #include "module/messageCommands.h"
 #include "platform/tnController.h"
@@ -9,43 +10,16 @@
 #include "platform/tnMessage.h"
 #include "platform/tnScenegraphService.h"
 
-#include <QtGui/QScreen>
-#include <QtGui/QWindow>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QStyle>
+#include <QtCore/QPointer>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace {
 
 constexpr unsigned int moduleFlags = 0x20010;
 
-/// Without one, the first widget would end the process.
-bool canHaveWindows()
-{
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
-        return true;
-    std::fputs("tnCAD: the import needs a dialog, and there is no QApplication to show it!\n",
-               stderr);
-    return false;
-}
-
-/// The dialog has a size by its own liking, which is too much for small screens in large scales.
-void fitToScreen(QWidget &window)
-{
-    if (const QScreen *const screen = window.screen()) {
-        const QSize title(0, window.style()->pixelMetric(QStyle::PM_TitleBarHeight));
-        window.resize(window.size().boundedTo(screen->availableSize() - title));
-    }
-}
-
-/// Ends a dialog that has no parent to end it.
-struct LastDialog {
-    QPointer<tnCADImportDialog> dialog;
-
-    ~LastDialog() { delete dialog; }
-};
+/// The load state that takes a single file past the dialog.
+constexpr int directLoad = -1;
 
 } // namespace
 
@@ -63,8 +37,7 @@ tnCAD::~tnCAD()
 {
     tnController::subCB("importCAD");
     tnController::subCB("reloadCAD");
-    qRemovePostRoutine(&tnCAD::deleteDialog);
-    delete m_dialog;
+    DialogHolder::end();
 }
 
 void *tnCAD::moduleQuery()
@@ -83,48 +56,22 @@ int tnCAD::message(tnMessage &message)
 
 tnCADImportDialog *tnCAD::dialog() const
 {
-    return m_dialog;
-}
-
-void tnCAD::deleteDialog()
-{
-    delete s_instance->m_dialog;
-}
-
-tnCADImportDialog *tnCAD::ensureDialog()
-{
-    if (!m_dialog && canHaveWindows()) {
-        // A dialog without parent would outlive an application that goes before the module, and no
-        // widget survives that. Each application calls its routines once.
-        qAddPostRoutine(&tnCAD::deleteDialog);
-        m_dialog = new tnCADImportDialog(tnController::getMainWindow());
-        fitToScreen(*m_dialog);
-        // Objects in static storage go in the reverse order of their making. The module is older
-        // than what the dialog's making has brought up in the libraries, the settings for one,
-        // without which the dialog can't end; this one is younger. What windows need to go is made
-        // only when the first of them goes.
-        {
-            const QWindow gone;
-        }
-        static LastDialog last;
-        last.dialog = m_dialog;
-    }
-    return m_dialog;
+    return DialogHolder::dialog();
 }
 
 bool tnCAD::openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show)
 {
     if (files.isEmpty())
         return false;
-    tnCADImportDialog *const dialog = ensureDialog();
+    tnCADImportDialog *const dialog = DialogHolder::ensure();
     if (!dialog)
         return false;
     const QStringList filtered = dialog->filterFiles(files);
     if (filtered.isEmpty())
         return false;
 
-    const int state = std::max(loadState, static_cast<int>(AddFiles));
-    if (state != Reload && filtered.size() == 1
+    const int state = std::max<int>(loadState, tnCADImportDialog::AddFiles);
+    if (state != tnCADImportDialog::Reload && filtered.size() == 1
         && tryDirectLoad(filtered.first(), parent, loadState))
         return false;
     dialog->prepareImport(filtered, parent, state);
@@ -137,7 +84,7 @@ bool tnCAD::openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadSta
 {
     if (urls.isEmpty())
         return false;
-    tnCADImportDialog *const dialog = ensureDialog();
+    tnCADImportDialog *const dialog = DialogHolder::ensure();
     if (!dialog)
         return false;
     const QPointer<tnCAD> self(this);
@@ -147,14 +94,14 @@ bool tnCAD::openUrls(const QList<QUrl> &urls, const tndNode &parent, int loadSta
 
 bool tnCAD::openWithChooser()
 {
-    if (!canHaveWindows())
+    if (!DialogHolder::canMake())
         return false;
     const QPointer<tnCAD> self(this);
     tnFileImportDialog chooser;
     if (chooser.exec() != QDialog::Accepted)
         return false;
     const QStringList files = chooser.selectedImportFiles();
-    return self && openFiles(files, tndNode(), AddFiles, true);
+    return self && openFiles(files, tndNode(), tnCADImportDialog::AddFiles, true);
 }
 
 bool tnCAD::tryDirectLoad(const QString &file, const tndNode &parent, int loadState)
@@ -164,7 +111,7 @@ bool tnCAD::tryDirectLoad(const QString &file, const tndNode &parent, int loadSt
     const bool candidate = files->isDirectLoadCandidate(file);
     const bool allowed = tnScenegraphService::the()->allowsDirectLoad();
 
-    if (handledByDialog && !(candidate && allowed && loadState == DirectLoad))
+    if (handledByDialog && !(candidate && allowed && loadState == directLoad))
         return false;
     files->loadFiles({file}, parent, QString(), true, true, true);
     return true;

@@ -4,7 +4,6 @@
 #include "platform/tndNode.h"
 
 #include <QtCore/QList>
-#include <QtCore/QPointer>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
@@ -12,17 +11,11 @@ class tnCADImportDialog;
 
 /// The CAD import module: registers the commands importCAD and reloadCAD and decides which of their
 /// files go straight to the host's file service and which are the user's to look over first. One
-/// object per process; GUI thread only.
-///
-/// It owns the import dialog, which is made on first need as a child of the host's main window and
-/// goes with the first of main window, application and module.
+/// object per process; GUI thread only. It ends the import dialog when it goes.
 class tnCAD : public tnModuleBase {
     Q_OBJECT
 
 public:
-    /// The workflow that a command asks for; see "loadState" in docs/host-integration.md.
-    enum LoadState { DirectLoad = -1, AddFiles = 0, AddFolder = 1, Run = 2, Reload = 3 };
-
     tnCAD();
     ~tnCAD() override;
 
@@ -36,10 +29,11 @@ public:
     /// The import dialog, null as long as nothing has needed one. Events may delete it.
     tnCADImportDialog *dialog() const;
 
-    /// Opens what of the files can be imported, under the parent (null: the host decides). Gives
-    /// true when the dialog holds the files and is in charge, false when there was nothing to open,
-    /// the file service has taken the one file directly, or there is no application to have a
-    /// dialog in.
+    /// Opens what of the files can be imported, under the parent (null: the host decides). The load
+    /// state is one of tnCADImportDialog::Entry, or -1: see "loadState" in
+    /// docs/host-integration.md. Gives true when the dialog holds the files and is in charge, false
+    /// when there was nothing to open, the file service has taken the one file directly, or a
+    /// dialog can't be made, which the log tells.
     bool openFiles(const QStringList &files, const tndNode &parent, int loadState, bool show);
     /// The same for files and folders. Folders are searched, with events being processed meanwhile:
     /// an aborted search opens what it has found, but nothing opens when the user closes the dialog
@@ -53,11 +47,7 @@ Q_SIGNALS:
     void onNewScene();
 
 private:
-    static void deleteDialog();
-    tnCADImportDialog *ensureDialog();
     bool tryDirectLoad(const QString &file, const tndNode &parent, int loadState);
 
     static tnCAD *s_instance;
-
-    QPointer<tnCADImportDialog> m_dialog;
 };

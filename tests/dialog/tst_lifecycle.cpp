@@ -1,8 +1,5 @@
 #include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
-#include "module/tnCAD.h"
-#include "platform/tnController.h"
-#include "platform/tnMessage.h"
 #include "platform/tnPlatform.h"
 #include "records/tnFileTyp.h"
 #include "tests/support/ScriptedServices.h"
@@ -10,7 +7,6 @@
 
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
-#include <QtCore/QProcess>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
@@ -79,46 +75,6 @@ QSet<QString> listed(const tnCADImportDialog &dialog)
 bool isShowingSearch(const tnCADImportDialog &dialog)
 {
     return !dialog._lbDirectory->isHidden() && !dialog._pbAbort->isHidden();
-}
-
-tnCADImportDialog *openDialog()
-{
-    tnMessage message;
-    message.set("files", QStringList{"/cad/a.step", "/cad/b.igs"}, true);
-    tnController::callCB("reloadCAD", message);
-    tnCADImportDialog *const dialog = tnCAD::instance()->dialog();
-    if (dialog)
-        dialog->tableView->selectAll();
-    return dialog;
-}
-
-/// Runs in a process of its own: the module, which ends with the process, and what goes before it.
-int dieInOrder(const QByteArray &order, int argc, char **argv)
-{
-    static ScriptedServices services;
-    auto application = std::make_unique<QApplication>(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("tn"));
-    QCoreApplication::setApplicationName(QStringLiteral("exit"));
-    std::unique_ptr<QWidget> mainWindow;
-    if (order.startsWith("window")) {
-        mainWindow = std::make_unique<QWidget>();
-        tnController::setMainWindow(mainWindow.get());
-    }
-    static tnCAD module;
-    const QPointer<tnCADImportDialog> dialog = openDialog();
-    std::make_unique<QWidget>()->show(); // and gone again, which leaves its traces in Qt
-    if (order == "exit") // the application stays, and the module goes before it
-        std::exit(0);
-    order.startsWith("window") ? mainWindow.reset() : application.reset();
-    QSettings settings("tn", "exit");
-    if (dialog || settings.allKeys() != keys)
-        return 2;
-    settings.clear(); // whatever comes now would come twice
-    settings.sync();
-    if (order == "window exit")
-        std::exit(0);
-    application.reset();
-    return openDialog() ? 3 : 0; // without application there is none
 }
 
 } // namespace
@@ -387,31 +343,7 @@ private Q_SLOTS:
             delete dialog;
         }
     }
-
-    void whoeverDiesFirst()
-    {
-        QSettings settings("tn", "exit");
-        for (const QString order : {"application", "exit", "window application", "window exit"}) {
-            settings.clear();
-            settings.sync();
-            QProcess process;
-            process.setProcessChannelMode(QProcess::MergedChannels);
-            process.start(QCoreApplication::applicationFilePath(), {"--die", order});
-            QVERIFY(process.waitForFinished());
-            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
-                     order.toUtf8() + ": " + process.readAll());
-            settings.sync();
-            QCOMPARE(settings.allKeys(), order == "exit" ? keys : QStringList());
-        }
-    }
 };
 
-int main(int argc, char **argv)
-{
-    if (argc == 3 && qstrcmp(argv[1], "--die") == 0)
-        return dieInOrder(argv[2], argc, argv);
-    QApplication application(argc, argv);
-    tst_Lifecycle test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(tst_Lifecycle)
 #include "tst_lifecycle.moc"

@@ -4,6 +4,7 @@
 #include "module/getService.h"
 #include "module/tnCAD.h"
 #include "platform/tnController.h"
+#include "platform/tnLog.h"
 #include "platform/tnMessage.h"
 #include "tests/support/CapturedStream.h"
 #include "tests/support/ScriptedServices.h"
@@ -235,6 +236,7 @@ private Q_SLOTS:
             {"close", true, Nothing, [this] { dialog()->_pbClose->click(); }},
             {"the dialog goes", true, Everything, [this] { delete dialog(); }},
             {"the module goes", true, Nothing, [this] { m_module.reset(); }},
+            {"the file service goes", true, Nothing, [this] { m_services.reset(); }},
         };
         const QList<QUrl> urls{QUrl::fromLocalFile(folder.path()), otherUrl.first()};
         for (const auto &row : rows) {
@@ -253,12 +255,36 @@ private Q_SLOTS:
                 expected << folder.filePath("a.step") << folder.filePath("b.stl");
             if (row.opened == Everything)
                 expected << other.filePath("other.stl");
-            const bool isOpen = m_module && dialog()->isVisible();
+            const bool isOpen = m_module && m_services && dialog()->isVisible();
             QVERIFY2(isOpen == (row.opened != Nothing), row.what);
             if (isOpen) {
                 QVERIFY2(listed(*dialog()) == expected, row.what);
                 QVERIFY2(look(*dialog()) == tnCADImportDialog::AddFiles, row.what);
             }
+        }
+    }
+
+    void withoutFileServiceCommandsOnlyTell()
+    {
+        m_services.reset();
+        const std::pair<const char *, std::vector<tnMessage::Attribute>> commands[] = {
+            {"importCAD", {}}, // no chooser either
+            {"importCAD", {{"files", Paths{"/a/b.step"}}, {"wait", true}}},
+            {"importCAD", {{"urls", QList<QUrl>{QUrl::fromLocalFile("/")}}, {"wait", true}}},
+            {"reloadCAD", {{"files", QStringList{"/a/b.step"}}, {"wait", true}}},
+        };
+        for (const auto &[command, attributes] : commands) {
+            QStringList log;
+            tnLog::setSink([&log](tnLog::Level level, const QString &text) {
+                QCOMPARE(level, tnLog::Level::Error);
+                log << text;
+            });
+            CapturedStream err(stderr); // the look-up has a line of its own
+            const tnMessage message = send(command, attributes);
+            err.take();
+            tnLog::setSink(nullptr);
+            QCOMPARE(log, QStringList("tCAD: there is no file service to import files with!"));
+            QVERIFY(!dialog() && message.get("result").empty());
         }
     }
 
