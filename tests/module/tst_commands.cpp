@@ -1,5 +1,6 @@
 #include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
+#include "module/DialogHolder.h"
 #include "module/getFromMessage.h"
 #include "module/getService.h"
 #include "module/tnCAD.h"
@@ -236,7 +237,7 @@ private Q_SLOTS:
             {"close", true, Nothing, [this] { dialog()->_pbClose->click(); }},
             {"the dialog goes", true, Everything, [this] { delete dialog(); }},
             {"the module goes", true, Nothing, [this] { m_module.reset(); }},
-            {"the file service goes", true, Nothing, [this] { m_services.reset(); }},
+            {"the file service goes", false, Nothing, [this] { m_services.reset(); }},
         };
         const QList<QUrl> urls{QUrl::fromLocalFile(folder.path()), otherUrl.first()};
         for (const auto &row : rows) {
@@ -255,7 +256,7 @@ private Q_SLOTS:
                 expected << folder.filePath("a.step") << folder.filePath("b.stl");
             if (row.opened == Everything)
                 expected << other.filePath("other.stl");
-            const bool isOpen = m_module && m_services && dialog()->isVisible();
+            const bool isOpen = DialogHolder::dialog() && DialogHolder::dialog()->isVisible();
             QVERIFY2(isOpen == (row.opened != Nothing), row.what);
             if (isOpen) {
                 QVERIFY2(listed(*dialog()) == expected, row.what);
