@@ -1,16 +1,17 @@
 // What the file list costs with many files. Prints one line per measurement; the times are of the
 // best of some rounds. "Facts alone" is what the disk's answers cost without the list, so that they
-// can be taken off the lines that add files.
+// can be taken off the lines that add files. An argument is the number of files in the shown
+// window, 100,000 without one.
 
 #include "benchmarks/InstantFileService.h"
 #include "benchmarks/measuring.h"
+#include "dialog/tnCADImportDialog.h"
 #include "filelist/tnCADImportFileModel.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QSortFilterProxyModel>
+#include <QtCore/QItemSelection>
 #include <QtCore/QTemporaryDir>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QTableView>
 
 #include <algorithm>
 #include <chrono>
@@ -84,37 +85,79 @@ void measureAdding(const char *kind, const QStringList &paths)
         [&] { model->addFiles(paths); });
 }
 
-/// The sort proxy builds its mapping anew for each row that comes, so its share grows with the
-/// square of the count, whatever the list does.
-void measureAddingOnShow(const QStringList &paths)
-{
-    std::unique_ptr<tnCADImportFileModel> model;
-    QSortFilterProxyModel proxy;
-    proxy.setSortRole(tnCADImportFileModel::SortRole);
-    QTableView view;
-    view.setSortingEnabled(true);
-    view.resize(800, 600);
-    view.show();
-    const auto attach = [&](int sortColumn) {
-        view.setModel(nullptr);
-        model = std::make_unique<tnCADImportFileModel>();
-        proxy.setSourceModel(model.get());
-        proxy.sort(sortColumn);
-        view.setModel(&proxy);
+/// The list in the shown window, painted after each step. Selected is every second row, which makes
+/// the most ranges of a selection.
+class ShownList {
+public:
+    ShownList(const QStringList &paths, bool isSelected, bool isSorted)
+        : m_paths(paths)
+        , m_isSelected(isSelected)
+        , m_isSorted(isSorted)
+    {
+        m_dialog.prepareImport({}, {}, 0);
+        m_dialog.show();
+        if (isSorted)
+            m_view.sortByColumn(tnCADImportFileModel::FileColumn, Qt::DescendingOrder);
         QCoreApplication::processEvents();
-    };
-    const auto add = [&] {
-        model->addFiles(paths);
+    }
+    void measureAll()
+    {
+        const QString name =
+            QStringLiteral("on show%1%2: ")
+                .arg(m_isSelected ? ", selected" : "", m_isSorted ? ", sorted" : "");
+        const auto step = [&](const char *what, const std::function<void()> &prepare,
+                              const std::function<void()> &work) {
+            measure((name + what).toStdString().c_str(), m_paths.size(), prepare, [&] {
+                work();
+                QCoreApplication::processEvents();
+            });
+        };
+        const QStringList known = m_paths.mid(0, 100);
+        step(
+            "added", [&] { fill(known); }, [&] { m_dialog.appendFiles(m_paths); });
+        step(
+            "cleared by state", [&] { fill(m_paths); },
+            [&] { m_view.fileModel()->removeFilesInState(ImportState::Pending, false); });
+        step(
+            "all selected ones removed",
+            [&] {
+                fill(m_paths);
+                m_view.clearSelection(); // Qt merges selections in square time
+                m_view.selectAll();
+            },
+            [&] { m_view.onRemove(); });
+        step(
+            "every second one removed", [&] { fill(m_paths); },
+            [&] {
+                std::set<int> rows;
+                for (int row = 0; row < m_paths.size(); row += 2)
+                    rows.insert(rows.end(), row);
+                m_view.fileModel()->removeFiles(rows);
+            });
+        step(
+            "new list", [&] { fill(m_paths); }, [&] { m_dialog.prepareImport({}, {}, 0); });
+    }
+
+private:
+    void fill(const QStringList &paths)
+    {
+        m_dialog.prepareImport(paths, {}, 0);
+        if (m_isSelected) {
+            QItemSelection rows;
+            const QAbstractItemModel &model = *m_view.model();
+            for (int row = 0; row < model.rowCount(); row += 2)
+                rows.append({model.index(row, 0), model.index(row, model.columnCount() - 1)});
+            m_view.selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+        }
         QCoreApplication::processEvents();
-    };
-    const int count = paths.size();
-    measure(
-        "missing files: with a view, behind a proxy", count, [&] { attach(-1); }, add);
-    measure(
-        "missing files: the same, sorted by name", count, [&] { attach(0); }, add);
-    proxy.setSourceModel(nullptr);
-    view.setModel(nullptr);
-}
+    }
+
+    const QStringList m_paths;
+    const bool m_isSelected;
+    const bool m_isSorted;
+    tnCADImportDialog m_dialog{nullptr};
+    tnCADImportTableView &m_view = *m_dialog.tableView;
+};
 
 void measureChanges(int rows, int changes)
 {
@@ -150,6 +193,8 @@ void measureChanges(int rows, int changes)
 
 int main(int argc, char **argv)
 {
+    const QTemporaryDir home; // windows keep their settings
+    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
@@ -162,8 +207,11 @@ int main(int argc, char **argv)
         const QTemporaryDir folder;
         measureAdding("files on disk", makePaths(count, &folder));
     }
-    for (const int count : {10000, 20000})
-        measureAddingOnShow(makePaths(count, nullptr));
+    const int shown = argc > 1 ? std::atoi(argv[1]) : 100000;
+    for (const bool isSorted : {false, true}) {
+        for (const bool isSelected : {false, true})
+            ShownList(makePaths(shown, nullptr), isSelected, isSorted).measureAll();
+    }
     measureChanges(10000, 1000);
     measureChanges(100000, 1000);
 

@@ -252,8 +252,7 @@ void tnCADImportDialog::connectSettingsWatchers()
 
 tnCADImportFileModel *tnCADImportDialog::fileModel() const
 {
-    // Not through the view: while many files are added, its proxy looks away.
-    return findChild<tnCADImportFileModel *>(QString(), Qt::FindDirectChildrenOnly);
+    return tableView->fileModel();
 }
 
 void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &node, int entry)
@@ -267,7 +266,6 @@ void tnCADImportDialog::prepareImport(const QStringList &files, const tndNode &n
     m_isRunning = false;
 
     fileModel()->clear();
-    _pbRemove->setEnabled(false); // a list that is cleared does not tell of its selection
     int mode = _cbMode->currentIndex();
     switch (entry) {
     case AddFolder:
@@ -319,7 +317,7 @@ QStringList tnCADImportDialog::searchUrls(const QList<QUrl> &urls)
 
 void tnCADImportDialog::appendFiles(const QStringList &files)
 {
-    tableView->addFiles(filterFiles(files));
+    fileModel()->addFiles(filterFiles(files));
 }
 
 void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
@@ -335,7 +333,7 @@ void tnCADImportDialog::addDroppedUrls(const QList<QUrl> &urls)
     if (!self || !m_dropSearches.removeOne(&search))
         return;
     showWhatRuns();
-    tableView->addFiles(files);
+    fileModel()->addFiles(files);
 }
 
 void tnCADImportDialog::setSearchVisible(bool visible)

@@ -17,6 +17,9 @@
 
 namespace {
 
+/// From so many on, what each row costs a listener counts more than a fresh start.
+constexpr std::size_t manyRows = 200;
+
 constexpr std::array<const char *, tnCADImportFileModel::ColumnCount> columnTitles{
     QT_TRANSLATE_NOOP("tnCADImportFileModel", "File"),
     QT_TRANSLATE_NOOP("tnCADImportFileModel", "Type"),
@@ -81,6 +84,29 @@ bool areChildrenFinished(const tnCADImportFile &file)
 
 } // namespace
 
+/// Announces an operation on many rows for as long as it lives.
+class tnCADImportFileModel::Bulk {
+public:
+    Bulk(tnCADImportFileModel &model, std::size_t rows)
+        : m_model(model)
+        , m_listener(rows < manyRows ? nullptr : model.m_bulkListener)
+    {
+        if (m_listener)
+            m_listener->beginBulk();
+    }
+    ~Bulk()
+    {
+        // The listener may have gone meanwhile, with its own listeners.
+        if (m_listener && m_listener == m_model.m_bulkListener)
+            m_listener->endBulk();
+    }
+    Q_DISABLE_COPY_MOVE(Bulk)
+
+private:
+    tnCADImportFileModel &m_model;
+    BulkListener *const m_listener;
+};
+
 tnCADImportFileModel::tnCADImportFileModel(QObject *parent)
     : QAbstractTableModel(parent)
     , m_runningIcon(loadRunIcon())
@@ -95,7 +121,7 @@ tnCADImportFileModel::~tnCADImportFileModel() = default;
 
 int tnCADImportFileModel::rowCount(const QModelIndex &) const
 {
-    return static_cast<int>(m_rows.size());
+    return static_cast<int>(m_rows.size() - m_gapSize);
 }
 
 int tnCADImportFileModel::columnCount(const QModelIndex &) const
@@ -197,8 +223,8 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
     std::pmr::monotonic_buffer_resource memory;
     std::pmr::unordered_set<QString> known(&memory);
     if (paths.size() > 1)
-        known.reserve(m_rows.size() + static_cast<std::size_t>(paths.size()));
-    std::size_t rowsSeen = 0;
+        known.reserve(static_cast<std::size_t>(rowCount() + paths.size()));
+    int rowsSeen = 0;
     const auto forget = [&] {
         known.clear();
         rowsSeen = 0;
@@ -209,21 +235,25 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
     const auto isKnown = [&](const QString &path) {
         if (paths.size() == 1)
             return rowOf(path) >= 0;
-        for (; rowsSeen < m_rows.size(); ++rowsSeen)
-            known.insert(m_rows[rowsSeen]->path());
+        for (; rowsSeen < rowCount(); ++rowsSeen)
+            known.insert(recordAt(rowsSeen)->path());
         return known.count(path) > 0;
     };
 
     bool added = false;
-    for (const QString &path : paths) {
-        if (isKnown(path))
-            continue;
-        const int row = rowCount();
-        beginInsertRows({}, row, row);
-        m_rows.push_back(std::make_shared<tnCADImportFile>(path));
-        requestFileType(*m_rows.back());
-        endInsertRows();
-        added = true;
+    {
+        const Bulk bulk(*this, static_cast<std::size_t>(paths.size()));
+        for (const QString &path : paths) {
+            if (isKnown(path))
+                continue;
+            const int row = rowCount();
+            beginInsertRows({}, row, row);
+            closeGap();
+            m_rows.push_back(std::make_shared<tnCADImportFile>(path));
+            requestFileType(*m_rows.back());
+            endInsertRows();
+            added = true;
+        }
     }
     if (added)
         emit changed();
@@ -235,9 +265,10 @@ bool tnCADImportFileModel::addChildFiles(const QStringList &paths, const QString
     if (parentRow < 0)
         return false;
     if (!paths.isEmpty()) {
-        const Record parent = m_rows[static_cast<std::size_t>(parentRow)];
+        const Record parent = record(parentRow);
         int row = parentRow + 1;
         beginInsertRows({}, row, row + paths.size() - 1);
+        closeGap();
         for (const QString &path : paths) {
             const auto child = std::make_shared<tnCADImportFile>(path);
             child->setParent(parent);
@@ -263,42 +294,62 @@ void tnCADImportFileModel::receiveFileType(const QString &path, tnCADFileTypes::
     const int row = rowOf(path);
     if (row < 0)
         return;
-    const Record file = m_rows[static_cast<std::size_t>(row)];
+    const Record file = record(row);
     file->setFileType(type);
     emit changed();
     // A listener may have moved the row or taken it away.
-    const auto found = std::find(m_rows.begin(), m_rows.end(), file);
-    if (found != m_rows.end())
-        announceCell(static_cast<int>(found - m_rows.begin()), TypeColumn);
+    for (int now = 0; now < rowCount(); ++now) {
+        if (recordAt(now) == file.get())
+            return announceCell(now, TypeColumn);
+    }
 }
 
 void tnCADImportFileModel::removeFiles(std::set<int> &rows)
 {
-    // What the set gains lies behind the row at hand, so the walk meets it and its own parts too.
-    // The link of a part to its parent decides: the parent's list keeps the links of parts that
-    // have gone, so its length says nothing of the rows below.
+    // What the set gains lies behind the row at hand, so the walk meets it.
     for (const int row : rows) {
-        const tnCADImportFile *file = recordAt(row);
-        if (!file || !file->hasChildren())
-            continue;
-        int below = row + 1;
-        for (const auto *part = recordAt(below); part && isPartOf(*part, file);
-             part = recordAt(below))
-            rows.insert(below++);
+        for (int part = row + 1; part < endOfParts(row); ++part)
+            rows.insert(part);
     }
 
     bool removed = false;
-    for (auto it = rows.rbegin(); it != rows.rend(); ++it) {
-        const int row = *it;
-        if (!recordAt(row))
-            continue;
-        beginRemoveRows({}, row, row);
-        m_rows.erase(m_rows.begin() + row);
-        endRemoveRows();
-        removed = true;
+    {
+        const Bulk bulk(*this, rows.size());
+        for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+            if (!recordAt(*row))
+                continue;
+            removeRow(*row);
+            removed = true;
+        }
+        closeGap();
     }
     if (removed)
         emit changed();
+}
+
+/// Leaves the gap in the row's place; to be followed by closeGap() in the end.
+void tnCADImportFileModel::removeRow(int row)
+{
+    const auto position = static_cast<std::size_t>(row);
+    beginRemoveRows({}, row, row);
+    if (m_gapBegin <= position)
+        closeGap();
+    if (m_gapSize == 0)
+        m_gapBegin = position + 1;
+    for (; m_gapBegin > position + 1; --m_gapBegin)
+        m_rows[m_gapBegin - 1 + m_gapSize] = std::move(m_rows[m_gapBegin - 1]);
+    --m_gapBegin;
+    ++m_gapSize;
+    m_rows[position].reset();
+    endRemoveRows();
+}
+
+void tnCADImportFileModel::closeGap()
+{
+    const auto begin = m_rows.begin() + static_cast<std::ptrdiff_t>(m_gapBegin);
+    m_rows.erase(begin, begin + static_cast<std::ptrdiff_t>(m_gapSize));
+    m_gapBegin = 0;
+    m_gapSize = 0;
 }
 
 void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildren)
@@ -314,19 +365,20 @@ void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildr
 void tnCADImportFileModel::clear()
 {
     beginResetModel();
+    closeGap();
     m_rows.clear();
     endResetModel();
 }
 
 bool tnCADImportFileModel::isEmpty() const
 {
-    return m_rows.empty();
+    return rowCount() == 0;
 }
 
 QStringList tnCADImportFileModel::fileNames(bool skipChildren) const
 {
     QStringList names;
-    for (const Record &file : m_rows) {
+    for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row) {
         if (!skipChildren || !file->hasParent())
             names << file->path();
     }
@@ -336,10 +388,12 @@ QStringList tnCADImportFileModel::fileNames(bool skipChildren) const
 void tnCADImportFileModel::collectFileTypes(std::set<tnCADFileTypes::FileType> &types) const
 {
     const auto &baseCad = tnCADFileTypes::baseCadTypes();
-    for (const Record &file : m_rows) {
+    auto last = tnCADFileTypes::Undefined; // long lists are mostly of one type
+    for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row) {
         const auto type = file->fileType();
-        if (type != tnCADFileTypes::Undefined)
+        if (type != tnCADFileTypes::Undefined && type != last)
             types.insert(baseCad.count(type) ? tnCADFileTypes::BCAD : type);
+        last = type;
     }
 }
 
@@ -356,15 +410,29 @@ QStringList tnCADImportFileModel::importableFiles(const std::vector<int> &rows) 
 
 int tnCADImportFileModel::countFilesInState(ImportState state, bool skipChildren) const
 {
-    return static_cast<int>(std::count_if(m_rows.begin(), m_rows.end(), [=](const Record &file) {
-        return isCounted(*file, state, skipChildren);
-    }));
+    int count = 0;
+    for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row)
+        count += int(isCounted(*file, state, skipChildren));
+    return count;
 }
 
 int tnCADImportFileModel::stateOfRow(int row) const
 {
     const tnCADImportFile *file = recordAt(row);
     return file ? static_cast<int>(file->state()) : -1;
+}
+
+int tnCADImportFileModel::endOfParts(int row) const
+{
+    // The link of a part to its parent decides: the parent's list keeps the links of parts that
+    // have gone, so its length says nothing of the rows below.
+    int end = row + 1;
+    const tnCADImportFile *file = recordAt(row);
+    if (!file || !file->hasChildren())
+        return end;
+    for (const auto *part = recordAt(end); part && isPartOf(*part, file); part = recordAt(end))
+        ++end;
+    return end;
 }
 
 tndNode tnCADImportFileModel::nodeOfRow(int row) const
@@ -386,7 +454,7 @@ void tnCADImportFileModel::setFileState(const QString &path, ImportState state)
     const int row = rowOf(path);
     if (row < 0)
         return;
-    m_rows[static_cast<std::size_t>(row)]->setState(state);
+    record(row)->setState(state);
     announceCell(row, StateColumn);
 }
 
@@ -396,7 +464,7 @@ void tnCADImportFileModel::setFileProgress(const QString &path, unsigned int per
     const int row = rowOf(path);
     if (row < 0)
         return;
-    m_rows[static_cast<std::size_t>(row)]->setProgress(percent, message);
+    record(row)->setProgress(percent, message);
     announceCell(row, StateColumn);
     getPulse()->notifyActivity();
 }
@@ -405,7 +473,7 @@ void tnCADImportFileModel::setFileNode(const QString &path, const tndNode &node)
 {
     const int row = rowOf(path);
     if (row >= 0)
-        m_rows[static_cast<std::size_t>(row)]->setNode(node);
+        record(row)->setNode(node);
 }
 
 void tnCADImportFileModel::startAnimation()
@@ -443,16 +511,26 @@ void tnCADImportFileModel::promoteCompletedParents()
 /// Null for a row out of range.
 const tnCADImportFile *tnCADImportFileModel::recordAt(int row) const
 {
+    return row >= 0 && row < rowCount() ? record(row).get() : nullptr;
+}
+
+const tnCADImportFileModel::Record &tnCADImportFileModel::record(int row) const
+{
     const auto position = static_cast<std::size_t>(row);
-    return row >= 0 && position < m_rows.size() ? m_rows[position].get() : nullptr;
+    return m_rows[position < m_gapBegin ? position : position + m_gapSize];
 }
 
 /// The first row with the path, or -1.
 int tnCADImportFileModel::rowOf(const QString &path) const
 {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [&path](const Record &file) { return file->matches(path); });
-    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+    // Not row by row: each signal of the file service takes this walk. The gap holds null pointers.
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [&path](const Record &file) {
+        return file && file->matches(path);
+    });
+    if (found == m_rows.end())
+        return -1;
+    const auto position = static_cast<std::size_t>(found - m_rows.begin());
+    return static_cast<int>(position < m_gapBegin ? position : position - m_gapSize);
 }
 
 void tnCADImportFileModel::announceCell(int row, Column column, const QVector<int> &roles)

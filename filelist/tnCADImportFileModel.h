@@ -23,8 +23,22 @@ public:
     /// The role that rows are to be sorted by: the parts of an assembly sort like the assembly.
     static constexpr int SortRole = Qt::UserRole;
 
+    /// Learns of operations on many rows, whose signals still come row by row. Such operations may
+    /// begin within each other.
+    class BulkListener {
+    public:
+        virtual void beginBulk() = 0;
+        virtual void endBulk() = 0;
+
+    protected:
+        ~BulkListener() = default;
+    };
+
     explicit tnCADImportFileModel(QObject *parent = nullptr);
     ~tnCADImportFileModel() override;
+
+    /// Not owned; null for none.
+    void setBulkListener(BulkListener *listener) { m_bulkListener = listener; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -39,7 +53,8 @@ public:
     /// Inserts the parts of an assembly directly below it, in their order and without a test for
     /// known paths. False: the parent is not in the table, and nothing happened. O(n) per part.
     bool addChildFiles(const QStringList &paths, const QString &parentPath);
-    /// Removes the rows and those of their parts, with which it extends the set. O(n) per row.
+    /// Removes the rows and those of their parts, with which it extends the set. O(n) for all,
+    /// besides what listeners do.
     void removeFiles(std::set<int> &rows);
     /// Removes the rows in that state, with the rows of their parts.
     void removeFilesInState(ImportState state, bool skipChildren);
@@ -58,6 +73,8 @@ public:
     int countFilesInState(ImportState state, bool skipChildren) const;
     /// The ImportState of a row, or -1.
     int stateOfRow(int row) const;
+    /// The row behind an assembly's parts and the parts of those; the next row for other files.
+    int endOfParts(int row) const;
     /// The scene node of a row, or a null node.
     tndNode nodeOfRow(int row) const;
     /// The absolute directory of a row's file, or an empty string.
@@ -84,9 +101,13 @@ protected Q_SLOTS:
 
 private:
     using Record = std::shared_ptr<tnCADImportFile>;
+    class Bulk;
 
     const tnCADImportFile *recordAt(int row) const;
+    const Record &record(int row) const;
     int rowOf(const QString &path) const;
+    void removeRow(int row);
+    void closeGap();
     QVariant displayText(const tnCADImportFile &file, int column) const;
     QVariant sortKey(const tnCADImportFile &file, int column) const;
     void requestFileType(const tnCADImportFile &file);
@@ -96,4 +117,9 @@ private:
     QIcon m_runningIcon;
     QMovie m_busyAnimation;
     std::vector<Record> m_rows;
+    // Rows that are removed leave their places empty until all are gone, so that those behind move
+    // once. Nothing but these members knows of the gap.
+    std::size_t m_gapBegin = 0;
+    std::size_t m_gapSize = 0;
+    BulkListener *m_bulkListener = nullptr;
 };

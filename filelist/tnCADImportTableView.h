@@ -7,7 +7,6 @@
 class QAction;
 class QMenu;
 class QSortFilterProxyModel;
-class QTimer;
 class tnCADImportDialog;
 class tnCADImportFileModel;
 
@@ -22,11 +21,8 @@ public:
     explicit tnCADImportTableView(QWidget *parent = nullptr);
     ~tnCADImportTableView() override;
 
-    /// The model below the proxy, null until both are set, and while very many files are added. Not
-    /// owned.
+    /// The model below the proxy, null until both are set. Not owned.
     tnCADImportFileModel *fileModel() const;
-    /// Adds what of the paths the list does not have. Sorting, selection and scroll position stay.
-    void addFiles(const QStringList &paths);
     /// The source rows in the order of the view. O(n).
     std::vector<int> sortedRows() const;
 
@@ -63,10 +59,6 @@ private:
     void createContextMenu();
     void updateContextMenu();
     int currentSourceRow() const;
-    void watchRows(QTimer *repair);
-    void restoreOrder();
-    bool isInOrder(const tnCADImportFileModel &files, const std::vector<int> &rows,
-                   int column) const;
     QSortFilterProxyModel *proxy() const;
 
     tnCADImportDialog *m_dialog = nullptr; ///< not owned; outlives its child

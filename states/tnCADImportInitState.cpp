@@ -1,11 +1,11 @@
 #include "states/tnCADImportInitState.h"
 
 #include "dialog/tnCADImportDialog.h"
-#include "filelist/tnCADImportFileModel.h"
+#include "filelist/SelectionKeeper.h"
+#include "filelist/tnCADImportSortModel.h"
 #include "platform/tnIconManager.h"
 #include "platform/tnPlatform.h"
 
-#include <QtCore/QSortFilterProxyModel>
 #include <QtWidgets/QHeaderView>
 
 namespace {
@@ -39,11 +39,12 @@ void tnCADImportInitState::enter()
 
 void tnCADImportInitState::createModels()
 {
-    auto *const proxy = new QSortFilterProxyModel(dialog());
+    auto *const proxy = new tnCADImportSortModel(dialog());
     auto *const files = new tnCADImportFileModel(dialog());
     proxy->setSourceModel(files);
     dialog()->tableView->setModel(proxy);
     proxy->setSortRole(tnCADImportFileModel::SortRole);
+    new SelectionKeeper(dialog()->tableView);
 }
 
 void tnCADImportInitState::scaleLayout()

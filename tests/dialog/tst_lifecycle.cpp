@@ -10,7 +10,6 @@
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
-#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScrollBar>
 
 #include <optional>
@@ -90,36 +89,6 @@ private Q_SLOTS:
     {
         QSettings().clear();
         m_services.emplace();
-    }
-
-    void manyFilesKeepTheListAsItLooks()
-    {
-        tnCADImportDialog dialog(nullptr);
-        dialog.appendFiles({"/z.step"});
-        dialog.tableView->sortByColumn(tnCADImportFileModel::FileColumn, Qt::DescendingOrder);
-        dialog.tableView->horizontalHeader()->resizeSection(1, 77);
-        dialog.tableView->setColumnHidden(2, true);
-
-        QStringList many;
-        for (int i = 1000; i < 2500; ++i)
-            many << QString("/%1.igs").arg(i);
-        dialog.appendFiles(many);
-        const std::vector<int> rows = dialog.tableView->sortedRows();
-        QCOMPARE(rows.size(), std::size_t(1501));
-        QVERIFY(rows[0] == 0 && rows[1] == 1500 && rows[1500] == 1);
-        QCOMPARE(dialog.tableView->columnWidth(1), 77);
-        QVERIFY(dialog.tableView->isColumnHidden(2));
-        QVERIFY(dialog._pbImport->isEnabled());
-        QCOMPARE(dialog._cbFileType->count(), 2);
-
-        dialog.show();
-        dialog.tableView->setCurrentIndex(dialog.tableView->model()->index(700, 0));
-        dialog.tableView->clearSelection();
-        dialog.tableView->verticalScrollBar()->setValue(690);
-        dialog.appendFiles(many.replaceInStrings("/", "/a/"));
-        QCOMPARE(dialog.tableView->sortedRows().size(), std::size_t(3001));
-        QCOMPARE(dialog.tableView->verticalScrollBar()->value(), 690);
-        QCOMPARE(dialog.tableView->currentIndex().data().toString().trimmed(), QString("1800.igs"));
     }
 
     void windowSettingsComeBack()

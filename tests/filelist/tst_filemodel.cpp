@@ -1,9 +1,8 @@
-#include "filelist/tnCADImportFileModel.h"
+#include "filelist/tnCADImportSortModel.h"
 #include "platform/tnInterfaceFactory.h"
 #include "platform/tnPulseInterface.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QSortFilterProxyModel>
 #include <QtGui/QFont>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QtTest>
@@ -171,7 +170,8 @@ private Q_SLOTS:
         emit m_services.files.fileTypeReceived(path("Zed"), tnCADFileTypes::VRML);
         emit m_services.files.fileTypeReceived(path("a0"), tnCADFileTypes::Iges);
         setStates("m Zed z9", "536");
-        QSortFilterProxyModel proxy;
+        tnCADImportSortModel proxy;
+        const QAbstractItemModelTester tester(&proxy);
         proxy.setSourceModel(m_model.get());
         proxy.setSortRole(Model::SortRole);
         const QString m = "m a2", z = "Zed", a = "a0 z9 b8 a1";
@@ -180,10 +180,8 @@ private Q_SLOTS:
         const int keys[]{QMetaType::QString, QMetaType::QString, QMetaType::LongLong,
                          QMetaType::Int};
         for (int column = 0; column < 4; ++column) {
-            proxy.sort(-1); // or else rows that are alike stay as the last order left them
             proxy.sort(column, Qt::AscendingOrder);
             QCOMPARE(shown(proxy), ascending[column].join(' '));
-            proxy.sort(-1);
             proxy.sort(column, Qt::DescendingOrder);
             QCOMPARE(shown(proxy), descending[column].join(' '));
             QCOMPARE(at(0, column, Model::SortRole).userType(), keys[column]);
@@ -241,6 +239,33 @@ private Q_SLOTS:
             QCOMPARE(heard(), announced);
             QCOMPARE(shown(*m_model), left);
         }
+    }
+
+    /// Listeners change the table in the middle of a removal whose rows are still to move up.
+    void removingWithListenersInBetween()
+    {
+        std::set<int> everySecond;
+        for (int row = 0; row < 40; ++row) {
+            m_model->addFiles(paths(QString::number(row)));
+            if (row % 2 == 0)
+                everySecond.insert(row);
+        }
+        connect(m_model.get(), &Model::rowsRemoved, this, [&](auto, int row) {
+            if (row == 30)
+                m_model->addFiles(paths("A"));
+            if (row == 20)
+                remove({21}); // the second odd one from there
+            if (row == 10) {
+                QCOMPARE(m_model->fileNames(false).mid(9, 2), paths("9 11"));
+                QCOMPARE(at(23, 0), QVariant("39.step"));
+                m_heard.clear();
+                m_model->setFileState(path("39"), ImportState::Failed);
+                QCOMPARE(heard(), QString("23:3"));
+            }
+        });
+        remove(everySecond);
+        QCOMPARE(shown(*m_model), QString("1 3 5 7 9 11 13 15 17 19 21 25 27 29 31 33 35 37 39 A"));
+        QCOMPARE(m_model->stateOfRow(18), int(ImportState::Failed));
     }
 
     void clearingImportedFilesTakesPartsAlone()
