@@ -1,10 +1,17 @@
 #pragma once
 
-#include "logbook/tnLogbook.h"
+#include <QtCore/QString>
 
-class QTextStream;
+#include <map>
+#include <string>
+#include <utility>
 
-/// Turns a logbook table into the text of a file. Formatters have no state.
+/// The logbook of a batch: from a file's path, or the empty string for the batch as a whole, to
+/// time and message. All text is UTF-8. The entries of a key keep the order in which they were
+/// added.
+using tnLogTable = std::multimap<std::string, std::pair<std::string, std::string>>;
+
+/// Turns a logbook into the text of a file. Formatters have no state.
 class tnLogFormater {
 public:
     tnLogFormater() = default;
@@ -12,9 +19,5 @@ public:
     Q_DISABLE_COPY_MOVE(tnLogFormater)
 
     /// The whole text; a null string for an empty table.
-    virtual QString format(const tnLogbook::Table &table) const;
-
-    /// Writes the same text file by file: whole, the logbook of a long batch takes much memory, and
-    /// to fill that would be most of the time. Writes nothing for an empty table.
-    virtual void write(const tnLogbook::Table &table, QTextStream &stream) const = 0;
+    virtual QString format(const tnLogTable &table) const = 0;
 };

@@ -1,23 +1,20 @@
 #include "logbook/tnTextFormater.h"
 
-#include <QtCore/QTextStream>
-
-void tnTextFormater::write(const tnLogbook::Table &table, QTextStream &stream) const
+QString tnTextFormater::format(const tnLogTable &table) const
 {
-    std::string block;
+    std::string text;
     for (auto entry = table.begin(); entry != table.end();) {
         const std::string &key = entry->first;
-        block.clear();
         if (!key.empty())
-            block.append("file: ").append(key) += '\n';
+            text.append("file: ").append(key) += '\n';
         do {
             const auto &[time, message] = entry->second;
             if (!time.empty())
-                block.append(time).append(": ");
-            block.append(message) += '\n';
+                text.append(time).append(": ");
+            text.append(message) += '\n';
             ++entry;
         } while (entry != table.end() && entry->first == key);
-        block += '\n';
-        stream << QString::fromStdString(block);
+        text += '\n';
     }
+    return text.empty() ? QString() : QString::fromStdString(text);
 }

@@ -5,5 +5,5 @@
 /// The logbook for people: one block of lines per file, closed by a blank line.
 class tnTextFormater : public tnLogFormater {
 public:
-    void write(const tnLogbook::Table &table, QTextStream &stream) const override;
+    QString format(const tnLogTable &table) const override;
 };

@@ -1,7 +1,5 @@
 #include "logbook/tnXMLFormater.h"
 
-#include <QtCore/QTextStream>
-
 namespace {
 
 bool isPlain(char character)
@@ -18,43 +16,42 @@ void appendTrimmed(std::string &text, const std::string &value)
         text.append(QString::fromStdString(value).trimmed().toStdString());
 }
 
-void appendEntry(std::string &chapter, const std::pair<std::string, std::string> &entry)
+void appendEntry(std::string &text, const std::pair<std::string, std::string> &entry)
 {
     const auto &[time, message] = entry;
     if (message.empty())
         return;
-    chapter.append("\t\t<ENTRY>\n");
+    text.append("\t\t<ENTRY>\n");
     if (!time.empty()) {
-        chapter.append("\t\t\t<TIME>\n");
-        appendTrimmed(chapter, time);
-        chapter.append("\t\t\t</TIME>\n");
+        text.append("\t\t\t<TIME>\n");
+        appendTrimmed(text, time);
+        text.append("\t\t\t</TIME>\n");
     }
-    chapter.append("\t\t\t<MESSAGE>\n");
-    appendTrimmed(chapter, message);
-    chapter.append("\t\t\t</MESSAGE>\n"
-                   "\t\t</ENTRY>\n");
+    text.append("\t\t\t<MESSAGE>\n");
+    appendTrimmed(text, message);
+    text.append("\t\t\t</MESSAGE>\n"
+                "\t\t</ENTRY>\n");
 }
 
 } // namespace
 
-void tnXMLFormater::write(const tnLogbook::Table &table, QTextStream &stream) const
+QString tnXMLFormater::format(const tnLogTable &table) const
 {
     if (table.empty())
-        return;
-    stream << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<LOGBOOK>\n";
-    std::string chapter;
+        return {};
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                       "<LOGBOOK>\n";
     for (auto entry = table.begin(); entry != table.end();) {
         const std::string &key = entry->first;
-        chapter = "\t<CHAPTER>\n";
+        text.append("\t<CHAPTER>\n");
         if (!key.empty())
-            chapter.append("\t\t<FILE>\n").append(key).append("\t\t</FILE>\n");
+            text.append("\t\t<FILE>\n").append(key).append("\t\t</FILE>\n");
         do {
-            appendEntry(chapter, entry->second);
+            appendEntry(text, entry->second);
             ++entry;
         } while (entry != table.end() && entry->first == key);
-        chapter.append("\t</CHAPTER>\n");
-        stream << QString::fromStdString(chapter);
+        text.append("\t</CHAPTER>\n");
     }
-    stream << "</LOGBOOK>\n\n";
+    text.append("</LOGBOOK>\n\n");
+    return QString::fromStdString(text);
 }

@@ -7,5 +7,5 @@
 /// through as they stand.
 class tnXMLFormater : public tnLogFormater {
 public:
-    void write(const tnLogbook::Table &table, QTextStream &stream) const override;
+    QString format(const tnLogTable &table) const override;
 };

@@ -9,9 +9,12 @@
 #include "platform/tnFileIOService.h"
 #include "platform/tnScenegraphService.h"
 
-#include <QtCore/QAbstractProxyModel>
+#include <QtCore/QDateTime>
+#include <QtCore/QFile>
+#include <QtCore/QTextStream>
 
 #include <array>
+#include <iterator>
 
 namespace {
 
@@ -191,8 +194,10 @@ void tnImportMode::finishBatch(double seconds)
     if (m_conversionSeconds > 0.0)
         addLogEntry({}, withSeconds("Total conversion duration: %1 seconds.", m_conversionSeconds));
     fileModel()->stopAnimation();
-    writeLogbook(logbookPath(QStringLiteral(".txt")), tnTextFormater());
-    writeLogbook(logbookPath(QStringLiteral(".xml")), tnXMLFormater());
+    tnTextFormater asText;
+    writeLogbook(logbookPath(QStringLiteral(".txt")), asText);
+    tnXMLFormater asXml;
+    writeLogbook(logbookPath(QStringLiteral(".xml")), asXml);
 }
 
 void tnImportMode::reset()
@@ -206,8 +211,7 @@ void tnImportMode::reset()
 
 tnCADImportFileModel *tnImportMode::fileModel() const
 {
-    const auto *proxy = dynamic_cast<QAbstractProxyModel *>(m_dialog->tableView->model());
-    return dynamic_cast<tnCADImportFileModel *>(proxy->sourceModel());
+    return m_dialog->tableView->fileModel();
 }
 
 /// Where the files go: what the dialog was told, else what the user has selected, else the root.
@@ -223,18 +227,41 @@ tndNode tnImportMode::targetNode() const
 
 void tnImportMode::addLogEntry(const QString &file, const QString &message)
 {
-    tnLogbook::addLogEntry(m_logbook, file, message);
-    // A step is reported over and over: kept until the end of a batch of many files, its repeats
-    // would take most of the memory, and a long pause to be removed.
-    removeRepeatedEntries(file);
+    std::string time;
+    if (!file.isEmpty())
+        time = QDateTime::currentDateTime().toString(Qt::TextDate).toStdString();
+    removeRepeatedEntries(m_logbook.emplace(
+        file.toStdString(), std::make_pair(std::move(time), message.toStdString())));
 }
 
-void tnImportMode::removeRepeatedEntries(const QString &file)
+/// A step is reported over and over: kept until the end of a batch of many files, its repeats would
+/// take most of the memory, and a long pause to be removed.
+void tnImportMode::removeRepeatedEntries(tnLogTable::iterator added)
 {
-    tnLogbook::removeRepeatedEntries(m_logbook, file);
+    if (added == m_logbook.begin())
+        return;
+    const auto previous = std::prev(added);
+    // The time is left out: the later entry tells until when the message held.
+    if (previous->first == added->first && previous->second.second == added->second.second)
+        m_logbook.erase(previous);
 }
 
-void tnImportMode::writeLogbook(const QString &path, const tnLogFormater &formatter) const
+void tnImportMode::writeLogbook(const QString &path, tnLogFormater &formatter) const
 {
-    tnLogbook::writeLogbook(m_logbook, path, formatter);
+    const QString text = formatter.format(m_logbook);
+    if (text.isEmpty())
+        return;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Text))
+        return;
+    // In the code page of the system, which other programs expect of a text file. The stream keeps
+    // a copy of what it is given until that is written, so it gets some lines at a time.
+    QTextStream stream(&file);
+    constexpr int someLines = 1 << 14;
+    for (int begin = 0, end = 0; begin < text.size(); begin = end) {
+        end = text.indexOf(QLatin1Char('\n'), begin + someLines) + 1;
+        if (end == 0)
+            end = text.size();
+        stream << text.midRef(begin, end - begin);
+    }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "logbook/tnLogbook.h"
+#include "logbook/tnLogFormater.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
@@ -8,7 +8,6 @@
 class tnCADImportDialog;
 class tnCADImportFileModel;
 class tnFileIOService;
-class tnLogFormater;
 class tndNode;
 
 /// Follows one batch: turns the file service's signals into the states of the records, the progress
@@ -45,6 +44,14 @@ public:
     /// mode.
     bool hasLogbookEntries() const { return !m_logbook.empty(); }
 
+    /// Adds an entry behind those of the same file, with the current local time. Without a file it
+    /// stands for the whole batch and has no time. Of a run of equal messages of a file the last
+    /// one stays. O(log n).
+    void addLogEntry(const QString &file, const QString &message);
+    /// Replaces the file at path by what the formatter makes of the logbook. An empty text leaves
+    /// the file alone, and a file that can't be opened is skipped in silence.
+    void writeLogbook(const QString &path, tnLogFormater &formatter) const;
+
 private:
     void connectJob();
     void connectConversion();
@@ -55,13 +62,11 @@ private:
     tnCADImportFileModel *fileModel() const;
     tndNode targetNode() const;
 
-    void addLogEntry(const QString &file, const QString &message);
-    void removeRepeatedEntries(const QString &file);
-    void writeLogbook(const QString &path, const tnLogFormater &formatter) const;
+    void removeRepeatedEntries(tnLogTable::iterator added);
 
     tnFileIOService *m_service;
     tnCADImportDialog *m_dialog;
-    tnLogbook::Table m_logbook;
+    tnLogTable m_logbook;
     quint64 m_jobId = 0;
     double m_conversionSeconds = 0.0;
 };

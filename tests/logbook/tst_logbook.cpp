@@ -1,6 +1,7 @@
 #include "logbook/logbookPath.h"
 #include "logbook/tnTextFormater.h"
 #include "logbook/tnXMLFormater.h"
+#include "modes/tnImportMode.h"
 #include "platform/tnMessage.h"
 #include "platform/tnPreferences.h"
 #include "tests/support/CapturedStream.h"
@@ -9,45 +10,59 @@
 #include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
+namespace {
+
+/// Keeps what it is given and gives what a test has set.
+struct OwnFormater : tnLogFormater {
+    QString text = QStringLiteral("text");
+    mutable tnLogTable seen;
+
+    QString format(const tnLogTable &table) const override
+    {
+        seen = table;
+        return text;
+    }
+};
+
+} // namespace
+
 class tst_Logbook : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void entriesKeepTheirOrderAndRunsTheirLast()
     {
-        tnLogbook::Table table;
-        const auto add = [&](const char *file, const char *message, const char *time) {
-            tnLogbook::addLogEntry(table, file, message);
-            const auto added = std::prev(table.upper_bound(file));
-            const auto age = QDateTime::fromString(added->second.first.c_str(), Qt::TextDate)
-                                 .secsTo(QDateTime::currentDateTime());
-            QVERIFY(*file ? age >= 0 && age < 60 : added->second.first.empty());
-            added->second.first = time;
-            tnLogbook::removeRepeatedEntries(table, file);
-        };
-        add("/b", "A", "1");
-        add("/b", "A", "2");
-        add("/b", "A", "3");
-        add("/B", "A", "4");
-        add("/a.old", "ü", "5");
-        add("/a", "A", "6");
-        add("/a", "a", "7");
-        add("/a", "A", "8");
-        add("", "total", "");
+        tnImportMode mode(nullptr);
+        const QDateTime begin = QDateTime::currentDateTime();
+        mode.addLogEntry("/b", "A");
+        mode.addLogEntry("/b", "A");
+        QTest::qWait(1000); // the times have whole seconds
+        mode.addLogEntry("/b", "A");
+        const std::pair<const char *, const char *> later[] = {
+            {"/B", "A"}, {"/a.old", "ü"}, {"/a", "A"}, {"/a", "a"}, {"/a", "A"}, {"", "total"}};
+        for (const auto &[file, message] : later)
+            mode.addLogEntry(file, message);
+
+        OwnFormater formater;
+        const QTemporaryDir dir;
+        mode.writeLogbook(dir.filePath("log"), formater);
         QStringList left;
-        for (const auto &[key, entry] : table)
-            left << QString::fromStdString(key + ' ' + entry.first + ' ' + entry.second);
-        QCOMPARE(left.join(','),
-                 QString::fromUtf8("  total,/B 4 A,/a 6 A,/a 7 a,/a 8 A,/a.old 5 ü,/b 3 A"));
+        for (const auto &[key, entry] : formater.seen) {
+            const auto time = QDateTime::fromString(entry.first.c_str(), Qt::TextDate);
+            QCOMPARE(entry.first.empty(), key.empty());
+            QVERIFY(key.empty() || (time > begin && time <= QDateTime::currentDateTime()));
+            left << QString::fromStdString(key + ' ' + entry.second);
+        }
+        QCOMPARE(left.join(','), QString::fromUtf8(" total,/B A,/a A,/a a,/a A,/a.old ü,/b A"));
     }
 
     void formats()
     {
-        const tnLogbook::Table table{{"/b & <c>.step", {"Sun", "  File \"load\" "}},
-                                     {"", {"", "Total: 1.5"}},
-                                     {"", {"", "Next"}},
-                                     {"/ü.step ", {" T ", "Schluß"}},
-                                     {"/ü.step ", {"U", ""}}};
+        const tnLogTable table{{"/b & <c>.step", {"Sun", "  File \"load\" "}},
+                               {"", {"", "Total: 1.5"}},
+                               {"", {"", "Next"}},
+                               {"/ü.step ", {" T ", "Schluß"}},
+                               {"/ü.step ", {"U", ""}}};
         QCOMPARE(tnTextFormater().format(table),
                  QString::fromUtf8("Total: 1.5\nNext\n\n"
                                    "file: /b & <c>.step\nSun:   File \"load\" \n\n"
@@ -70,51 +85,68 @@ private Q_SLOTS:
         QVERIFY(tnTextFormater().format({}).isNull() && tnXMLFormater().format({}).isNull());
     }
 
+    void filesAreReplacedKeptOrSkipped_data()
+    {
+        const QByteArray before("what was there before");
+        const QString longText = QString(u8"Zeile ü\n").repeated(20000) + "end";
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("codec");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("null text") << QString() << QByteArray("UTF-8") << before;
+        QTest::newRow("empty text") << QString("") << QByteArray("UTF-8") << before;
+        QTest::newRow("UTF-8") << QString(u8"€") << QByteArray("UTF-8") << QByteArray(u8"€");
+        QTest::newRow("code page")
+            << QString(u8"ü") << QByteArray("ISO-8859-1") << QByteArray("\xfc");
+        QTest::newRow("long text") << longText << QByteArray("UTF-8") << longText.toUtf8();
+    }
     void filesAreReplacedKeptOrSkipped()
     {
+        QFETCH(const QString, text);
+        QFETCH(const QByteArray, codec);
+        const tnImportMode mode(nullptr);
+        OwnFormater formater;
+        formater.text = text;
         const QTemporaryDir dir;
         QFile file(dir.filePath("log"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("what was there before") > 0);
+        file.close();
+
         QTextCodec *const usual = QTextCodec::codecForLocale();
-        const auto write = [&](const tnLogbook::Table &table, const char *codec) {
-            QTextCodec::setCodecForLocale(QTextCodec::codecForName(codec));
-            tnLogbook::writeLogbook(table, file.fileName(), tnTextFormater());
-            QTextCodec::setCodecForLocale(usual);
-            const bool opened = file.open(QIODevice::ReadOnly);
-            const QByteArray content = opened ? file.readAll() : "none";
-            file.close();
-            return content;
-        };
-        // Nothing to write, the code page of the system, a shorter text, nothing again.
-        QCOMPARE(write({}, "UTF-8"), QByteArray("none"));
-        QCOMPARE(write({{"ü", {"", "€"}}}, "UTF-8"), QByteArray("file: ü\n€\n\n"));
-        QCOMPARE(write({{"", {"", "ü"}}}, "ISO-8859-1"), QByteArray("\xfc\n\n"));
-        QCOMPARE(write({}, "UTF-8"), QByteArray("\xfc\n\n"));
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(codec));
+        mode.writeLogbook(file.fileName(), formater);
+        QTextCodec::setCodecForLocale(usual);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QTEST(file.readAll(), "content");
 
         CapturedStream errors(stderr);
-        tnLogbook::writeLogbook({{"", {"", "x"}}}, dir.filePath("gone/log"), tnTextFormater());
+        mode.writeLogbook(dir.filePath("gone/log"), formater);
         QCOMPARE(errors.take(), QByteArray());
     }
 
+    void directoryFollowsThePreference_data()
+    {
+        QTest::addColumn<boost::any>("preference");
+        QTest::addColumn<QString>("directory");
+        QTest::addColumn<bool>("isWrongType");
+        QTest::newRow("missing") << boost::any() << QDir::tempPath() << false;
+        QTest::newRow("empty") << boost::any(QString("")) << QDir::tempPath() << false;
+        QTest::newRow("wrong type") << boost::any(7) << QDir::tempPath() << true;
+        QTest::newRow("set") << boost::any(QString("/else where/")) << "/else where/" << false;
+    }
     void directoryFollowsThePreference()
     {
-        const QByteArray wrongType("getFromMessage : Attribute 'FileIO tmp path' has wrong type");
-        const struct {
-            boost::any preference;
-            QString directory;
-            QByteArray complaint;
-        } cases[] = {{{}, QDir::tempPath(), {}},
-                     {QString(""), QDir::tempPath(), {}},
-                     {7, QDir::tempPath(), wrongType},
-                     {QString("/else where/"), "/else where/", {}}};
-        for (const auto &[preference, directory, complaint] : cases) {
-            tnPreferences::getData().set("FileIO tmp path", preference, true);
-            CapturedStream errors(stderr);
-            const QString path = logbookPath(".xml");
-            QCOMPARE(errors.take().left(wrongType.size()), complaint);
-            QCOMPARE(path, directory + "/import-logbook.xml");
-        }
+        const QByteArray complaint("getFromMessage : Attribute 'FileIO tmp path' has wrong type");
+        QFETCH(const boost::any, preference);
+        QFETCH(const QString, directory);
+        tnPreferences::getData().set("FileIO tmp path", preference, true);
+        CapturedStream errors(stderr);
+        const QString path = logbookPath(".xml");
+        QTEST(errors.take().startsWith(complaint), "isWrongType");
+        QCOMPARE(path, directory + "/import-logbook.xml");
     }
 };
+
+Q_DECLARE_METATYPE(boost::any)
 
 QTEST_GUILESS_MAIN(tst_Logbook)
 #include "tst_logbook.moc"
