@@ -73,6 +73,8 @@ void tnImportMode::activate()
 void tnImportMode::deactivate()
 {
     QObject::disconnect(m_service, nullptr, this, nullptr);
+    if (m_dialog)
+        fileModel()->stopAnimation(); // the end of a running batch is not heard any more
     reset();
 }
 

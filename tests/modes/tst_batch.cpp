@@ -55,6 +55,14 @@ struct Batch {
         return model->stateOfRow(model->fileNames(false).indexOf(path));
     }
     QString line() const { return dialog._result->text(); }
+    int frames = 0; ///< how often the icon of a running row has moved
+
+private:
+    QMetaObject::Connection m_counting = QObject::connect(
+        model, &QAbstractItemModel::dataChanged,
+        [this](const QModelIndex &, const QModelIndex &, const QVector<int> &roles) {
+            frames += roles.contains(Qt::DecorationRole);
+        });
 };
 
 } // namespace
@@ -126,11 +134,6 @@ private Q_SLOTS:
         Batch batch({Pending, Pending});
         auto &files = batch.files;
         const auto stateText = [&] { return batch.model->index(0, 3).data().toString(); };
-        int frames = 0;
-        connect(batch.model, &QAbstractItemModel::dataChanged, this,
-                [&](const auto &, const auto &, const QVector<int> &roles) {
-                    frames += roles.contains(Qt::DecorationRole);
-                });
         batch.dialog.onImport();
         emit files.fileConversionStarted(1, a);
         for (unsigned int percent : {10u, 37u})
@@ -150,7 +153,7 @@ private Q_SLOTS:
         // The end of another job is the end of the dialog's look, but not of the mode's batch.
         emit files.importFinished(99, 3);
         QVERIFY(writtenLog().isNull() && batch.line().startsWith("2 import(s)"));
-        QTRY_VERIFY(frames > 2);
+        QTRY_VERIFY(batch.frames > 0);
         emit files.importFinished(1, 12.5);
         QCOMPARE(writtenLog(),
                  "Total import duration: 12.5 seconds.\nTotal conversion duration: 2.5 seconds.\n\n"
@@ -160,9 +163,9 @@ private Q_SLOTS:
                        "Parts conversion duration: 0.5 seconds.\nFile load started\nno mesh\n\n"
                        "file: "
                      + b + "\nnot a CAD file\n\nfile: /cad/unlisted\ngone\n\n");
-        frames = 0;
+        batch.frames = 0;
         QTest::qWait(300);
-        QCOMPARE(frames, 0);
+        QCOMPARE(batch.frames, 0);
 
         // The next batch starts from nothing, and so does another mode.
         batch.dialog.onImport();
@@ -176,6 +179,22 @@ private Q_SLOTS:
         batch.dialog._cbMode->setCurrentIndex(Load);
         emit files.fileConversionFinished(2, a, tnCADFileTypes::Success, 1);
         QCOMPARE(batch.state(a), int(Loading)); // the mode that was left would have ended it
+    }
+
+    void aNewListEndsTheAnimationOfTheOld()
+    {
+        Batch batch({Pending});
+        batch.dialog.onImport();
+        emit batch.files.fileConversionStarted(1, a);
+        QTRY_VERIFY(batch.frames > 0);
+        batch.dialog.prepareImport({a}, {}, tnCADImportDialog::AddFiles);
+        emit batch.files.fileConversionStarted(1, a); // the old batch goes on
+        batch.frames = 0;
+        QCOMPARE(batch.state(a), int(Importing));
+        QTest::qWait(300);
+        QCOMPARE(batch.frames, 0);
+        batch.dialog.onImport();
+        QTRY_VERIFY(batch.frames > 0);
     }
 
     void importNeedsADirectoryTakesTheOrderOfTheViewAndCanBeAborted()
