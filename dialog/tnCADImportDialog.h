@@ -121,7 +121,8 @@ private:
     // Options by file type.
     void updateFixOrientation();
     void showFixOrientation();
-    void onSurfacesChanged(int index);
+    void onSurfacesChanged();
+    void updateSurfaceOptions();
 
     // Searches.
     void setSearchVisible(bool visible);

@@ -99,6 +99,7 @@ void tnCADImportDialog::showXlatSettings(FileType type)
         supportsImportSettings(effective) ? m_xlatSettings[effective] : tndXlatSettings();
 
     showOptions(xlatOptions(), settings, *this);
+    updateSurfaceOptions(); // the box tells only of changes, and not of what it shows at first
     m_legacyLoader = type == Rhino && settings.getUseLegacyLoader();
 
     QWidget *const surfaceOptions[] = {
@@ -172,11 +173,18 @@ void tnCADImportDialog::showFixOrientation()
                                                      && m_fixOrientationChecked);
 }
 
-void tnCADImportDialog::onSurfacesChanged(int index)
+void tnCADImportDialog::onSurfacesChanged()
 {
-    _tesselation->tessellationFrame->setEnabled(index != 0);
-    _tesselation->keepNurbsCheckBox->setEnabled(index != 0);
+    updateSurfaceOptions();
     showFixOrientation();
+}
+
+/// Without surfaces there is nothing to tessellate or to keep.
+void tnCADImportDialog::updateSurfaceOptions()
+{
+    const bool hasSurfaces = _cbImportSurfaces->currentIndex() != 0;
+    _tesselation->tessellationFrame->setEnabled(hasSurfaces);
+    _tesselation->keepNurbsCheckBox->setEnabled(hasSurfaces);
 }
 
 void tnCADImportDialog::applyFileTypeGroups(FileType type)

@@ -277,6 +277,11 @@ private Q_SLOTS:
             QCOMPARE(options.tessellation.keepNurbsCheckBox->isEnabled(), index != 0);
             QVERIFY(options.tessellation.fixOrientationCheckBox->isEnabled());
         }
+        Options fresh; // the box shows "Import none" before it is filled, too
+        fresh.service.xlatSettings[Step].setImportSurfaces(false);
+        fresh.prepare({Step});
+        QVERIFY(!fresh.tessellation.tessellationFrame->isEnabled());
+        QVERIFY(!fresh.tessellation.keepNurbsCheckBox->isEnabled());
     }
 
     /// Each type comes after one that shows almost everything.
