@@ -1,5 +1,6 @@
 #include "dialog/tnCADImportDialog.h"
 
+#include "dialog/PanelFitter.h"
 #include "dialog/PathProgress.h"
 #include "filelist/tnCADImportFileModel.h"
 #include "logbook/logbookPath.h"
@@ -162,7 +163,9 @@ void tnCADImportDialog::fitForm()
     // The last column stretches, but not below its own width, which would be a scroll bar's worth.
     tableView->horizontalHeader()->resizeSection(tnCADImportFileModel::StateColumn, 60);
 
-    // The panel is to do without a horizontal scroll bar, and its scroll bar is frame enough.
+    // The panel is to do without a horizontal scroll bar, and its scroll bar is frame enough. With
+    // a large font the list keeps the side that it has with the usual one.
+    new PanelFitter(_settings, width() - _settings->minimumWidth());
     QMargins margins = gridLayout_5->contentsMargins();
     margins.setLeft(0);
     margins.setRight(2);
