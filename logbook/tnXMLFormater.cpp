@@ -16,21 +16,21 @@ void appendTrimmed(std::string &text, const std::string &value)
         text.append(QString::fromStdString(value).trimmed().toStdString());
 }
 
-void appendEntry(std::string &text, const std::pair<std::string, std::string> &entry)
+void appendEntry(std::string &chapter, const std::pair<std::string, std::string> &entry)
 {
     const auto &[time, message] = entry;
     if (message.empty())
         return;
-    text.append("\t\t<ENTRY>\n");
+    chapter.append("\t\t<ENTRY>\n");
     if (!time.empty()) {
-        text.append("\t\t\t<TIME>\n");
-        appendTrimmed(text, time);
-        text.append("\t\t\t</TIME>\n");
+        chapter.append("\t\t\t<TIME>\n");
+        appendTrimmed(chapter, time);
+        chapter.append("\t\t\t</TIME>\n");
     }
-    text.append("\t\t\t<MESSAGE>\n");
-    appendTrimmed(text, message);
-    text.append("\t\t\t</MESSAGE>\n"
-                "\t\t</ENTRY>\n");
+    chapter.append("\t\t\t<MESSAGE>\n");
+    appendTrimmed(chapter, message);
+    chapter.append("\t\t\t</MESSAGE>\n"
+                   "\t\t</ENTRY>\n");
 }
 
 } // namespace
@@ -39,19 +39,22 @@ QString tnXMLFormater::format(const tnLogTable &table) const
 {
     if (table.empty())
         return {};
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                       "<LOGBOOK>\n";
+    // Piece by piece, for the same reason as in the text for people.
+    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                  "<LOGBOOK>\n");
+    std::string chapter;
     for (auto entry = table.begin(); entry != table.end();) {
         const std::string &key = entry->first;
-        text.append("\t<CHAPTER>\n");
+        chapter = "\t<CHAPTER>\n";
         if (!key.empty())
-            text.append("\t\t<FILE>\n").append(key).append("\t\t</FILE>\n");
+            chapter.append("\t\t<FILE>\n").append(key).append("\t\t</FILE>\n");
         do {
-            appendEntry(text, entry->second);
+            appendEntry(chapter, entry->second);
             ++entry;
         } while (entry != table.end() && entry->first == key);
-        text.append("\t</CHAPTER>\n");
+        chapter.append("\t</CHAPTER>\n");
+        text += QString::fromStdString(chapter);
     }
-    text.append("</LOGBOOK>\n\n");
-    return QString::fromStdString(text);
+    text += QLatin1String("</LOGBOOK>\n\n");
+    return text;
 }
