@@ -248,7 +248,6 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
                 continue;
             const int row = rowCount();
             beginInsertRows({}, row, row);
-            closeGap();
             m_rows.push_back(std::make_shared<tnCADImportFile>(path));
             requestFileType(*m_rows.back());
             endInsertRows();
