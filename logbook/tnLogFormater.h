@@ -20,4 +20,9 @@ public:
 
     /// The whole text; a null string for an empty table.
     virtual QString format(const tnLogTable &table) const = 0;
+
+protected:
+    /// An empty text with room for the table, and for so many characters around each entry. The
+    /// logbook of many files takes much memory, and finding it is most of the time.
+    static QString textWithRoom(const tnLogTable &table, std::size_t aroundEntry);
 };

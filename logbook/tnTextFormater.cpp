@@ -2,9 +2,9 @@
 
 QString tnTextFormater::format(const tnLogTable &table) const
 {
-    // Piece by piece: each copy of the whole text would take as long as all else, as the system
-    // has to find the memory for it.
-    QString text;
+    if (table.empty())
+        return {};
+    QString text = textWithRoom(table, 20);
     std::string block;
     for (auto entry = table.begin(); entry != table.end();) {
         const std::string &key = entry->first;

@@ -39,9 +39,9 @@ QString tnXMLFormater::format(const tnLogTable &table) const
 {
     if (table.empty())
         return {};
-    // Piece by piece, for the same reason as in the text for people.
-    QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                  "<LOGBOOK>\n");
+    QString text = textWithRoom(table, 100);
+    text += QLatin1String("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                          "<LOGBOOK>\n");
     std::string chapter;
     for (auto entry = table.begin(); entry != table.end();) {
         const std::string &key = entry->first;
