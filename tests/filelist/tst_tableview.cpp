@@ -271,6 +271,8 @@ private Q_SLOTS:
                     qobject_cast<tnFileImportDialog *>(QApplication::activeModalWidget());
                 QVERIFY(chooser);
                 opened = chooser->directory().path();
+                emit m_services.files.importFinished(1, 1); // closes no window that is asking
+                QVERIFY(m_dialog->isVisible());
                 chooser->findChild<QLineEdit *>("fileNameEdit")->setText(typed);
                 chooser->findChild<QDialogButtonBox *>()->button(pressed)->click();
             });
