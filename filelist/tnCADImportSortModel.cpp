@@ -51,7 +51,9 @@ void tnCADImportSortModel::beginBulk()
     beginResetModel();
     const QSignalBlocker quiet(this);
     QSortFilterProxyModel::setSourceModel(nullptr); // lets go of the source's signals
-    QAbstractProxyModel::setSourceModel(m_files); // but goes on to answer from it
+    // But goes on to answer from it: past the base class, which would listen again.
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+    QAbstractProxyModel::setSourceModel(m_files);
     m_isMappingOld = true;
 
     m_bulkChanges = std::make_unique<QObject>();
