@@ -7,7 +7,6 @@
 
 #include <QtCore/QMimeData>
 #include <QtCore/QPointer>
-#include <QtCore/QProcess>
 #include <QtCore/QScopeGuard>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
