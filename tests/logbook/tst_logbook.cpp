@@ -10,6 +10,8 @@
 #include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
+Q_DECLARE_METATYPE(boost::any)
+
 namespace {
 
 /// Keeps what it is given and gives what a test has set.
@@ -145,8 +147,6 @@ private Q_SLOTS:
         QCOMPARE(path, directory + "/import-logbook.xml");
     }
 };
-
-Q_DECLARE_METATYPE(boost::any)
 
 QTEST_GUILESS_MAIN(tst_Logbook)
 #include "tst_logbook.moc"
