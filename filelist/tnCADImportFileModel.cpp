@@ -121,7 +121,7 @@ tnCADImportFileModel::~tnCADImportFileModel() = default;
 
 int tnCADImportFileModel::rowCount(const QModelIndex &) const
 {
-    return static_cast<int>(m_rows.size() - m_gapSize);
+    return m_rows.size();
 }
 
 int tnCADImportFileModel::columnCount(const QModelIndex &) const
@@ -234,7 +234,7 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
     connect(this, &QAbstractItemModel::modelReset, &listenersRemove, forget);
     const auto isKnown = [&](const QString &path) {
         if (paths.size() == 1)
-            return rowOf(path) >= 0;
+            return m_rows.rowOf(path) >= 0;
         for (; rowsSeen < rowCount(); ++rowsSeen)
             known.insert(recordAt(rowsSeen)->path());
         return known.count(path) > 0;
@@ -248,8 +248,9 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
                 continue;
             const int row = rowCount();
             beginInsertRows({}, row, row);
-            m_rows.push_back(std::make_shared<tnCADImportFile>(path));
-            requestFileType(*m_rows.back());
+            const auto file = std::make_shared<tnCADImportFile>(path);
+            m_rows.append(file);
+            requestFileType(*file);
             endInsertRows();
             added = true;
         }
@@ -260,19 +261,18 @@ void tnCADImportFileModel::addFiles(const QStringList &paths)
 
 bool tnCADImportFileModel::addChildFiles(const QStringList &paths, const QString &parentPath)
 {
-    const int parentRow = rowOf(parentPath);
+    const int parentRow = m_rows.rowOf(parentPath);
     if (parentRow < 0)
         return false;
     if (!paths.isEmpty()) {
-        const Record parent = record(parentRow);
+        const RecordList::Record parent = m_rows.at(parentRow);
         int row = parentRow + 1;
         beginInsertRows({}, row, row + paths.size() - 1);
-        closeGap();
         for (const QString &path : paths) {
             const auto child = std::make_shared<tnCADImportFile>(path);
             child->setParent(parent);
             parent->addChild(child);
-            m_rows.insert(m_rows.begin() + row, child);
+            m_rows.insert(row, child);
             ++row;
             requestFileType(*child);
         }
@@ -290,10 +290,10 @@ void tnCADImportFileModel::requestFileType(const tnCADImportFile &file)
 
 void tnCADImportFileModel::receiveFileType(const QString &path, tnCADFileTypes::FileType type)
 {
-    const int row = rowOf(path);
+    const int row = m_rows.rowOf(path);
     if (row < 0)
         return;
-    const Record file = record(row);
+    const RecordList::Record file = m_rows.at(row);
     file->setFileType(type);
     emit changed();
     // A listener may have moved the row or taken it away.
@@ -317,38 +317,15 @@ void tnCADImportFileModel::removeFiles(std::set<int> &rows)
         for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
             if (!recordAt(*row))
                 continue;
-            removeRow(*row);
+            beginRemoveRows({}, *row, *row);
+            m_rows.remove(*row);
+            endRemoveRows();
             removed = true;
         }
-        closeGap();
+        m_rows.closeGap();
     }
     if (removed)
         emit changed();
-}
-
-/// Leaves the gap in the row's place; to be followed by closeGap() in the end.
-void tnCADImportFileModel::removeRow(int row)
-{
-    const auto position = static_cast<std::size_t>(row);
-    beginRemoveRows({}, row, row);
-    if (m_gapBegin <= position)
-        closeGap();
-    if (m_gapSize == 0)
-        m_gapBegin = position + 1;
-    for (; m_gapBegin > position + 1; --m_gapBegin)
-        m_rows[m_gapBegin - 1 + m_gapSize] = std::move(m_rows[m_gapBegin - 1]);
-    --m_gapBegin;
-    ++m_gapSize;
-    m_rows[position].reset();
-    endRemoveRows();
-}
-
-void tnCADImportFileModel::closeGap()
-{
-    const auto begin = m_rows.begin() + static_cast<std::ptrdiff_t>(m_gapBegin);
-    m_rows.erase(begin, begin + static_cast<std::ptrdiff_t>(m_gapSize));
-    m_gapBegin = 0;
-    m_gapSize = 0;
 }
 
 void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildren)
@@ -364,7 +341,6 @@ void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildr
 void tnCADImportFileModel::clear()
 {
     beginResetModel();
-    closeGap();
     m_rows.clear();
     endResetModel();
 }
@@ -450,29 +426,29 @@ void tnCADImportFileModel::setFileState(const QString &path, ImportState state)
 {
     if (!tnCADImportFile::isValidState(static_cast<int>(state)))
         return;
-    const int row = rowOf(path);
+    const int row = m_rows.rowOf(path);
     if (row < 0)
         return;
-    record(row)->setState(state);
+    m_rows.at(row)->setState(state);
     announceCell(row, StateColumn);
 }
 
 void tnCADImportFileModel::setFileProgress(const QString &path, unsigned int percent,
                                            const QString &message)
 {
-    const int row = rowOf(path);
+    const int row = m_rows.rowOf(path);
     if (row < 0)
         return;
-    record(row)->setProgress(percent, message);
+    m_rows.at(row)->setProgress(percent, message);
     announceCell(row, StateColumn);
     getPulse()->notifyActivity();
 }
 
 void tnCADImportFileModel::setFileNode(const QString &path, const tndNode &node)
 {
-    const int row = rowOf(path);
+    const int row = m_rows.rowOf(path);
     if (row >= 0)
-        record(row)->setNode(node);
+        m_rows.at(row)->setNode(node);
 }
 
 void tnCADImportFileModel::startAnimation()
@@ -510,26 +486,7 @@ void tnCADImportFileModel::promoteCompletedParents()
 /// Null for a row out of range.
 const tnCADImportFile *tnCADImportFileModel::recordAt(int row) const
 {
-    return row >= 0 && row < rowCount() ? record(row).get() : nullptr;
-}
-
-const tnCADImportFileModel::Record &tnCADImportFileModel::record(int row) const
-{
-    const auto position = static_cast<std::size_t>(row);
-    return m_rows[position < m_gapBegin ? position : position + m_gapSize];
-}
-
-/// The first row with the path, or -1.
-int tnCADImportFileModel::rowOf(const QString &path) const
-{
-    // Not row by row: each signal of the file service takes this walk. The gap holds null pointers.
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(), [&path](const Record &file) {
-        return file && file->matches(path);
-    });
-    if (found == m_rows.end())
-        return -1;
-    const auto position = static_cast<std::size_t>(found - m_rows.begin());
-    return static_cast<int>(position < m_gapBegin ? position : position - m_gapSize);
+    return row >= 0 && row < rowCount() ? m_rows.at(row).get() : nullptr;
 }
 
 void tnCADImportFileModel::announceCell(int row, Column column, const QVector<int> &roles)

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "records/tnCADImportFile.h"
+#include "filelist/RecordList.h"
 
 #include <QtCore/QAbstractTableModel>
 #include <QtCore/QStringList>
 #include <QtGui/QIcon>
 #include <QtGui/QMovie>
 
-#include <memory>
 #include <set>
 #include <vector>
 
@@ -100,14 +99,9 @@ protected Q_SLOTS:
     void onNextFrame();
 
 private:
-    using Record = std::shared_ptr<tnCADImportFile>;
     class Bulk;
 
     const tnCADImportFile *recordAt(int row) const;
-    const Record &record(int row) const;
-    int rowOf(const QString &path) const;
-    void removeRow(int row);
-    void closeGap();
     QVariant displayText(const tnCADImportFile &file, int column) const;
     QVariant sortKey(const tnCADImportFile &file, int column) const;
     void requestFileType(const tnCADImportFile &file);
@@ -116,10 +110,6 @@ private:
 
     QIcon m_runningIcon;
     QMovie m_busyAnimation;
-    std::vector<Record> m_rows;
-    // Rows that are removed leave their places empty until all are gone, so that those behind move
-    // once. Nothing but these members knows of the gap.
-    std::size_t m_gapBegin = 0;
-    std::size_t m_gapSize = 0;
+    RecordList m_rows;
     BulkListener *m_bulkListener = nullptr;
 };
