@@ -234,6 +234,8 @@ void tnCADImportDialog::connectSearch()
         // window shows nothing else.
         for (FolderSearch *shown : m_dropSearches.isEmpty() ? m_commandSearches : m_dropSearches)
             shown->discard();
+        // Else the next show() would take the window back to its first place.
+        setAttribute(Qt::WA_Moved);
     });
 
     connect(tableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,

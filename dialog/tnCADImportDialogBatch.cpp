@@ -160,9 +160,11 @@ void tnCADImportDialog::onImportFinished(double seconds)
         showFailureSummary(files - succeeded, seconds);
         return;
     }
-    // While files are being searched for or chosen, the user expects them in this list.
-    const bool isDone = !isSearching() && !tableView->isChoosing();
+    // What is being dropped or chosen, the user expects in this list. What a command searches for
+    // begins a list of its own, whether the window is open or not.
+    const bool isDone = m_dropSearches.isEmpty() && !tableView->isChoosing();
     if (isDone && QSettings().value(QStringLiteral("importDialog/closeOnSuccess"), true).toBool()) {
+        m_commandSearches.clear();
         model->clear();
         _abort->setEnabled(true);
         reject();

@@ -45,8 +45,11 @@ QStringList FolderSearch::run(const QList<QUrl> &urls)
         if (info.isFile()) {
             m_found << reporter.supportedFiles({path});
         } else if (info.isDir()) {
-            if (!hasFolder)
+            if (!hasFolder) {
+                m_isQuitOld = isQuitting();
+                m_sinceQuitCheck.start();
                 emit reporter.startSearch();
+            }
             hasFolder = true;
             walk(info.absoluteFilePath());
             if (m_isStopped)
@@ -74,7 +77,7 @@ void FolderSearch::walk(const QString &folder)
             visit(entry);
 
         QCoreApplication::processEvents(QEventLoop::AllEvents);
-        if (!m_sinceQuitCheck.isValid() || m_sinceQuitCheck.hasExpired(quitCheckInterval))
+        if (m_sinceQuitCheck.hasExpired(quitCheckInterval))
             noticeQuit();
         if (m_isStopped)
             return;
@@ -99,7 +102,7 @@ void FolderSearch::visit(const QString &entry)
 
 void FolderSearch::noticeQuit()
 {
-    if (isQuitting())
+    if (!m_isQuitOld && isQuitting())
         discard();
     m_sinceQuitCheck.start();
 }

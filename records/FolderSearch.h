@@ -32,6 +32,9 @@ private:
     QStringList m_found;
     QSet<QString> m_listedFolders; ///< whose entry "." is still to come
     QElapsedTimer m_sinceQuitCheck;
+    /// The request to quit is older than the search: it stays for good where no event loop of the
+    /// application's has ended by it, and so means nothing here.
+    bool m_isQuitOld = false;
     bool m_isStopped = false;
     bool m_isDiscarded = false;
 };

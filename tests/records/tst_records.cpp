@@ -308,6 +308,9 @@ private Q_SLOTS:
             QCOMPARE(QCoreApplication::exec(), 3);
             QVERIFY2(left.isEmpty() && entered > 1 && entered < 100, folder);
         }
+        // Where no event loop was there to end, a request to quit ends nothing.
+        QCoreApplication::quit();
+        QVERIFY(!tnFileTyp::instance().searchFiles({url("other")}).isEmpty());
     }
 };
 
