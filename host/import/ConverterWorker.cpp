@@ -66,6 +66,7 @@ ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &lim
     , m_program(program)
     , m_limits(limits)
     , m_process(std::make_unique<PipedProcess>())
+    , m_watch(limits.silence)
 {
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, &ConverterWorker::onDeadline);
@@ -110,6 +111,16 @@ void ConverterWorker::abort()
 {
     m_aborted = true;
     kill();
+}
+
+void ConverterWorker::watch()
+{
+    // What the converter says has to wait while an observer is being told, so silence says nothing.
+    if (m_state != State::Ready || !m_task.observer || m_outputClosed || m_reading)
+        return;
+    if (m_watch.tick(m_limits.watchInterval))
+        fail(QStringLiteral("The conversion of %1 reported nothing for %2 seconds and was ended.")
+                 .arg(fileName(), QString::number(m_limits.silence / 1000.0)));
 }
 
 void ConverterWorker::kill()
@@ -297,9 +308,14 @@ bool ConverterWorker::readEvent(const QString &name, const QJsonObject &object)
     m_taskRead = true;
     ConversionObserver &observer = *m_task.observer;
     if (name == QLatin1String(event::progress)) {
-        const int percent = qRound(number(object, key::percent));
-        observer.onProgress(unsigned(qBound(0, percent, 100)), text(object, key::message));
-    } else if (name == QLatin1String(event::warning)) {
+        const double percent = number(object, key::percent);
+        const QString message = text(object, key::message);
+        m_watch.notifyProgress(percent, message);
+        observer.onProgress(unsigned(qBound(0, qRound(percent), 100)), message);
+        return true;
+    }
+    m_watch.notifyNews();
+    if (name == QLatin1String(event::warning)) {
         observer.onWarning(text(object, key::message));
     } else if (name == QLatin1String(event::part)) {
         observer.onPart(text(object, key::file));
@@ -346,6 +362,7 @@ bool ConverterWorker::readFinished(const QJsonObject &object)
 void ConverterWorker::sendTask()
 {
     m_deadline.stop();
+    m_watch.restart();
     const ConversionRequest &request = m_task.request;
     if (!m_formats.contains(request.type)) {
         // Rather than within convert(): the observer hears nothing from inside its own call.
@@ -395,11 +412,14 @@ void ConverterWorker::endConversion(JobState state, double seconds, const QStrin
     task.observer->onConversionEnded(state, seconds, message);
 }
 
+QString ConverterWorker::fileName() const
+{
+    return QFileInfo(m_task.request.input).fileName();
+}
+
 QString ConverterWorker::whileReading() const
 {
-    if (!m_task.observer)
-        return QString();
-    return QStringLiteral(" while reading %1").arg(QFileInfo(m_task.request.input).fileName());
+    return m_task.observer ? QStringLiteral(" while reading %1").arg(fileName()) : QString();
 }
 
 } // namespace tnhost

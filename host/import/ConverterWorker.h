@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/import/Conversion.h"
+#include "host/import/ConversionWatch.h"
 #include "host/import/PipedProcess.h"
 
 #include <QtCore/QByteArray>
@@ -19,6 +20,8 @@ struct WorkerLimits {
     qint64 memory = qint64(1) << 30; ///< bytes; a worker that reports more is ended between files
     int idleTime = 10000; ///< ms until a worker without work is ended
     int startTime = 30000; ///< ms until a new worker must have answered
+    int silence = 120000; ///< ms without news that a conversion may take; 0: any time
+    int watchInterval = 500; ///< ms between two looks at the conversions
 };
 
 /// One converter process: starts it, sends it one file after the other and reads its answers. A
@@ -46,6 +49,8 @@ public:
     void convert(const ConversionRequest &request, ConversionObserver &observer);
     /// Kills the process; the current file ends as aborted as soon as the process is gone.
     void abort();
+    /// Looks after the current conversion, once each watchInterval: ends one that is too silent.
+    void watch();
     /// Kills the process without waiting for its end, for a quick shutdown of many.
     void kill();
 
@@ -78,6 +83,7 @@ private:
     void fail(const QString &message);
     void close();
     void endConversion(tnCADFileTypes::JobState state, double seconds, const QString &message);
+    QString fileName() const;
     QString whileReading() const;
     /// Whether the worker has served files, and has not yet looked at the current one.
     bool isBetweenFiles() const;
@@ -88,6 +94,7 @@ private:
     QTimer m_deadline; ///< for the answer that is due next, or for the end of idleness
     State m_state = State::Starting;
     Task m_task;
+    ConversionWatch m_watch;
     qint64 m_taskId = 0;
     bool m_taskRead = false; ///< the worker has confirmed the current task
     bool m_aborted = false;

@@ -8,6 +8,8 @@ WorkerPool::WorkerPool(const QString &program, const WorkerLimits &limits)
     : m_program(program)
     , m_limits(limits)
 {
+    m_watch.setInterval(m_limits.watchInterval);
+    connect(&m_watch, &QTimer::timeout, this, &WorkerPool::onWatch);
 }
 
 WorkerPool::~WorkerPool()
@@ -32,6 +34,8 @@ void WorkerPool::start(const ConversionRequest &request, ConversionObserver &obs
                                    [](const auto &worker) { return worker->isIdle(); });
     ConverterWorker &worker = idle == m_workers.end() ? addWorker() : **idle;
     worker.convert(request, observer);
+    if (!m_watch.isActive())
+        m_watch.start();
 }
 
 void WorkerPool::abort(const ConversionObserver &observer)
@@ -49,6 +53,14 @@ ConverterWorker &WorkerPool::addWorker()
     connect(worker, &ConverterWorker::conversionEnded, this, &WorkerPool::conversionEnded);
     connect(worker, &ConverterWorker::ended, this, [this, worker] { onWorkerEnded(worker); });
     return *worker;
+}
+
+void WorkerPool::onWatch()
+{
+    if (running() == 0)
+        m_watch.stop();
+    for (const auto &worker : m_workers)
+        worker->watch();
 }
 
 void WorkerPool::onWorkerEnded(ConverterWorker *worker)

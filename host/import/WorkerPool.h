@@ -4,6 +4,7 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QString>
+#include <QtCore/QTimer>
 
 #include <memory>
 #include <vector>
@@ -33,11 +34,13 @@ signals:
 
 private:
     ConverterWorker &addWorker();
+    void onWatch();
     void onWorkerEnded(ConverterWorker *worker);
 
     const QString m_program;
     const WorkerLimits m_limits;
     std::vector<std::unique_ptr<ConverterWorker>> m_workers;
+    QTimer m_watch; ///< runs while there are conversions
 };
 
 } // namespace tnhost

@@ -178,6 +178,39 @@ private slots:
         }
     }
 
+    void endsSilentConversions_data()
+    {
+        QTest::addColumn<QByteArray>("step"); // ten times, over twice the time that is granted
+        QTest::addColumn<bool>("isNews");
+        QTest::newRow("nothing at all") << QByteArray("sleep 200\n") << false;
+        QTest::newRow("the same progress") << QByteArray("progress 10\nsleep 200\n") << false;
+        QTest::newRow("fractions of a percent") << QByteArray("progress 1.%1\nsleep 200\n") << true;
+        QTest::newRow("warnings") << QByteArray("warning A face is lost.\nsleep 200\n") << true;
+    }
+
+    void endsSilentConversions()
+    {
+        QFETCH(QByteArray, step);
+        QFETCH(bool, isNews);
+        WorkerLimits limits;
+        limits.silence = 1000;
+        limits.watchInterval = 50;
+        ServiceFixture fixture(limits);
+        fixture.service->setMaxParallelProcesses(1);
+        QByteArray script = "half\n";
+        for (int i = 0; i < 10; ++i)
+            script += QByteArray(step).replace("%1", QByteArray::number(i));
+        const quint64 job =
+            fixture.convert({fixture.file("a.step", script), fixture.file("next.step")});
+        QVERIFY(fixture.wait(job));
+        const int ended = fixture.count(
+            job, "failed a The conversion of a.step reported nothing for 1 seconds and was ended.");
+        QCOMPARE(ended, isNews ? 0 : 1);
+        QCOMPARE(fixture.count(job, "converted a Success"), isNews ? 1 : 0);
+        QCOMPARE(fixture.count(job, "converted next Success"), 1);
+        QVERIFY(fixture.outNames().filter(".part").isEmpty());
+    }
+
     void settingsReachTheConverterAsTheyWereAtTheStart()
     {
         ServiceFixture fixture;
