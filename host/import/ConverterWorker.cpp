@@ -1,5 +1,6 @@
 #include "host/import/ConverterWorker.h"
 
+#include "host/import/ProcessEnd.h"
 #include "platform/tnLog.h"
 #include "protocol/WorkerProtocol.h"
 
@@ -19,8 +20,9 @@ namespace key = tnprotocol::key;
 
 namespace {
 
-// Longer than any answer, short enough that a worker gone wild cannot fill the host's memory.
-constexpr int maximalLineLength = 1 << 20;
+// Longer than any answer (one may name a hundred thousand missing parts), short enough that a
+// worker gone wild cannot fill the host's memory.
+constexpr int maximalLineLength = 1 << 26;
 constexpr int errorTailLength = 2000;
 // What a process may take to end by itself once it was told to, or once its output is closed.
 constexpr int closeTime = 2000;
@@ -163,7 +165,8 @@ void ConverterWorker::readBuffer()
     // Each line leaves the buffer before it is looked at; this object may be gone afterwards.
     const QPointer<ConverterWorker> self(this);
     while (self && (m_state == State::Starting || m_state == State::Ready)) {
-        const int end = m_buffer.indexOf('\n');
+        const int end = m_buffer.indexOf('\n', m_searched);
+        m_searched = end < 0 ? m_buffer.size() : 0;
         if (end < 0) {
             if (m_buffer.size() > maximalLineLength)
                 fail(QStringLiteral("The converter sent an endless answer%1.").arg(whileReading()));
@@ -240,12 +243,8 @@ void ConverterWorker::onProcessFinished(int exitCode, QProcess::ExitStatus statu
     } else if (!m_fault.isEmpty()) {
         endConversion(JobState::Failure, -1.0, m_fault);
     } else if (!isBetweenFiles()) {
-        const QString reason = status == QProcess::CrashExit
-            ? QStringLiteral("The converter crashed%1.").arg(whileReading())
-            : QStringLiteral("The converter ended%1 (exit status %2).")
-                  .arg(whileReading())
-                  .arg(exitCode);
-        endConversion(JobState::Failure, -1.0, reason);
+        endConversion(JobState::Failure, -1.0,
+                      ProcessEnd::sentence(exitCode, status, whileReading()));
     }
     if (self)
         emit ended();

@@ -104,6 +104,7 @@ private:
     QStringList m_formats;
     QString m_fault; ///< why the process was killed, a sentence for the user
     QByteArray m_buffer;
+    int m_searched = 0; ///< so many bytes of the buffer hold no end of a line
     QByteArray m_errorTail;
 };
 

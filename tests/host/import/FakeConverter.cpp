@@ -95,16 +95,19 @@ void runCommand(const QString &line)
     } else if (command == "say") {
         writeLine(rest.toUtf8());
     } else if (command == "flood") {
-        std::fputs(QByteArray(4 << 20, 'x').constData(), stdout);
+        std::fputs(QByteArray(80 << 20, 'x').constData(), stdout);
     } else if (command == "close") {
         close(STDOUT_FILENO);
         pause();
-    } else if (command == "crash") {
-        std::raise(SIGKILL);
+    } else if (command == "raise") {
+        std::signal(first.toInt(), SIG_DFL);
+        std::raise(first.toInt());
     } else if (command == "exit") {
         std::_Exit(first.toInt());
     } else if (command == "hang") {
         pause();
+    } else if (command == "longwarning") {
+        send("warning", {{"message", QString(first.toInt(), 'x')}});
     } else if (command == "finish") {
         hasFinished = true;
         log("end");

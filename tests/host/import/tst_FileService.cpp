@@ -42,11 +42,19 @@ private slots:
              withPart + loaded
                  + "loading p|loadFailed p The file is not a glTF binary.|loaded p Failure|"
                    "loadFailed a The file is not a glTF binary.|loaded a Failure"},
-            {"part p.step\ncrash",
+            {"part p.step\nraise 11",
              "part+ a p|converting p|failed p " + crash + "|converted p Failure|part- a p|parts a|"
                  + fails(crash)},
             {"finish failure It is damaged.", fails("It is damaged.")},
-            {"half\ncrash", fails(crash)},
+            {"half\nraise 6", fails(crash)},
+            {"raise 9",
+             fails(
+                 "The converter was killed while reading a.step, by someone else or by the system, "
+                 "which does so when it runs out of memory.")},
+            {"raise 25",
+             fails("The converter was ended while reading a.step: it wrote a larger file than the "
+                   "system allows it.")},
+            {"raise 15", fails("The converter was ended while reading a.step by signal 15.")},
             {"exit 7", fails("The converter ended while reading a.step (exit status 7).")},
             {"close", fails("The converter closed its output while reading a.step.")},
             {"say Segmentation fault", fails(nonsense)},
@@ -209,6 +217,15 @@ private slots:
         QCOMPARE(fixture.count(job, "converted a Success"), isNews ? 1 : 0);
         QCOMPARE(fixture.count(job, "converted next Success"), 1);
         QVERIFY(fixture.outNames().filter(".part").isEmpty());
+    }
+
+    void readsLongAnswers()
+    {
+        ServiceFixture fixture;
+        const quint64 job = fixture.convert({fixture.file("a.step", "longwarning 3000000")});
+        QVERIFY(fixture.wait(job));
+        QCOMPARE(fixture.count(job, "progress a 0 x{30000}"), 1);
+        QCOMPARE(fixture.count(job, "converted a Success"), 1);
     }
 
     void settingsReachTheConverterAsTheyWereAtTheStart()

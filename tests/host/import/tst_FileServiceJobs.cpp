@@ -225,7 +225,7 @@ private slots:
         const QString path = fixture.file("b.step");
         QVERIFY(fixture.wait(fixture.convert({path})));
         QVERIFY(fixture.wait(fixture.convert({path})));
-        QVERIFY(fixture.wait(fixture.convert({fixture.file("b.step", "half\ncrash")})));
+        QVERIFY(fixture.wait(fixture.convert({fixture.file("b.step", "half\nraise 11")})));
         QCOMPARE(read(fixture.out() + "/b.glb"), QByteArray("somebody's own file"));
         QCOMPARE(read(fixture.out() + "/b-2.glb.part"), QByteArray("somebody's download"));
         // The crash did not take away what the runs before had left.
@@ -240,7 +240,7 @@ private slots:
             const QString old = fixture.file("../place/a.glb", "old");
             const QDir place = QFileInfo(old).canonicalPath();
             tnPreferences::getData().set("FileIO tmp path", place.path(), true);
-            const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\ncrash"),
+            const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\nraise 11"),
                                     fixture.file("c.step", "junk\nfinish success")};
             const quint64 job = fixture.service->loadFiles(
                 files, tndNode(), isNamed ? place.path() : QString(), true, isNamed, true);
@@ -276,7 +276,7 @@ private slots:
         limits.memory = 1000000;
         limits.idleTime = 1000;
         const std::pair<const char *, int> rows[] = {
-            {"memory 1000", 1}, {"memory 2000000", 3}, {"crash", 3}};
+            {"memory 1000", 1}, {"memory 2000000", 3}, {"raise 11", 3}};
         for (const auto &[script, processes] : rows) {
             ServiceFixture fixture(limits);
             fixture.service->setMaxParallelProcesses(1);
