@@ -130,7 +130,7 @@ int runWorker()
     if (output < 0)
         return ExitFailure;
     dieWithParent();
-    limitMemory();
+    limitResources();
     // A vanished host is noticed by the failing write.
     std::signal(SIGPIPE, SIG_IGN);
     return Worker(output).run(std::cin);
@@ -167,7 +167,7 @@ int run(const std::vector<std::string> &arguments)
     if (files.size() != 2)
         return wrongUsage("one input and one output are needed.");
     const int output = takeStandardOutput();
-    limitMemory();
+    limitResources();
     Job job;
     job.input = files[0];
     job.output = files[1];

@@ -68,18 +68,31 @@ int takeStandardOutput()
     return own;
 }
 
-void limitMemory()
+void limitResources()
 {
+    constexpr struct {
+        decltype(RLIMIT_AS) resource;
+        rlim_t bound;
+    } limits[] = {
+        // A dump would hold the customer's data. Not 0, with which the kernel still starts the
+        // program that takes dumps, where there is one.
+        {RLIMIT_CORE, 1},
+        {RLIMIT_NOFILE, 1024},
+        {RLIMIT_FSIZE, rlim_t(1) << 32}, // a binary glTF counts its bytes with 32 bits
 // The sanitizers reserve terabytes of addresses for their own records.
 #ifndef __SANITIZE_ADDRESS__
-    constexpr rlim_t bound = rlim_t(8) << 30;
-    rlimit limit{};
-    if (getrlimit(RLIMIT_AS, &limit) == 0
-        && (limit.rlim_cur == RLIM_INFINITY || limit.rlim_cur > bound)) {
-        limit.rlim_cur = bound;
-        setrlimit(RLIMIT_AS, &limit);
-    }
+        {RLIMIT_AS, rlim_t(8) << 30},
 #endif
+    };
+    for (const auto &[resource, bound] : limits) {
+        rlimit limit{};
+        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur > bound) { // infinity is the most
+            limit.rlim_cur = bound;
+            setrlimit(resource, &limit);
+        }
+    }
+    // A file that grows past the limit fails its writing, which has a sentence of its own.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 void dieWithParent()
