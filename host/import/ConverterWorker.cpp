@@ -5,12 +5,15 @@
 #include "protocol/WorkerProtocol.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QLocale>
 #include <QtCore/QPointer>
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace tnhost {
 
@@ -123,6 +126,29 @@ void ConverterWorker::watch()
     if (m_watch.tick(m_limits.watchInterval))
         fail(QStringLiteral("The conversion of %1 reported nothing for %2 seconds and was ended.")
                  .arg(fileName(), QString::number(m_limits.silence / 1000.0)));
+}
+
+qint64 ConverterWorker::memory() const
+{
+    if (m_state == State::Killed || m_state == State::Dead)
+        return 0;
+    QFile file(QStringLiteral("/proc/%1/statm").arg(m_process->processId()));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> pages = file.readAll().simplified().split(' ');
+    // Without what it shares with others: libraries, and files that the system can drop.
+    return (pages.value(1).toLongLong() - pages.value(2).toLongLong()) * sysconf(_SC_PAGESIZE);
+}
+
+void ConverterWorker::endForMemory(qint64 memory)
+{
+    const QLocale locale = QLocale::c();
+    const auto size = [&locale](qint64 bytes) {
+        return locale.formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
+    };
+    fail(QStringLiteral("The conversion of %1 was ended: it took %2 of the %3 of memory that all "
+                        "conversions together may take.")
+             .arg(fileName(), size(memory), size(m_limits.budget)));
 }
 
 void ConverterWorker::kill()

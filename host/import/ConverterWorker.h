@@ -21,6 +21,7 @@ struct WorkerLimits {
     int idleTime = 10000; ///< ms until a worker without work is ended
     int startTime = 30000; ///< ms until a new worker must have answered
     int silence = 120000; ///< ms without news that a conversion may take; 0: any time
+    qint64 budget = 0; ///< bytes that all workers may take together; 0: any number
     int watchInterval = 500; ///< ms between two looks at the conversions
 };
 
@@ -51,6 +52,10 @@ public:
     void abort();
     /// Looks after the current conversion, once each watchInterval: ends one that is too silent.
     void watch();
+    /// Bytes that the process takes for itself alone; 0 once it has been killed.
+    qint64 memory() const;
+    /// Kills the process; the current file, if there is one, ends as failed for that reason.
+    void endForMemory(qint64 memory);
     /// Kills the process without waiting for its end, for a quick shutdown of many.
     void kill();
 

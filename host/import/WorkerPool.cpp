@@ -1,6 +1,7 @@
 #include "host/import/WorkerPool.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace tnhost {
 
@@ -61,6 +62,24 @@ void WorkerPool::onWatch()
         m_watch.stop();
     for (const auto &worker : m_workers)
         worker->watch();
+    keepBudget();
+}
+
+void WorkerPool::keepBudget()
+{
+    if (m_limits.budget <= 0)
+        return;
+    qint64 sum = 0;
+    // An idle worker goes before any file fails, then the largest: never one within its even share.
+    std::tuple<bool, qint64, ConverterWorker *> first(false, 0, nullptr);
+    for (const auto &worker : m_workers) {
+        const qint64 memory = worker->memory();
+        sum += memory;
+        if (memory > 0)
+            first = std::max(first, std::make_tuple(worker->isIdle(), memory, worker.get()));
+    }
+    if (sum > m_limits.budget)
+        std::get<ConverterWorker *>(first)->endForMemory(std::get<qint64>(first));
 }
 
 void WorkerPool::onWorkerEnded(ConverterWorker *worker)

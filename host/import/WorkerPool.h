@@ -35,6 +35,7 @@ signals:
 private:
     ConverterWorker &addWorker();
     void onWatch();
+    void keepBudget();
     void onWorkerEnded(ConverterWorker *worker);
 
     const QString m_program;

@@ -92,6 +92,9 @@ void runCommand(const QString &line)
         writeFile(output, emptyScene(input));
     } else if (command == "memory") {
         memory = first.toDouble();
+    } else if (command == "take") {
+        static QByteArray taken;
+        taken.fill('x', first.toInt());
     } else if (command == "say") {
         writeLine(rest.toUtf8());
     } else if (command == "flood") {

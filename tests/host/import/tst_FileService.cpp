@@ -219,6 +219,26 @@ private slots:
         QVERIFY(fixture.outNames().filter(".part").isEmpty());
     }
 
+    void endsTheLargestConversionBeyondTheBudget()
+    {
+        WorkerLimits limits;
+        limits.budget = 300 << 20;
+        limits.watchInterval = 50;
+        ServiceFixture fixture(limits);
+        fixture.service->setMaxParallelProcesses(2);
+        const quint64 job = fixture.convert(
+            {fixture.file("large.step", "half\ntake 350000000\nhang"),
+             fixture.file("small.step", "take 50000000\nsleep 1500"), fixture.file("next.step")});
+        QVERIFY(fixture.wait(job));
+        QCOMPARE(fixture.count(job,
+                               "failed large The conversion of large.step was ended: it took "
+                               "\\d+\\.\\d MB of the 300.0 MB of memory that all conversions "
+                               "together may take\\.$"),
+                 1);
+        QCOMPARE(fixture.count(job, "converted (small|next) Success"), 2);
+        QVERIFY(fixture.outNames().filter(".part").isEmpty());
+    }
+
     void readsLongAnswers()
     {
         ServiceFixture fixture;

@@ -240,7 +240,8 @@ private slots:
             const QString old = fixture.file("../place/a.glb", "old");
             const QDir place = QFileInfo(old).canonicalPath();
             tnPreferences::getData().set("FileIO tmp path", place.path(), true);
-            const QStringList files{fixture.file("a.step"), fixture.file("b.step", "half\nraise 11"),
+            const QStringList files{fixture.file("a.step"),
+                                    fixture.file("b.step", "half\nraise 11"),
                                     fixture.file("c.step", "junk\nfinish success")};
             const quint64 job = fixture.service->loadFiles(
                 files, tndNode(), isNamed ? place.path() : QString(), true, isNamed, true);
