@@ -10,6 +10,7 @@
 #include "host/scene/Scene.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
+#include "host/services/LimitPreferences.h"
 #include "platform/tnController.h"
 #include "platform/tnFile.h"
 #include "platform/tnLog.h"
@@ -175,6 +176,9 @@ int main(int argc, char **argv)
         ? program + QStringLiteral("/tnconvert")
         : commandLine.converter();
     options.maxProcesses = commandLine.maxProcesses();
+    options.limits = LimitPreferences::read();
+    options.limits.silence = commandLine.silence().value_or(options.limits.silence);
+    options.limits.budget = commandLine.maxMemory().value_or(options.limits.budget);
     // In static storage, and made before the plug-ins are loaded, so that they go after the
     // plug-ins' own static objects, which still use them.
     static HostServices services(options);

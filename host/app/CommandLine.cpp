@@ -1,5 +1,7 @@
 #include "host/app/CommandLine.h"
 
+#include "host/services/LimitPreferences.h"
+
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -32,6 +34,10 @@ constexpr Option options[] = {
      false},
     {"max-processes", "N",
      "Convert at most that many files at a time; 0: as many as there are cores.", false},
+    {"silence", "SECONDS", "End a conversion that reports nothing new for so long; 0: none.",
+     false},
+    {"max-memory", "SIZE",
+     "How much memory all conversions together may take, such as 500M or 6G; 0: any.", false},
     {"tmp", "DIR", "Put temporary files into this directory.", false},
     {"plugin-dir", "DIR", "Load the plug-ins of this directory.", false},
     {"converter", "PROGRAM", "Convert files with this program.", false},
@@ -39,6 +45,13 @@ constexpr Option options[] = {
 
 /// In the order of BatchOptions::Mode.
 constexpr const char *modeNames[] = {"import", "keep", "convert"};
+
+std::optional<int> processCount(const QString &text)
+{
+    bool isNumber = false;
+    const int count = text.toInt(&isNumber);
+    return isNumber && count >= 0 ? std::make_optional(count) : std::nullopt;
+}
 
 /// The parser asks the application for the program's name, and there is none yet.
 QString helpText(const QCommandLineParser &parser, const QStringList &arguments)
@@ -79,7 +92,11 @@ CommandLine::CommandLine(const QStringList &arguments)
     m_tmpDirectory = parser.value(QStringLiteral("tmp"));
     m_script = parser.value(QStringLiteral("script"));
     m_files = parser.positionalArguments();
-    readMaxProcesses(parser);
+    readValue(parser, "max-processes", &processCount, "a number, 0 or more", m_maxProcesses);
+    readValue(parser, "silence", &LimitPreferences::silence, "a number of seconds, 0 or more",
+              m_silence);
+    readValue(parser, "max-memory", &LimitPreferences::memory, "a size such as 500M or 6G",
+              m_maxMemory);
     readBatch(parser);
     checkCombination(parser);
 }
@@ -99,14 +116,17 @@ void CommandLine::addOptions(QCommandLineParser &parser)
                                  QStringLiteral("[FILE|FOLDER...]"));
 }
 
-void CommandLine::readMaxProcesses(const QCommandLineParser &parser)
+template <typename Value, typename Target>
+void CommandLine::readValue(const QCommandLineParser &parser, const char *name,
+                            std::optional<Value> (*parse)(const QString &), const char *need,
+                            Target &target)
 {
-    if (!parser.isSet(QStringLiteral("max-processes")))
+    if (!parser.isSet(QLatin1String(name)))
         return;
-    bool isNumber = false;
-    m_maxProcesses = parser.value(QStringLiteral("max-processes")).toInt(&isNumber);
-    if (!isNumber || m_maxProcesses < 0)
-        fail(QStringLiteral("Option --max-processes needs a number, 0 or more."));
+    if (const std::optional<Value> value = parse(parser.value(QLatin1String(name))))
+        target = *value;
+    else
+        fail(QStringLiteral("Option --%1 needs %2.").arg(QLatin1String(name), QLatin1String(need)));
 }
 
 void CommandLine::readBatch(const QCommandLineParser &parser)

@@ -5,6 +5,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <optional>
+
 class QCommandLineParser;
 
 namespace tnhost {
@@ -32,6 +34,9 @@ public:
     const QString &tmpDirectory() const { return m_tmpDirectory; }
     /// -1 without the option.
     int maxProcesses() const { return m_maxProcesses; }
+    /// In milliseconds and bytes; nothing without the option.
+    std::optional<int> silence() const { return m_silence; }
+    std::optional<qint64> maxMemory() const { return m_maxMemory; }
     const QString &script() const { return m_script; }
     const BatchOptions &batch() const { return m_batch; }
     /// Files and folders.
@@ -40,7 +45,12 @@ public:
 private:
     void addOptions(QCommandLineParser &parser);
     void readBatch(const QCommandLineParser &parser);
-    void readMaxProcesses(const QCommandLineParser &parser);
+    /// Reads an option's value, if it is given, with a function that gives nothing for a wrong one;
+    /// @p need says what it has to be.
+    template <typename Value, typename Target>
+    void readValue(const QCommandLineParser &parser, const char *name,
+                   std::optional<Value> (*parse)(const QString &), const char *need,
+                   Target &target);
     void checkCombination(const QCommandLineParser &parser);
     void fail(const QString &message);
 
@@ -51,6 +61,8 @@ private:
     QString m_converter;
     QString m_tmpDirectory;
     int m_maxProcesses = -1;
+    std::optional<int> m_silence;
+    std::optional<qint64> m_maxMemory;
     QString m_script;
     BatchOptions m_batch;
     QStringList m_files;

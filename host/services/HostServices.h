@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/import/ConverterWorker.h"
+
 #include <QtCore/QString>
 
 #include <memory>
@@ -19,6 +21,7 @@ public:
         QString tmpDirectory; ///< absolute, writable
         QString converterProgram;
         int maxProcesses = -1; ///< 0: one per core; -1: as the service has it
+        WorkerLimits limits;
     };
 
     explicit HostServices(const Options &options);

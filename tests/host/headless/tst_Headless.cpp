@@ -136,6 +136,8 @@ void tst_Headless::refusesWrongUsage()
         {"fast", "--headless --fast a.stl"},
         {"--max-processes", "--headless --max-processes two a.stl"},
         {"--max-processes", "--headless --max-processes=-2 a.stl"},
+        {"--silence", "--headless --silence long a.stl"},
+        {"--max-memory", "--headless --max-memory 6X a.stl"},
         {"--converter", "--headless --converter= a.stl"},
         {"cannot be written", "--headless --tmp " TN_BIN_DIR "/tnhost a.stl"},
         {"cannot be written", "--headless --output " TN_BIN_DIR "/tnhost a.stl"},

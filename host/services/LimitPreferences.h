@@ -1,0 +1,26 @@
+#pragma once
+
+#include "host/import/ConverterWorker.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace tnhost {
+
+/// What the user lets the converters take.
+class LimitPreferences {
+public:
+    LimitPreferences() = delete;
+
+    /// "120", in seconds: the milliseconds. Nothing for what is no number from 0 to a million.
+    static std::optional<int> silence(const QString &text);
+    /// "500M", "6G", "6.5g" or plain bytes: the bytes. Nothing for what is no such size.
+    static std::optional<qint64> memory(const QString &text);
+    /// The host's settings "limits/silence" and "limits/memory", written as above. What is not set,
+    /// or not understood (the log says so), is as the host has it: 120 seconds, and three quarters
+    /// of the machine's memory.
+    static WorkerLimits read();
+};
+
+} // namespace tnhost
