@@ -268,9 +268,9 @@ private slots:
             {"", "no geometry"},
             {QByteArray("Group{children ").repeated(100000), "too deeply"},
             {chain, "too deeply"},
-            {doubling, "repeats its nodes too often"},
+            {doubling, "repeats its parts too often"},
             {"PROTO P [ ] { Group { children [ " + doubling + " ] } } P { }",
-             "repeats its nodes too often"},
+             "repeats its parts too often"},
             {"PROTO P [ field SFVec3f s 1 1 1 ] { Group { children [ " + doublingCopies
                  + " ] } } P { }",
              "its prototypes grow without end"},

@@ -1,6 +1,7 @@
 #include "readers/kernel/DocumentSceneBuilder.h"
 
 #include "core/ConversionError.h"
+#include "core/Limits.h"
 #include "readers/kernel/Kernel.h"
 
 #include <TColStd_HSequenceOfExtendedString.hxx>
@@ -18,12 +19,11 @@
 #include <XCAFDoc_MaterialTool.hxx>
 #include <XCAFDoc_Volume.hxx>
 
+#include <algorithm>
+
 namespace tnconvert {
 
 namespace {
-
-/// Real assemblies are less than twenty levels deep.
-constexpr int depthBound = 400;
 
 Transform transformOf(const TopLoc_Location &location)
 {
@@ -141,27 +141,32 @@ std::vector<Node> DocumentSceneBuilder::build()
 {
     TDF_LabelSequence roots;
     m_shapes->GetFreeShapes(roots);
-    m_partCount = 0;
+    // The files of an assembly may each stay below the bound and be too many together.
+    std::uint64_t count = 0;
     for (const TDF_Label &root : roots)
-        m_partCount += countParts(root, 0);
+        count = nodeSum(count, countNodes(root, 0));
+    checkNodeCount("The assembly", count);
     std::vector<Node> nodes;
     for (const TDF_Label &root : roots)
         nodes.push_back(labelNode(root, Style(), 0));
     return nodes;
 }
 
-int DocumentSceneBuilder::countParts(const TDF_Label &label, int depth) const
+std::uint64_t DocumentSceneBuilder::countNodes(const TDF_Label &label, int depth)
 {
     TDF_Label part = label;
     if (XCAFDoc_ShapeTool::IsReference(label))
         XCAFDoc_ShapeTool::GetReferredShape(label, part);
-    if (!XCAFDoc_ShapeTool::IsAssembly(part) || depth > depthBound)
-        return 1;
-    TDF_LabelSequence components;
-    XCAFDoc_ShapeTool::GetComponents(part, components);
-    int count = 0;
-    for (const TDF_Label &component : components)
-        count += countParts(component, depth + 1);
+    if (const std::uint64_t *known = m_nodeCounts.Seek(part))
+        return *known;
+    std::uint64_t count = 1;
+    if (XCAFDoc_ShapeTool::IsAssembly(part) && depth <= depthBound) {
+        TDF_LabelSequence components;
+        XCAFDoc_ShapeTool::GetComponents(part, components);
+        for (const TDF_Label &component : components)
+            count = nodeSum(count, countNodes(component, depth + 1));
+    }
+    m_nodeCounts.Bind(part, count);
     return count;
 }
 
@@ -245,8 +250,9 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
 
     if (!style.visible && !m_settings.importInvisibleSurfaces && !m_settings.importInvisibleCurves)
         return {};
-    m_report.progress(m_from + (m_to - m_from) * double(m_known.size()) / (m_partCount + 1),
-                      "Tessellating");
+    m_report.progress(
+        m_from + (m_to - m_from) * std::min(1., double(m_known.size()) / m_nodeCounts.Extent()),
+        "Tessellating");
     const TopoDS_Shape shape = XCAFDoc_ShapeTool::GetShape(part);
     if (shape.IsNull())
         return {};

@@ -2,13 +2,16 @@
 
 #include "readers/kernel/ShapeMesher.h"
 
+#include <NCollection_DataMap.hxx>
 #include <Quantity_ColorRGBA.hxx>
 #include <TDF_Label.hxx>
+#include <TDF_LabelMapHasher.hxx>
 #include <TDocStd_Document.hxx>
 #include <XCAFDoc_ColorTool.hxx>
 #include <XCAFDoc_LayerTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -40,7 +43,7 @@ private:
                                                         const std::string &name);
     std::string layerOf(const TDF_Label &label) const;
     void addMetadata(const TDF_Label &label, Node &node) const;
-    int countParts(const TDF_Label &label, int depth) const;
+    std::uint64_t countNodes(const TDF_Label &label, int depth);
 
     Handle(XCAFDoc_ShapeTool) m_shapes;
     Handle(XCAFDoc_ColorTool) m_colors;
@@ -51,7 +54,7 @@ private:
     const double m_to;
     ShapeMesher m_mesher;
     std::map<std::string, std::vector<std::shared_ptr<const Mesh>>> m_known;
-    double m_partCount = 1;
+    NCollection_DataMap<TDF_Label, std::uint64_t, TDF_LabelMapHasher> m_nodeCounts; ///< by part
 };
 
 } // namespace tnconvert

@@ -1,6 +1,7 @@
 #include "readers/vrml/VrmlParser.h"
 
 #include "core/ConversionError.h"
+#include "core/Limits.h"
 #include "core/Text.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 namespace tnconvert {
 
 namespace {
-
-constexpr int depthBound = 400;
 
 /// Prototypes within prototypes can grow without end.
 constexpr std::size_t copyBound = 1'000'000;

@@ -1,6 +1,7 @@
 #include "readers/vrml/VrmlSceneBuilder.h"
 
 #include "core/ConversionError.h"
+#include "core/Limits.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/vrml/VrmlFile.h"
@@ -14,9 +15,6 @@
 namespace tnconvert {
 
 namespace {
-
-/// Groups that use groups that use groups can grow without end.
-constexpr std::size_t nodeBound = 1'000'000;
 
 /// A scale of nothing would leave transformations that cannot be undone.
 constexpr double leastScale = 1e-9;
@@ -110,9 +108,7 @@ void VrmlSceneBuilder::warnOnce(const std::string &message)
 void VrmlSceneBuilder::countNodes(std::size_t more)
 {
     m_nodeCount += more;
-    if (m_nodeCount > nodeBound)
-        throw ConversionError("The file repeats its nodes too often; more than "
-                              + std::to_string(nodeBound) + " would arise.");
+    checkNodeCount("The file", m_nodeCount);
 }
 
 const std::map<std::string, VrmlSceneBuilder::Handler> &VrmlSceneBuilder::handlers()

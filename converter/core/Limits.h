@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/ConversionError.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+namespace tnconvert {
+
+/// The most nodes of a scene, whatever the format. Real assemblies stay well below; a few kilobytes
+/// of parts that repeat parts that repeat parts could otherwise fill any memory.
+constexpr std::uint64_t nodeBound = 1'000'000;
+
+/// The most levels of a tree. Real assemblies are less than twenty levels deep; recursion through
+/// this many still fits on the stack.
+constexpr int depthBound = 400;
+
+/// The sum of two counts of nodes, 10^18 at most, which is far above the bound.
+inline std::uint64_t nodeSum(std::uint64_t a, std::uint64_t b)
+{
+    constexpr std::uint64_t largest = 1'000'000'000'000'000'000;
+    return std::min(a + b, largest);
+}
+
+/// Throws ConversionError when @p count nodes are more than a scene may have. @p what begins the
+/// sentence: it is what would have the nodes.
+inline void checkNodeCount(const std::string &what, std::uint64_t count)
+{
+    if (count > nodeBound)
+        throw ConversionError(what + " repeats its parts too often: at least "
+                              + std::to_string(count) + " nodes would arise, and at most "
+                              + std::to_string(nodeBound) + " can be converted.");
+}
+
+} // namespace tnconvert
