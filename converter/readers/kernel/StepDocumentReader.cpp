@@ -2,9 +2,11 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/Limits.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/kernel/Kernel.h"
+#include "readers/step/StepStructure.h"
 
 #include <Interface_InterfaceModel.hxx>
 #include <STEPCAFControl_ExternFile.hxx>
@@ -54,14 +56,21 @@ StepDocumentReader::StepDocumentReader(Report &report, bool readsParts)
 void StepDocumentReader::load(const std::string &path, Handle(TDocStd_Document) & document)
 {
     m_report.progress(0, "Reading");
-    if (readFile(ChangeReader(), path) != IFSelect_RetDone)
-        throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
-    checkNumbers(path, ChangeReader().WS());
-    warnOfDamage(path, ChangeReader().WS());
+    readModel(ChangeReader(), path);
     loadParts(ChangeReader().WS(), std::filesystem::path(path).parent_path().string(), document);
     const Handle(KernelProgress) progress = new KernelProgress(m_report, 40, 60, "Transferring");
     if (!Transfer(document, progress->Start()))
         throw ConversionError(fileName(path) + " contains no shape that can be read.");
+}
+
+void StepDocumentReader::readModel(STEPControl_Reader &reader, const std::string &path)
+{
+    if (readFile(reader, path) != IFSelect_RetDone)
+        throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
+    checkNumbers(path, reader.WS());
+    warnOfDamage(path, reader.WS());
+    // The kernel would unfold the products first and run without end.
+    checkNodeCount(fileName(path), StepStructure(reader.StepModel()).nodeCount());
 }
 
 void StepDocumentReader::checkNumbers(const std::string &path,
@@ -152,11 +161,8 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         checkStepFile(path);
         STEPControl_Reader part;
         file->SetWS(part.WS());
-        file->SetLoadStatus(readFile(part, path));
-        if (file->GetLoadStatus() != IFSelect_RetDone)
-            throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
-        checkNumbers(path, part.WS());
-        warnOfDamage(path, part.WS());
+        readModel(part, path);
+        file->SetLoadStatus(IFSelect_RetDone);
         const std::size_t missingBefore = m_missingParts.size();
         loadParts(part.WS(), std::filesystem::path(path).parent_path().string(), document);
         TDF_LabelSequence labels;

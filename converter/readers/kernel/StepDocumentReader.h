@@ -24,6 +24,8 @@ public:
     const std::vector<std::string> &missingParts() const { return m_missingParts; }
 
 private:
+    /// Reads the entities of @p path. Throws ConversionError when they cannot become a scene.
+    void readModel(STEPControl_Reader &reader, const std::string &path);
     /// Throws ConversionError: the kernel runs without end on a coordinate that is no number.
     static void checkNumbers(const std::string &path,
                              const Handle(XSControl_WorkSession) & session);
