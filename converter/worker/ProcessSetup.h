@@ -9,8 +9,9 @@ namespace tnconvert {
 /// caller keeps until the process ends.
 int takeStandardOutput();
 
-/// Bounds what the process may take: its address space, so that a damaged file ends with "not enough
-/// memory" before it takes the machine down, the size of a file, open files; and no core dumps.
+/// Bounds what the process may take: its address space, so that a damaged file ends with "not
+/// enough memory" before it takes the machine down, the size of a file, open files; and no core
+/// dumps.
 void limitResources();
 
 /// Makes the system kill this process when the one that started it ends.

@@ -23,7 +23,8 @@ HostServices::HostServices(const Options &options)
     tnInterfaceFactory::the().setPulse(&UsageData::the());
     HostIcons::install();
 
-    m_fileService = std::make_unique<FileService>(*m_scene, options.converterProgram, options.limits);
+    m_fileService =
+        std::make_unique<FileService>(*m_scene, options.converterProgram, options.limits);
     if (options.maxProcesses >= 0)
         m_fileService->setMaxParallelProcesses(options.maxProcesses);
     announceReadTypes();
