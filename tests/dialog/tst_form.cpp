@@ -35,45 +35,6 @@ class tst_Form : public QObject {
     Q_OBJECT
 
 private slots:
-    void groups()
-    {
-        // One after the other: the unmarked one, then bit by bit.
-        const QStringList expected =
-            QString(
-                "m_healStitch m_healStitchLabel m_importerVersion m_importerVersionLabel|"
-                "_general_settings|_advanced_settings|_file_specific_options|_scene_settings|"
-                "m_associativeMeshesEnabled m_associativeMeshesLabel|"
-                "m_invisibleInstancesEnabled m_invisibleInstancesLabel|"
-                "m_camerasEnabled m_heronLabel m_lightsEnabled m_templateGeometriesEnabled "
-                "m_variantsEnabled|frame_5 m_jtToolkit m_jtToolkitLabel m_meshLODs m_meshLODsLabel|"
-                "_tesselation|_cbImportSurfaces frame label_8|_cbImportMeshes frame_2 label_9|"
-                "_cbImportCurves frame_3 label_10|_project_settings|"
-                "_importAnimations m_associativeMeshesLabel_2|"
-                "m_emptyLayersEnabled m_layerFoldersEnabled|m_reduceKeyframes|"
-                "m_importReferencedFiles m_optimizeMaterials|m_coordSystemsEnabled|"
-                "m_importAsSmartCheckBox|m_referenceBehaviorComboBox m_referenceBehaviorLabel|"
-                "_globalReferenceBehavior _globalReferenceBehaviorLabel _line1 frame_15|"
-                "m_importGroupMaterials|m_importMetadata")
-                .split('|');
-        const Form form;
-        QMap<unsigned int, QStringList> found;
-        for (const QWidget *w : form.findChildren<QWidget *>()) {
-            const QVariant value = w->property("importDialogGroup");
-            if (!value.isValid())
-                continue;
-            found[value.toUInt()] << w->objectName();
-            QVERIFY2(value.userType() == QMetaType::UInt, qPrintable(w->objectName()));
-            // Outside the panel nobody would ever look at it.
-            QVERIFY2(form._settings->isAncestorOf(w), qPrintable(w->objectName()));
-        }
-        QCOMPARE(found.size(), expected.size());
-        for (int i = 0; i < expected.size(); ++i) {
-            QStringList &names = found[(1U << i) / 2];
-            names.sort();
-            QCOMPARE(names.join(' '), expected[i]);
-        }
-    }
-
     void retranslating()
     {
         // The texts change with the language; what stands at an index does not.
@@ -119,34 +80,6 @@ private slots:
             for (const QWidget *page : frame->findChildren<QWidget *>(QRegularExpression("page")))
                 QVERIFY2(!page->isVisibleTo(frame), qPrintable(frame->caption()));
         }
-    }
-
-    void tabOrder()
-    {
-        const QStringList expected{"_cbFileType",      "_cbMode",         "_max_procs",
-                                   "_output_dir",      "_tbOutputPath",   "_cbImportSurfaces",
-                                   "m_camerasEnabled", "m_meshLODs",      "_import_variants",
-                                   "_assetManager",    "_centerInOrigin", "_importAnimations",
-                                   "_abort",           "_pbReloadOk",     "_pbReloadCancel",
-                                   "_pbAbort",         "_pbDefaults",     "_pbImport",
-                                   "_pbClose",         "tableView",       "_settings"};
-        const Form form;
-        QStringList order;
-        for (const QWidget *w = form.nextInFocusChain(); w != &form; w = w->nextInFocusChain()) {
-            if ((w->focusPolicy() & Qt::TabFocus) && expected.contains(w->objectName()))
-                order << w->objectName();
-        }
-        QCOMPARE(order, expected);
-    }
-
-    void buttonsAndFileList()
-    {
-        Form form;
-        form.show();
-        for (const QPushButton *button : form.findChildren<QPushButton *>())
-            QCOMPARE(button->isDefault(), button == form._pbImport);
-        QVERIFY(!form._pbRemove->isEnabled());
-        QCOMPARE(form.tableView->selectionMode(), QAbstractItemView::ExtendedSelection);
     }
 };
 

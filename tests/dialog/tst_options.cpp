@@ -289,17 +289,29 @@ private Q_SLOTS:
     {
         Options options;
         options.service.xlatSettings[Rhino].setUseLegacyLoader(true);
-        options.prepare({KXT, Cosmo, Obj, TARN, CatiaV5, JT, Rhino, Parasolid});
+        options.prepare({KXT, Cosmo, Obj, TARN, Heron, CatiaV5, JT, Rhino, Parasolid});
         const QString geometry =
             " keepNurbsCheckBox surfaceOptionsExtra fixOrientationCheckBox mergeGeometriesCheckBox "
             "createLayerGroupsCheckBox removeEmptyGroupsCheckBox unshareNodesCheckBox";
         const QString surfaces = geometry + " tessellationFrame";
         const QString shared = " _general_settings _advanced_settings";
-        const QString cad = shared + surfaces + " _tesselation";
+        const QString imports = " _tesselation _cbImportSurfaces _cbImportMeshes _cbImportCurves";
+        const QString cad = shared + surfaces + imports;
         const QString scene = " _scene_settings _globalReferenceBehavior";
         const QString file = " _file_specific_options m_importMetadata";
-        const QString others = " _project_settings m_importerVersion m_jtToolkit m_healStitch";
-        const QStringList names = (cad + scene + file + others).simplified().split(' ');
+        const QString parts = " m_importReferencedFiles m_optimizeMaterials";
+        const QString jt =
+            parts + " m_importGroupMaterials m_invisibleInstancesEnabled m_jtToolkit m_meshLODs";
+        const QString heron = parts
+            + " m_invisibleInstancesEnabled m_camerasEnabled m_lightsEnabled m_variantsEnabled"
+              " m_templateGeometriesEnabled m_emptyLayersEnabled m_layerFoldersEnabled";
+        const QString catia = parts
+            + " m_importGroupMaterials m_invisibleInstancesEnabled m_associativeMeshesEnabled"
+              " m_coordSystemsEnabled m_importerVersion";
+        const QString references = " m_importAsSmartCheckBox m_referenceBehaviorComboBox";
+        const QString others = " _project_settings m_reduceKeyframes m_healStitch";
+        const QStringList names =
+            (cad + scene + file + jt + heron + catia + references + others).simplified().split(' ');
         const auto check = [&](int type, const QString &shown) {
             options.select(CatiaV5);
             options.select(type);
@@ -307,21 +319,22 @@ private Q_SLOTS:
                 QVERIFY2(options.widget(name)->isHidden() != shown.split(' ').contains(name),
                          qPrintable(options.types->currentText() + ' ' + name));
         };
-        check(KXT, scene + file + " _tesselation");
+        check(KXT, scene + file + " _tesselation m_reduceKeyframes");
         check(Cosmo, scene + geometry + " _tesselation");
         check(Obj, scene + surfaces);
-        check(TARN, surfaces + " _file_specific_options _project_settings");
-        check(JT, cad + scene + file + " m_jtToolkit");
-        check(Rhino, surfaces + " _tesselation" + scene + file);
+        check(TARN, surfaces + " _file_specific_options _project_settings" + parts + references);
+        check(Heron, cad + scene + file + heron);
+        check(JT, cad + scene + file + jt);
+        check(Rhino, surfaces + imports + scene + file);
         check(BCAD, cad + scene);
-        check(CatiaV5, cad + scene + file + " m_importerVersion");
+        check(CatiaV5, cad + scene + file + catia);
         options.service.xlatSettings[Rhino].setUseLegacyLoader(false);
         options.dialog.readXlatSettings();
         check(Rhino, cad + scene + file);
 
-        options.removeRows({0, 1, 2, 3, 4, 5, 6, 7});
+        options.removeRows({0, 1, 2, 3, 4, 5, 6, 7, 8});
         QCOMPARE(options.types->count(), 0);
-        for (const QWidget *widget : options.dialog._settings->findChildren<QWidget *>()) {
+        for (const QWidget *widget : options.dialog.findChildren<QWidget *>()) {
             if (widget->property("importDialogGroup").isValid())
                 QVERIFY2(widget->isHidden(), qPrintable(widget->objectName()));
         }
