@@ -56,18 +56,12 @@ private Q_SLOTS:
 
     void typesOfFiles()
     {
-        constexpr std::uint32_t masks[] = {
-            0x100008, 0x100108, 0x100008, 0xD0810C, 0x100008, 0x100008, 0x0D200C, 0x51000D,
-            0x000000, 0x100008, 0x0D1004, 0x100008, 0x100F0F, 0x514F6F, 0x500F0B, 0x710F2F,
-            0x730F3F, 0x710F2F, 0x710F2F, 0x710FAF, 0x714F3F, 0x700F0F, 0x700F0F, 0x710F2F,
-            0x500F0F, 0x500F0F, 0x710F3F, 0x710F2F, 0x710F3F, 0x100009, 0x100F0B, 0x000000};
         QMap<QString, int> suffixes;
         for (int value = Cinema4D; value <= Undefined; ++value) {
             const auto type = static_cast<FileType>(value);
             QCOMPARE(fileTypeFacts[std::size_t(value)].type, type); // rows are found by position
             // Only these have no files.
             QCOMPARE(catalogue().count(type) == 0, type == BCAD || type == Undefined);
-            QCOMPARE(optionGroupMasks().at(type), masks[value]);
         }
         for (const auto &row : catalogue()) {
             for (const QString &extension : row.second.extensions)
@@ -132,8 +126,6 @@ private Q_SLOTS:
             file.setState(ImportState::Importing);
             QCOMPARE(file.stateText(), state == 1 ? text : QString("Importing"));
         }
-        for (const int state : {-1, 0, 6, 7})
-            QCOMPARE(tnCADImportFile::isValidState(state), state == 0 || state == 6);
     }
 
     void changesOfStateReadTheDiskAgain()
@@ -168,24 +160,6 @@ private Q_SLOTS:
                        "<tr><td><b>Size: </b></td><td>1500</td></tr>"
                        "<tr><td><b>Last Modified: </b></td><td>"
                      + then.toString(Qt::TextDate) + "</td></tr></table>");
-    }
-
-    void linksAreWeak()
-    {
-        auto parent = std::make_shared<tnCADImportFile>("assembly.step");
-        auto child = std::make_shared<tnCADImportFile>("part.step");
-        child->setParent(parent);
-        parent->addChild(child);
-        QVERIFY(child->hasParent() && parent->child(0).lock() == child);
-        for (const int index : {-1, 1, INT_MAX, INT_MIN})
-            QVERIFY(!parent->child(index).lock());
-        child.reset();
-        QVERIFY(parent->hasChildren() && parent->childCount() == 1 && !parent->child(0).lock());
-
-        child = std::make_shared<tnCADImportFile>("part.step");
-        child->setParent(parent);
-        parent.reset();
-        QVERIFY(!child->hasParent());
     }
 
     void plainFilesSendOnlyTheEnd()
@@ -237,29 +211,15 @@ private Q_SLOTS:
         QVERIFY(entered.filter(QRegularExpression("\\.\\.$")).isEmpty());
     }
 
-    void canBeStoppedAndKeepsWhatItFound()
-    {
-        makeManyFolders();
-        auto &search = tnFileTyp::instance();
-        search.stopSearch(); // before a search it means nothing
-        int entered = 0;
-        QObject context;
-        connect(&search, &tnFileTyp::enterDirectory, &context, [&] {
-            // As a click would: the request arrives while the walk lets events run.
-            if (++entered == 10)
-                QTimer::singleShot(0, &context, [&search] { search.stopSearch(); });
-        });
-        const QStringList found = search.searchFiles({url("top"), url("other")});
-        QVERIFY(!found.isEmpty() && found.size() < 10 && (entered == 10 || entered == 11));
-        QVERIFY(!found.contains(path("other/y.step")));
-        QCOMPARE(search.searchFiles({url("other")}).size(), 1);
-    }
-
     void searchesThatAreNested()
     {
         makeManyFolders();
         auto &search = tnFileTyp::instance();
-        const auto many = [&] { return search.searchFiles({url("top"), url("other")}).size(); };
+        const QUrl last = url("other/y.step"); // also when it is given by name
+        const auto many = [&] {
+            const QStringList found = search.searchFiles({url("top"), url("other"), last});
+            return found.contains(last.toLocalFile()) ? found.size() : -found.size();
+        };
         int outer = 0;
         int inner = 0;
         const auto nested = [&] { inner = search.searchFiles({url("other")}).size(); };
@@ -271,12 +231,12 @@ private Q_SLOTS:
                                  search.stopSearch();
                                  nested();
                              }));
-        QVERIFY(outer < 5 && inner == 1);
+        QVERIFY(outer <= 0 && outer > -5 && inner == 1);
         // Who sees one progress and one button means all that is running.
         QVERIFY(duringSearch(
             [&] { outer = many(); },
             [&] { duringSearch([&] { inner = many(); }, [&] { search.stopSearch(); }); }));
-        QVERIFY(outer < 5 && inner < 5);
+        QVERIFY(outer <= 0 && outer > -5 && inner <= 0 && inner > -5);
         // Nobody wants the finds of this one; the one inside is not meant.
         FolderSearch discarded;
         QStringList left{"?"};
@@ -301,17 +261,13 @@ private Q_SLOTS:
                 QThread::msleep(2); // or all has been visited before anybody looks
             });
             QTimer::singleShot(0, &context, [&] {
-                duringSearch([&] { left = tnFileTyp::instance().searchFiles({url(folder)}); },
-                             [&context] {
-                                 QTimer::singleShot(0, &context, [] { QCoreApplication::exit(3); });
-                             });
+                duringSearch(
+                    [&] { left = tnFileTyp::instance().searchFiles({url(folder)}); },
+                    [] { QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(3); }); });
             });
             QCOMPARE(QCoreApplication::exec(), 3);
             QVERIFY2(left.isEmpty() && entered > 1 && entered < 100, folder);
         }
-        // Where no event loop was there to end, a request to quit ends nothing.
-        QCoreApplication::quit();
-        QVERIFY(!tnFileTyp::instance().searchFiles({url("other")}).isEmpty());
     }
 };
 
