@@ -1,39 +1,10 @@
-#include "platform/tnController.h"
 #include "platform/tnFile.h"
 #include "platform/tnFileIO.h"
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
-#include "platform/tnModuleBase.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
-
-namespace {
-
-/// Notes which messages it gets and answers as told.
-class Listener : public tnModuleBase {
-public:
-    Listener(const char *name, int answer, QStringList &heard)
-        : tnModuleBase(name, "IGNORE", 0, nullptr)
-        , m_answer(answer)
-        , m_heard(heard)
-    {
-    }
-
-    void *moduleQuery() override { return nullptr; }
-    void moduleNotify() override { }
-    int message(tnMessage &message) override
-    {
-        m_heard << name() + QString::number(message.id());
-        return m_answer;
-    }
-
-private:
-    int m_answer;
-    QStringList &m_heard;
-};
-
-} // namespace
 
 class tst_Platform : public QObject {
     Q_OBJECT
@@ -57,21 +28,6 @@ private slots:
         for (const tnMessage::Attribute &attribute : message.attributes())
             keys += attribute.first + ' ';
         QCOMPARE(keys, std::string("files empty answer "));
-    }
-
-    void broadcastStopsAtFirstAnswer()
-    {
-        QStringList heard;
-        tnMessage message(tnMessage::NewScene);
-        Listener a("a", 0, heard);
-        {
-            Listener b("b", 7, heard);
-            Listener c("c", 8, heard);
-            QCOMPARE(tnController::broadcast(message), 7);
-            QCOMPARE(heard, QStringList({"a16", "b16"}));
-        }
-        QCOMPARE(tnController::broadcast(message), 0);
-        QCOMPARE(heard.mid(2), QStringList{"a16"});
     }
 
     void checkWrite()

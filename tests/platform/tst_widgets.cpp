@@ -1,7 +1,6 @@
 #include "platform/QTNCollapsibleFrame.h"
 #include "platform/QTNComboBox.h"
 #include "platform/QTNDoubleSpinBox.h"
-#include "platform/QTNPushButton.h"
 #include "platform/tnHeaderViewBase.h"
 #include "platform/tnPlatform.h"
 #include "platform/tnTesselationSettings.h"
@@ -121,25 +120,6 @@ private slots:
         QTRY_COMPARE(window.height(), unfolded - 300);
         window.outer->setCollapsed(true);
         QTRY_COMPARE(window.outer->height(), window.outer->bar->height());
-    }
-
-    void visibilityOfOthersStays()
-    {
-        Frame frame;
-        auto *const hidden = new QLineEdit(frame.page);
-        hidden->hide();
-        frame.field->hide();
-        frame.show();
-        frame.setCollapsed(true);
-        frame.field->show();
-        frame.hide();
-        frame.show();
-        QVERIFY(!frame.page->isVisible());
-        frame.hide();
-        frame.setCollapsed(false);
-        QVERIFY(frame.isHidden());
-        frame.show();
-        QVERIFY(frame.field->isVisible() && !hidden->isVisible());
     }
 
     void focusAndTabOrder()
@@ -277,21 +257,6 @@ private slots:
         }
     }
 
-    void iconButtonIsFlat()
-    {
-        QWidget window;
-        auto *const button = new QTNPushButton(&window);
-        QVERIFY(button->sizeHint().width() < 40);
-        button->setGeometry(10, 10, 30, 30);
-        const QImage empty = window.grab(button->geometry()).toImage();
-        QCOMPARE(empty.pixelColor(15, 3), window.palette().color(QPalette::Window));
-        button->setDown(true);
-        QVERIFY(window.grab(button->geometry()).toImage() != empty);
-
-        button->setText(QStringLiteral("Choose"));
-        QVERIFY(button->sizeHint().width() > 40);
-    }
-
     void valuesSurvive()
     {
         tnTesselationSettings settings;
@@ -333,20 +298,6 @@ private slots:
             settings.tessellationFrame->setEnabled(true);
             QCOMPARE(settings.stitchingToleranceSpinBox->isEnabled(), checked);
         }
-    }
-
-    void nothingElseBringsGroupsBack()
-    {
-        tnTesselationSettings settings;
-        settings.show();
-        settings.enableGroups(tnTesselationSettings::NoGroup);
-        settings.tessellationFrame->setCollapsed(true);
-        settings.hide();
-        settings.show();
-        QVERIFY(settings.tessellationFrame->isHidden());
-        settings.enableGroups(2);
-        QVERIFY(settings.tessellationFrame->isVisible()
-                && settings.tessellationFrame->isCollapsed());
     }
 };
 
