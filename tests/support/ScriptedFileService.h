@@ -45,7 +45,6 @@ public:
     std::vector<quint64> aborts;
     QStringList typeRequests;
     QStringList typeQuestions;
-    std::vector<QString> directLoadQuestions;
 
     // What it holds.
     int maxParallelProcesses = -1;
@@ -83,11 +82,7 @@ public:
     {
         return disabledTypes.count(type) == 0;
     }
-    bool isHandledByImportDialog(const QString &) override
-    {
-        directLoadQuestions.push_back(QStringLiteral("handled"));
-        return handledByDialog;
-    }
+    bool isHandledByImportDialog(const QString &) override { return handledByDialog; }
     quint64 loadFiles(const QStringList &files, const tndNode &target, const QString &directory,
                       bool load, bool remove, bool direct) override
     {
@@ -105,11 +100,7 @@ public:
     {
         return types.count(fileSuffix(path).toLower()) != 0;
     }
-    bool isDirectLoadCandidate(const QString &) override
-    {
-        directLoadQuestions.push_back(QStringLiteral("candidate"));
-        return directLoadCandidate;
-    }
+    bool isDirectLoadCandidate(const QString &) override { return directLoadCandidate; }
     QString fileSuffix(const QString &path) override { return QFileInfo(path).suffix(); }
     tnCADFileTypes::FileType fileType(const QString &path) override
     {
