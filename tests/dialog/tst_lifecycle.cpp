@@ -10,7 +10,6 @@
 #include <QtCore/QScopeGuard>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
-#include <QtGui/QWindow>
 #include <QtTest/QtTest>
 #include <QtWidgets/QScrollBar>
 
@@ -116,18 +115,6 @@ private Q_SLOTS:
         }
     }
 
-    void theWindowStaysWhereItWasMoved()
-    {
-        tnCADImportDialog dialog(nullptr);
-        dialog.prepareImport({}, {}, 0);
-        dialog.show();
-        dialog.windowHandle()->setPosition(17, 29); // as the window manager does it
-        QTRY_COMPARE(dialog.geometry().topLeft(), QPoint(17, 29));
-        dialog._pbClose->click();
-        dialog.show();
-        QCOMPARE(dialog.geometry().topLeft(), QPoint(17, 29));
-    }
-
     void damagedSettingsDoNoHarm()
     {
         const QByteArray upright = QSplitter(Qt::Vertical).saveState();
@@ -190,28 +177,21 @@ private Q_SLOTS:
         QCOMPARE(m_services->files.loads.at(0).target, tndNode(6));
     }
 
-    void handlersComeBeforeTheWatchers()
+    void endsOfTheDialog()
     {
-        auto &stored = m_services->files.xlatSettings;
-        stored[tnCADFileTypes::Iges].setChordDeviation(7);
         tnCADImportDialog dialog(nullptr);
         dialog.prepareImport({"/cad/a.step", "/cad/b.igs"}, {}, 0);
-        emit m_services->files.fileTypeReceived("/cad/a.step", tnCADFileTypes::Step);
-        emit m_services->files.fileTypeReceived("/cad/b.igs", tnCADFileTypes::Iges);
-        // Options stored before those of the new type are shown would be those of the old one.
-        dialog._cbFileType->setCurrentIndex(dialog._cbFileType->findText("Step"));
-        dialog._tesselation->chordDeviationSpinBox->setValue(3);
-        dialog._cbFileType->setCurrentIndex(dialog._cbFileType->findText("Iges"));
         dialog._globalReferenceBehavior->setCurrentIndex(1);
         dialog._globalReferenceBehavior->setCurrentIndex(0);
         QVERIFY(dialog._globalReferenceBehavior->toolTip().contains("combines all references"));
+        dialog._centerInOrigin->setChecked(true);
 
         dialog._abort->setEnabled(false);
         dialog.reject(); // as Escape does: nothing but hiding
         QVERIFY(listed(dialog).size() == 2 && !dialog._abort->isEnabled());
+        QVERIFY(!m_services->files.sceneSettings.getCenterInOrigin());
         dialog._pbReloadOk->click();
-        QCOMPARE(stored[tnCADFileTypes::Step].getChordDeviation(), 3.0);
-        QCOMPARE(stored[tnCADFileTypes::Iges].getChordDeviation(), 7.0);
+        QVERIFY(m_services->files.sceneSettings.getCenterInOrigin());
         QVERIFY(dialog.result() == QDialog::Accepted && listed(dialog).isEmpty());
     }
 
@@ -261,18 +241,6 @@ private Q_SLOTS:
             enter(path);
         QCOMPARE(dialog._lbDirectory->text(), QString("/first"));
         QTRY_COMPARE(dialog._lbDirectory->text(), QString("/last"));
-
-        // Of a path that is too long, both ends are to be seen.
-        const QString dots(500, '.');
-        const auto image = [&](const QString &path) {
-            dialog._lbDirectory->setText(path);
-            return dialog._lbDirectory->grab().toImage();
-        };
-        dialog._lbDirectory->resize(200, 20);
-        const QImage whole = image("/a" + dots + "x" + dots + "/b");
-        QCOMPARE(image("/a" + dots + "y" + dots + "/b"), whole);
-        QVERIFY(image("/c" + dots + "x" + dots + "/b") != whole);
-        QVERIFY(image("/a" + dots + "x" + dots + "/c") != whole);
     }
 
     void anythingMayHappenDuringASearch()

@@ -172,7 +172,7 @@ private Q_SLOTS:
         m_view->sortByColumn(Model::FileColumn, Qt::DescendingOrder);
         m_model->setFileState("/a/a.step", ImportState::Succeeded);
         const QSignalSpy changed(m_model, &Model::changed);
-        m_view->clearSelection();
+        QVERIFY(!m_dialog->_pbRemove->isEnabled());
         m_view->onRemove();
         m_view->selectRow(1); // a part, which goes with its assembly only
         m_view->onRemove();

@@ -23,13 +23,9 @@ class tst_Reload : public QObject {
 
 private slots:
     void initTestCase();
-    void replacesUntilAnotherListBegins_data();
     void replacesUntilAnotherListBegins();
 
 private:
-    enum Meanwhile { Nothing, CancelledChooser, UnsupportedFile, Reset, Closed };
-
-    void act(Meanwhile meanwhile);
     /// Gives how many times the file is in the scene afterwards; -1: the import did not end.
     int import(const std::function<void()> &start);
 
@@ -62,57 +58,45 @@ int tst_Reload::import(const std::function<void()> &start)
     return static_cast<int>(scene.triangleCount(scene.root()) / 192);
 }
 
-void tst_Reload::act(Meanwhile meanwhile)
+void tst_Reload::replacesUntilAnotherListBegins()
 {
-    switch (meanwhile) {
-    case Nothing:
-        return;
-    case CancelledChooser:
+    const auto nothing = [] {};
+    const auto cancelChooser = [this] {
         QTimer::singleShot(
             0, this, [] { qobject_cast<QDialog *>(QApplication::activeModalWidget())->reject(); });
         m_window->findChild<QAction *>("import")->trigger();
-        return;
-    case UnsupportedFile:
-        m_window->importFiles(
-            {QStringLiteral(TN_SAMPLES_DIR) + QStringLiteral("/no such file.txt")});
-        return;
-    case Reset:
-        m_window->findChild<QPushButton *>("_pbDefaults")->click();
-        return;
-    case Closed:
+    };
+    const auto dropUnsupported = [this] { m_window->importFiles({"/no such file.txt"}); };
+    const auto reset = [this] { m_window->findChild<QPushButton *>("_pbDefaults")->click(); };
+    const auto close = [this] {
         m_dialog.pressClose();
         m_window->importFiles({m_file});
-        return;
-    }
-}
-
-void tst_Reload::replacesUntilAnotherListBegins_data()
-{
-    QTest::addColumn<int>("meanwhile");
-    QTest::addColumn<int>("added");
-    QTest::newRow("nothing") << int(Nothing) << 0;
-    QTest::newRow("a chooser is cancelled") << int(CancelledChooser) << 0;
-    QTest::newRow("an unsupported file is dropped") << int(UnsupportedFile) << 0;
-    QTest::newRow("reset is pressed") << int(Reset) << 0;
-    QTest::newRow("the dialog is closed, the file imported") << int(Closed) << 1;
-}
-
-void tst_Reload::replacesUntilAnotherListBegins()
-{
-    QFETCH(int, meanwhile);
-    QFETCH(int, added);
+    };
+    const struct {
+        const char *meanwhile;
+        int added;
+        std::function<void()> act;
+    } rows[] = {
+        {"nothing", 0, nothing},
+        {"a chooser is cancelled", 0, cancelChooser},
+        {"an unsupported file is dropped", 0, dropUnsupported},
+        {"reset is pressed", 0, reset},
+        {"the dialog is closed, the file imported", 1, close},
+    };
     Scene &scene = m_services->scene();
-    const int before =
-        import([this] { m_services->fileService().loadFiles({m_file}, {}, {}, true, true, true); });
-    QVERIFY(before > 0);
-    const tndNode node(scene.find(scene.root())->children().back()->id());
-    scene.setSelection({node});
-    m_window->findChild<QAction *>("reload")->trigger();
-    act(static_cast<Meanwhile>(meanwhile));
-    QString problem;
-    QVERIFY2(m_dialog.find(&problem) && m_dialog.canImport(), qPrintable(problem));
-    QCOMPARE(import([this] { m_dialog.pressImport(); }), before + added);
-    QCOMPARE(scene.contains(node), added == 1);
+    for (const auto &row : rows) {
+        const int before = import(
+            [this] { m_services->fileService().loadFiles({m_file}, {}, {}, true, true, true); });
+        QVERIFY2(before > 0, row.meanwhile);
+        const tndNode node(scene.find(scene.root())->children().back()->id());
+        scene.setSelection({node});
+        m_window->findChild<QAction *>("reload")->trigger();
+        row.act();
+        QString problem;
+        QVERIFY2(m_dialog.find(&problem) && m_dialog.canImport(), qPrintable(problem));
+        QVERIFY2(import([this] { m_dialog.pressImport(); }) == before + row.added, row.meanwhile);
+        QVERIFY2(scene.contains(node) == (row.added == 1), row.meanwhile);
+    }
 }
 
 QTEST_MAIN(tst_Reload)
