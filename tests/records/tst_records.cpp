@@ -215,7 +215,8 @@ private Q_SLOTS:
     {
         makeManyFolders();
         auto &search = tnFileTyp::instance();
-        const QUrl last = url("other/y.step"); // also when it is given by name
+        const QUrl last = url("other/y.step");
+        // How many were found; negative when the search has not come to the last one.
         const auto many = [&] {
             const QStringList found = search.searchFiles({url("top"), url("other"), last});
             return found.contains(last.toLocalFile()) ? found.size() : -found.size();
