@@ -10,6 +10,7 @@
 #include <QtCore/QScopeGuard>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QWindow>
 #include <QtTest/QtTest>
 #include <QtWidgets/QScrollBar>
 
@@ -113,6 +114,18 @@ private Q_SLOTS:
             }
             QSettings().clear();
         }
+    }
+
+    void theWindowStaysWhereItWasMoved()
+    {
+        tnCADImportDialog dialog(nullptr);
+        dialog.prepareImport({}, {}, 0);
+        dialog.show();
+        dialog.windowHandle()->setPosition(17, 29); // as the window manager does it
+        QTRY_COMPARE(dialog.geometry().topLeft(), QPoint(17, 29));
+        dialog._pbClose->click();
+        dialog.show();
+        QCOMPARE(dialog.geometry().topLeft(), QPoint(17, 29));
     }
 
     void damagedSettingsDoNoHarm()

@@ -220,6 +220,31 @@ private Q_SLOTS:
         }
     }
 
+    void aBatchThatEndsDuringASearchOfACommand()
+    {
+        for (const bool hasFinds : {false, true}) {
+            init();
+            m_services->files.handledByDialog = true;
+            QTemporaryDir folder;
+            const QStringList finds{folder.filePath("a.step"), folder.filePath("b.stl")};
+            for (const QString &path : hasFinds ? finds : QStringList())
+                QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+            send("reloadCAD", {{"files", QStringList("/a/c.step")}, {"startImport", true}});
+            QVERIFY(duringSearch(
+                [&] {
+                    send("importCAD", {{"urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}}});
+                },
+                [this] {
+                    dialog()->tableView->fileModel()->setFileState("/a/c.step",
+                                                                   ImportState::Succeeded);
+                    emit m_services->files.importFinished(1, 0);
+                    QVERIFY(dialog()->isHidden()); // or who waits for it would wait for good
+                }));
+            QCOMPARE(dialog()->isVisible(), hasFinds);
+            QVERIFY(!hasFinds || listed(*dialog()) == finds);
+        }
+    }
+
     void withoutFileServiceCommandsOnlyTell()
     {
         m_services.reset();

@@ -262,13 +262,17 @@ private Q_SLOTS:
                 QThread::msleep(2); // or all has been visited before anybody looks
             });
             QTimer::singleShot(0, &context, [&] {
-                duringSearch(
-                    [&] { left = tnFileTyp::instance().searchFiles({url(folder)}); },
-                    [] { QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(3); }); });
+                duringSearch([&] { left = tnFileTyp::instance().searchFiles({url(folder)}); },
+                             [&context] {
+                                 QTimer::singleShot(0, &context, [] { QCoreApplication::exit(3); });
+                             });
             });
             QCOMPARE(QCoreApplication::exec(), 3);
             QVERIFY2(left.isEmpty() && entered > 1 && entered < 100, folder);
         }
+        // Where no event loop was there to end, a request to quit ends nothing.
+        QCoreApplication::quit();
+        QVERIFY(!tnFileTyp::instance().searchFiles({url("other")}).isEmpty());
     }
 };
 
