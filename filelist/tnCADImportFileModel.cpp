@@ -8,6 +8,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QPointer>
 #include <QtGui/QFont>
 
 #include <algorithm>
@@ -295,9 +296,10 @@ void tnCADImportFileModel::receiveFileType(const QString &path, tnCADFileTypes::
         return;
     const RecordList::Record file = m_rows.at(row);
     file->setFileType(type);
+    const QPointer<tnCADImportFileModel> self(this);
     emit changed();
-    // A listener may have moved the row or taken it away.
-    for (int now = 0; now < rowCount(); ++now) {
+    // A listener may have moved the row or taken it away, and the model with it.
+    for (int now = 0; self && now < rowCount(); ++now) {
         if (recordAt(now) == file.get())
             return announceCell(now, TypeColumn);
     }

@@ -217,6 +217,11 @@ private Q_SLOTS:
         QCOMPARE(heard(), QString("changed, 1:1"));
         QCOMPARE(at(1, 1), QVariant("undefined"));
         QCOMPARE(at(1, 1, Model::SortRole), QVariant("ProEngineer"));
+
+        m_tester.reset();
+        connect(m_model.get(), &Model::changed, this, [this] { m_model.reset(); });
+        emit m_services.files.fileTypeReceived("a.PRT", tnCADFileTypes::NX);
+        QVERIFY(!m_model); // the sanitizers see who still asks it
     }
 
     void removing()
