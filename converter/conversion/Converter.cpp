@@ -65,6 +65,17 @@ std::string missingPartsMessage(const std::vector<std::string> &parts)
     return message + ".";
 }
 
+/// What the scene lacks, in sentences; empty when it is whole.
+std::string lossMessage(const Scene &scene)
+{
+    std::string message;
+    if (!scene.missingParts.empty())
+        message = missingPartsMessage(scene.missingParts);
+    for (const std::string &loss : scene.losses)
+        message += (message.empty() ? "" : " ") + loss;
+    return message;
+}
+
 Outcome convertOrThrow(const Job &job, Report &report)
 {
     checkReadable(job.input);
@@ -73,17 +84,17 @@ Outcome convertOrThrow(const Job &job, Report &report)
     Scene scene = reader->read(job.input, job.settings, report);
     report.progress(90, "Writing");
     applySettings(job.settings, scene);
+    const std::string loss = lossMessage(scene);
     if (!hasGeometry(scene.roots)) {
-        if (!scene.missingParts.empty())
-            throw ConversionError(missingPartsMessage(scene.missingParts)
-                                  + " Nothing else is left of " + fileName(job.input) + ".");
+        if (!loss.empty())
+            throw ConversionError(loss + " Nothing else is left of " + fileName(job.input) + ".");
         throw ConversionError(fileName(job.input)
                               + " contains no geometry that the settings let through.");
     }
     GlbWriter(job.input).write(scene, job.output);
     report.progress(100, "Writing");
-    if (!scene.missingParts.empty())
-        return {State::Incomplete, missingPartsMessage(scene.missingParts), 0};
+    if (!loss.empty())
+        return {State::Incomplete, loss, 0};
     return {};
 }
 

@@ -17,6 +17,7 @@ Scene StepReader::read(const std::string &path, const Settings &settings, Report
         StepDocumentReader reader(report, settings.importReferencedFiles);
         reader.load(path, document.handle());
         scene.missingParts = reader.missingParts();
+        scene.losses = reader.losses();
     }
     scene.roots = DocumentSceneBuilder(document.handle(), settings, report, 60, 90).build();
     return scene;

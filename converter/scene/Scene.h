@@ -71,6 +71,8 @@ struct Scene {
     Metadata metadata; ///< of the file as a whole
     /// Absolute paths of the part files that could not be read; the rest of the scene is whole.
     std::vector<std::string> missingParts;
+    /// A sentence for each thing that the file states and the scene lacks.
+    std::vector<std::string> losses;
 };
 
 } // namespace tnconvert

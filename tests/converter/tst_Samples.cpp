@@ -283,6 +283,16 @@ private slots:
                      isWhole ? QStringList("0.90 0.50 0.10 1.00") : QStringList());
             QVERIFY(!isWhole || file.fills({{-40, -40, 0}, {40, 40, 250}}, 0.15F));
         }
+        m_fixture.write(
+            "arm.stp",
+            QByteArray(original).replace("CLOSED_SHELL('',(#17,", "CLOSED_SHELL('',(#18,"));
+        const tnconvert::Outcome damaged = m_fixture.convert(m_fixture.path("robot.step"));
+        QCOMPARE(damaged.state, State::Incomplete);
+        QCOMPARE(QString::fromStdString(damaged.message),
+                 "arm.stp is damaged: an entity that its shapes need cannot be read, "
+                 "#16 CLOSED_SHELL.");
+        QVERIFY(m_fixture.parts.contains("incomplete arm.stp"));
+        QCOMPARE(m_fixture.result().meshCount, 3);
         // The assembly is a part of itself; what is drawn of a circle is open.
         m_fixture.write("arm.stp", ConverterFixture::read("assembly/robot.step"));
         QVERIFY(m_fixture.convert(m_fixture.path("robot.step")).state != State::Failure);

@@ -6,6 +6,7 @@
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/kernel/Kernel.h"
+#include "readers/step/StepDamage.h"
 #include "readers/step/StepStructure.h"
 
 #include <Interface_InterfaceModel.hxx>
@@ -68,7 +69,7 @@ void StepDocumentReader::readModel(STEPControl_Reader &reader, const std::string
     if (readFile(reader, path) != IFSelect_RetDone)
         throw ConversionError(fileName(path) + " is damaged: its data section cannot be read.");
     checkNumbers(path, reader.WS());
-    warnOfDamage(path, reader.WS());
+    noteDamage(path, reader.WS());
     // The kernel would unfold the products first and run without end.
     checkNodeCount(fileName(path), StepStructure(reader.StepModel()).nodeCount());
 }
@@ -97,16 +98,21 @@ void StepDocumentReader::checkNumbers(const std::string &path,
     }
 }
 
-void StepDocumentReader::warnOfDamage(const std::string &path,
-                                      const Handle(XSControl_WorkSession) & session)
+void StepDocumentReader::noteDamage(const std::string &path,
+                                    const Handle(XSControl_WorkSession) & session)
 {
-    const Handle(Interface_InterfaceModel) model = session->Model();
-    int count = 0;
-    for (int i = 1; i <= model->NbEntities(); ++i)
-        count += model->IsErrorEntity(i) ? 1 : 0;
-    if (count > 0)
-        m_report.warning(fileName(path) + " is damaged: " + std::to_string(count)
-                         + " of its entities are not as they should be.");
+    const StepDamage damage(session);
+    const std::string isDamaged = fileName(path) + " is damaged: ";
+    if (damage.neededCount() == 1)
+        m_losses.push_back(isDamaged + "an entity that its shapes need cannot be read, "
+                           + damage.firstNeeded() + ".");
+    else if (damage.neededCount() > 1)
+        m_losses.push_back(isDamaged + std::to_string(damage.neededCount())
+                           + " entities that its shapes need cannot be read, the first is "
+                           + damage.firstNeeded() + ".");
+    if (damage.otherCount() > 0)
+        m_report.warning(isDamaged + std::to_string(damage.otherCount())
+                         + " of its entities are not as they should be, but no shape needs them.");
 }
 
 void StepDocumentReader::loadParts(const Handle(XSControl_WorkSession) & session,
@@ -161,9 +167,10 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         checkStepFile(path);
         STEPControl_Reader part;
         file->SetWS(part.WS());
+        const std::size_t missingBefore = m_missingParts.size();
+        const std::size_t lossesBefore = m_losses.size();
         readModel(part, path);
         file->SetLoadStatus(IFSelect_RetDone);
-        const std::size_t missingBefore = m_missingParts.size();
         loadParts(part.WS(), std::filesystem::path(path).parent_path().string(), document);
         TDF_LabelSequence labels;
         file->SetTransferStatus(Transfer(part, 0, document, labels, Standard_True));
@@ -172,6 +179,8 @@ Outcome StepDocumentReader::loadPart(const std::string &name, const std::string 
         file->SetLabel(labels.First());
         if (m_missingParts.size() > missingBefore)
             return {State::Incomplete, "Parts of " + fileName(path) + " are missing.", 0};
+        if (m_losses.size() > lossesBefore)
+            return {State::Incomplete, m_losses[lossesBefore], 0};
         return {};
     } catch (const ConversionError &error) {
         return {State::Failure, error.what(), 0};

@@ -22,6 +22,8 @@ public:
 
     /// Absolute paths of the part files that could not be read.
     const std::vector<std::string> &missingParts() const { return m_missingParts; }
+    /// A sentence for each file that has damaged shapes.
+    const std::vector<std::string> &losses() const { return m_losses; }
 
 private:
     /// Reads the entities of @p path. Throws ConversionError when they cannot become a scene.
@@ -29,7 +31,7 @@ private:
     /// Throws ConversionError: the kernel runs without end on a coordinate that is no number.
     static void checkNumbers(const std::string &path,
                              const Handle(XSControl_WorkSession) & session);
-    void warnOfDamage(const std::string &path, const Handle(XSControl_WorkSession) & session);
+    void noteDamage(const std::string &path, const Handle(XSControl_WorkSession) & session);
     void loadParts(const Handle(XSControl_WorkSession) & session, const std::string &directory,
                    Handle(TDocStd_Document) & document);
     Handle(STEPCAFControl_ExternFile) enter(const std::string &name);
@@ -39,6 +41,7 @@ private:
     Report &m_report;
     const bool m_readsParts;
     std::vector<std::string> m_missingParts;
+    std::vector<std::string> m_losses;
 };
 
 /// Throws ConversionError when @p path is no readable and whole Step file.
