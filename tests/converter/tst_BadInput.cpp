@@ -161,7 +161,7 @@ private slots:
         QTest::addColumn<QString>("warning");
         QTest::newRow("face")
             << QByteArray("CLOSED_SHELL('',(#17,") << QByteArray("CLOSED_SHELL('',(#23,")
-            << "x.step is damaged: an entity that its shapes need cannot be read, "
+            << "x.step is damaged: 1 entity that its shapes need cannot be read, "
                "#16 CLOSED_SHELL."
             << "";
         QTest::newRow("colour")

@@ -289,7 +289,7 @@ private slots:
         const tnconvert::Outcome damaged = m_fixture.convert(m_fixture.path("robot.step"));
         QCOMPARE(damaged.state, State::Incomplete);
         QCOMPARE(QString::fromStdString(damaged.message),
-                 "arm.stp is damaged: an entity that its shapes need cannot be read, "
+                 "arm.stp is damaged: 1 entity that its shapes need cannot be read, "
                  "#16 CLOSED_SHELL.");
         QVERIFY(m_fixture.parts.contains("incomplete arm.stp"));
         QCOMPARE(m_fixture.result().meshCount, 3);

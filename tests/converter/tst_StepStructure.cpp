@@ -7,6 +7,7 @@
 
 #include <sstream>
 
+using tnconvert::StepEntities;
 using tnconvert::StepStructure;
 
 namespace {
@@ -92,7 +93,7 @@ private slots:
         STEPControl_Reader reader;
         std::istringstream stream(assembly.file().toStdString());
         QCOMPARE(reader.ReadStream("x.step", stream), IFSelect_RetDone);
-        QTEST(quint64(StepStructure(reader.StepModel()).nodeCount()), "count");
+        QTEST(quint64(StepStructure(StepEntities(reader.WS())).nodeCount()), "count");
     }
 
     void refusals_data()

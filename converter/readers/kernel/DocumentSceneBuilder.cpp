@@ -3,6 +3,7 @@
 #include "core/ConversionError.h"
 #include "core/Limits.h"
 #include "readers/kernel/Kernel.h"
+#include "readers/kernel/SubStyles.h"
 
 #include <TColStd_HSequenceOfExtendedString.hxx>
 #include <TCollection_AsciiString.hxx>
@@ -11,8 +12,6 @@
 #include <TDF_Tool.hxx>
 #include <TDataStd_Name.hxx>
 #include <TDataStd_NamedData.hxx>
-#include <TopExp_Explorer.hxx>
-#include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopoDS_Iterator.hxx>
 #include <XCAFDoc_Area.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
@@ -25,77 +24,12 @@ namespace tnconvert {
 
 namespace {
 
-Transform transformOf(const TopLoc_Location &location)
-{
-    Transform result;
-    const gp_Trsf trsf = location.Transformation();
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column)
-            result.at(row, column) = trsf.Value(row + 1, column + 1);
-    }
-    return result;
-}
-
 std::string nameOf(const TDF_Label &label)
 {
     Handle(TDataStd_Name) name;
     return label.FindAttribute(TDataStd_Name::GetID(), name) ? kernelText(name->Get())
                                                              : std::string();
 }
-
-Material materialOf(const std::optional<Quantity_ColorRGBA> &color)
-{
-    Material material;
-    if (color) {
-        Standard_Real r = 0;
-        Standard_Real g = 0;
-        Standard_Real b = 0;
-        color->GetRGB().Values(r, g, b, Quantity_TOC_sRGB);
-        material.color = {r, g, b, color->Alpha()};
-    }
-    return material;
-}
-
-/// Looks of sub-shapes; the faces and edges below a coloured shell or solid get its look.
-class SubStyles {
-public:
-    void add(const TopoDS_Shape &shape, const Style &style)
-    {
-        set(shape, style, /*isOwn*/ true);
-        for (const TopAbs_ShapeEnum type : {TopAbs_FACE, TopAbs_EDGE}) {
-            if (shape.ShapeType() >= type)
-                continue;
-            for (TopExp_Explorer below(shape, type); below.More(); below.Next())
-                set(below.Current(), style, false);
-        }
-    }
-
-    const Style *find(const TopoDS_Shape &shape) const
-    {
-        const int *index = m_indices.Seek(shape);
-        return index ? &m_styles[std::size_t(*index)].style : nullptr;
-    }
-
-private:
-    struct Entry {
-        Style style;
-        bool isOwn;
-    };
-
-    void set(const TopoDS_Shape &shape, const Style &style, bool isOwn)
-    {
-        int *index = m_indices.ChangeSeek(shape);
-        if (!index) {
-            m_indices.Bind(shape, int(m_styles.size()));
-            m_styles.push_back({style, isOwn});
-        } else if (isOwn || !m_styles[std::size_t(*index)].isOwn) {
-            m_styles[std::size_t(*index)] = {style, isOwn};
-        }
-    }
-
-    TopTools_DataMapOfShapeInteger m_indices;
-    std::vector<Entry> m_styles;
-};
 
 void overlayColors(XCAFDoc_ColorTool &colors, const TDF_Label &label, Style &style)
 {
@@ -108,17 +42,6 @@ void overlayColors(XCAFDoc_ColorTool &colors, const TDF_Label &label, Style &sty
         style.surface = color;
     if (colors.GetColor(label, XCAFDoc_ColorCurv, color))
         style.curve = color;
-}
-
-std::string keyOf(const std::optional<Quantity_ColorRGBA> &color)
-{
-    if (!color)
-        return "-";
-    std::string key;
-    for (const float part : {float(color->GetRGB().Red()), float(color->GetRGB().Green()),
-                             float(color->GetRGB().Blue()), color->Alpha()})
-        key += std::to_string(int(part * 65535)) + ",";
-    return key;
 }
 
 } // namespace
@@ -201,7 +124,7 @@ Node DocumentSceneBuilder::labelNode(const TDF_Label &label, Style style, int de
     TDF_Label part = label;
     if (XCAFDoc_ShapeTool::IsReference(label)) {
         XCAFDoc_ShapeTool::GetReferredShape(label, part);
-        node.transform = transformOf(XCAFDoc_ShapeTool::GetLocation(label));
+        node.transform = transformOf(XCAFDoc_ShapeTool::GetLocation(label).Transformation());
         overlay(part, style);
     }
     // What the instance states goes on top of the part's own look.
@@ -242,8 +165,7 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
 {
     TCollection_AsciiString entry;
     TDF_Tool::Entry(part, entry);
-    const std::string key = std::string(entry.ToCString()) + "|" + keyOf(style.surface) + "|"
-        + keyOf(style.curve) + (style.visible ? "" : "|hidden");
+    const std::string key = std::string(entry.ToCString()) + "|" + style.key();
     const auto [known, isNew] = m_known.try_emplace(key);
     if (!isNew)
         return known->second;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "readers/kernel/ShapeMesher.h"
+#include "readers/kernel/Style.h"
 
 #include <NCollection_DataMap.hxx>
-#include <Quantity_ColorRGBA.hxx>
 #include <TDF_Label.hxx>
 #include <TDF_LabelMapHasher.hxx>
 #include <TDocStd_Document.hxx>
@@ -13,18 +13,10 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace tnconvert {
-
-/// The look of a part, a face or an edge, so far as the document and the assemblies above state it.
-struct Style {
-    std::optional<Quantity_ColorRGBA> surface;
-    std::optional<Quantity_ColorRGBA> curve;
-    bool visible = true;
-};
 
 /// Turns a document of the CAD kernel (names, colours, layers, assemblies) into a scene. Parts
 /// that occur several times with the same look share their meshes.

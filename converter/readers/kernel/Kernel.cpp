@@ -24,6 +24,16 @@ void prepareKernel()
     (void)isPrepared;
 }
 
+Transform transformOf(const gp_Trsf &transformation)
+{
+    Transform result;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 4; ++column)
+            result.at(row, column) = transformation.Value(row + 1, column + 1);
+    }
+    return result;
+}
+
 std::string kernelText(const TCollection_ExtendedString &text)
 {
     const TCollection_AsciiString utf8(text);

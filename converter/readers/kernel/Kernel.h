@@ -1,10 +1,12 @@
 #pragma once
 
 #include "core/Report.h"
+#include "scene/Transform.h"
 
 #include <Message_ProgressIndicator.hxx>
 #include <TCollection_ExtendedString.hxx>
 #include <TDocStd_Document.hxx>
+#include <gp_Trsf.hxx>
 
 #include <string>
 
@@ -12,6 +14,9 @@ namespace tnconvert {
 
 /// Makes the CAD kernel quiet and lets it deliver millimetres; cheap when called again.
 void prepareKernel();
+
+/// The kernel's transformation as the scene has it.
+Transform transformOf(const gp_Trsf &transformation);
 
 /// The kernel's text as UTF-8.
 std::string kernelText(const TCollection_ExtendedString &text);

@@ -1,18 +1,19 @@
 #include "readers/step/StepDamage.h"
 
+#include <Interface_Check.hxx>
 #include <Interface_EntityIterator.hxx>
 #include <Interface_Graph.hxx>
 #include <StepBasic_ProductDefinition.hxx>
-#include <StepData_StepModel.hxx>
 #include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_PropertyDefinition.hxx>
 #include <StepRepr_RepresentationContext.hxx>
 #include <StepRepr_ShapeRepresentationRelationship.hxx>
-#include <StepSelect_StepType.hxx>
 #include <StepShape_ContextDependentShapeRepresentation.hxx>
 #include <StepShape_ShapeDefinitionRepresentation.hxx>
 
+#include <cstdlib>
 #include <initializer_list>
+#include <set>
 #include <vector>
 
 namespace tnconvert {
@@ -75,32 +76,42 @@ std::vector<bool> neededEntities(const Interface_InterfaceModel &model,
     return isNeeded;
 }
 
+/// The numbers of entities that could not be read, and of those with references to nothing.
+std::set<int> damagedEntities(StepData_StepModel &model)
+{
+    std::set<int> numbers;
+    for (int i = 1; i <= model.NbEntities(); ++i) {
+        if (model.IsErrorEntity(i))
+            numbers.insert(i);
+    }
+    // "Unresolved Reference, Ent.Id.#313 Param.n0 2 (Id.#314)"
+    const Handle(Interface_Check) check = model.GlobalCheck();
+    for (int i = 1; i <= check->NbFails(); ++i) {
+        const std::string text = check->CFail(i);
+        const std::size_t at = text.find("Ent.Id.#");
+        const int ident = at == std::string::npos ? 0 : std::atoi(text.c_str() + at + 8);
+        const int number =
+            ident > 0 ? model.NextNumberForLabel(("#" + std::to_string(ident)).c_str()) : 0;
+        if (number > 0)
+            numbers.insert(number);
+    }
+    return numbers;
+}
+
 } // namespace
 
-StepDamage::StepDamage(const Handle(XSControl_WorkSession) & session)
+StepDamage::StepDamage(const StepEntities &entities)
 {
-    const Handle(Interface_InterfaceModel) model = session->Model();
-    std::vector<int> damaged;
-    for (int i = 1; i <= model->NbEntities(); ++i) {
-        if (model->IsErrorEntity(i))
-            damaged.push_back(i);
-    }
+    const std::set<int> damaged = damagedEntities(*entities.model());
     if (damaged.empty())
         return;
-    const std::vector<bool> isNeeded = neededEntities(*model, session->Graph());
+    const std::vector<bool> isNeeded =
+        neededEntities(*entities.model(), entities.session()->Graph());
     for (const int number : damaged) {
-        if (!isNeeded[std::size_t(number)]) {
+        if (!isNeeded[std::size_t(number)])
             ++m_otherCount;
-            continue;
-        }
-        if (m_neededCount++ > 0)
-            continue;
-        StepSelect_StepType types;
-        types.SetProtocol(session->Protocol());
-        const Handle(Standard_Transient) entity = model->Value(number);
-        const Handle(StepData_StepModel) step = Handle(StepData_StepModel)::DownCast(model);
-        m_firstNeeded =
-            "#" + std::to_string(step->IdentLabel(entity)) + " " + types.Value(entity, model);
+        else if (m_neededCount++ == 0)
+            m_firstNeeded = entities.label(entities.model()->Value(number));
     }
 }
 

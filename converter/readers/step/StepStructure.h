@@ -1,6 +1,12 @@
 #pragma once
 
-#include <StepData_StepModel.hxx>
+#include "readers/step/StepEntities.h"
+#include "readers/step/StepPlacements.h"
+
+#include <StepBasic_ProductDefinition.hxx>
+#include <StepRepr_NextAssemblyUsageOccurrence.hxx>
+#include <StepRepr_Representation.hxx>
+#include <StepRepr_RepresentationItem.hxx>
 
 #include <cstddef>
 #include <cstdint>
@@ -9,27 +15,55 @@
 
 namespace tnconvert {
 
+/// Something that has a shape, and where it stands in its product.
+struct StepItem {
+    Handle(StepRepr_RepresentationItem) entity;
+    Handle(StepRepr_Representation) representation; ///< whose units it has
+    gp_Trsf placement; ///< mm
+};
+
+/// A product within another one.
+struct StepOccurrence {
+    std::size_t product = 0;
+    Handle(StepRepr_NextAssemblyUsageOccurrence) entity; ///< null when only a mapped item states it
+    gp_Trsf placement; ///< mm
+};
+
+struct StepProduct {
+    std::string name;
+    Handle(StepBasic_ProductDefinition) entity; ///< null for shapes that no product has
+    std::vector<Handle(StepRepr_Representation)> representations;
+    std::vector<StepItem> items;
+    std::vector<StepOccurrence> occurrences;
+    bool isUsed = false; ///< occurs within another one
+};
+
 /// The products of a Step file and what they consist of, as its entities state it. Unlike the
-/// kernel's transfer this makes no shapes: it costs one pass over the entities.
+/// kernel's transfer this makes no shapes and is linear in the number of entities.
 class StepStructure {
 public:
-    /// Occurrences whose product is missing are left out.
-    explicit StepStructure(const Handle(StepData_StepModel) & model);
+    /// Occurrences whose product is missing are left out. Throws ConversionError when a product
+    /// contains itself, is nested too deeply or consists of more items than can be converted.
+    explicit StepStructure(const StepEntities &entities);
+
+    const std::vector<StepProduct> &products() const { return m_products; }
 
     /// How many nodes the file's tree would have; a product used twice counts twice, with all below
-    /// it, and the count ends at 10^18. Linear in the number of occurrences. Throws
-    /// ConversionError when a product contains itself or is nested too deeply.
-    std::uint64_t nodeCount() const;
+    /// it, and the count ends at 10^18.
+    std::uint64_t nodeCount() const { return m_nodeCount; }
+
+    /// Placements that could not be read; what they place stands where its product has its origin.
+    const std::vector<Handle(Standard_Transient)> &damagedPlacements() const
+    {
+        return m_damagedPlacements;
+    }
 
 private:
-    struct Product {
-        std::string name;
-        std::vector<std::size_t> children; ///< the product of each occurrence
-        bool isUsed = false; ///< occurs within another one
-    };
-    class NodeCounter;
+    class Builder;
 
-    std::vector<Product> m_products;
+    std::vector<StepProduct> m_products;
+    std::vector<Handle(Standard_Transient)> m_damagedPlacements;
+    std::uint64_t m_nodeCount = 0;
 };
 
 } // namespace tnconvert

@@ -1,0 +1,97 @@
+#include "readers/kernel/KernelGuard.h"
+
+// Without this the kernel's macro for catching signals is empty.
+#ifndef OCC_CONVERT_SIGNALS
+#define OCC_CONVERT_SIGNALS
+#endif
+
+#include <OSD.hxx>
+#include <OSD_Signal.hxx>
+#include <Standard_ErrorHandler.hxx>
+#include <Standard_Failure.hxx>
+#include <Standard_OutOfMemory.hxx>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
+
+namespace tnconvert {
+
+namespace {
+
+bool signalCaught = false;
+int depth = 0; ///< of guards that are at work
+
+/// Lets the kernel handle the signals of its own faults for as long as it lives.
+class FaultSignals {
+public:
+    FaultSignals()
+    {
+        for (std::size_t i = 0; i < handled.size(); ++i)
+            sigaction(handled[i], nullptr, &m_before[i]);
+        OSD::SetSignal(OSD_SignalMode_Set, Standard_False);
+        for (std::size_t i = faults; i < handled.size(); ++i)
+            sigaction(handled[i], &m_before[i], nullptr);
+    }
+    ~FaultSignals()
+    {
+        for (std::size_t i = 0; i < faults; ++i)
+            sigaction(handled[i], &m_before[i], nullptr);
+    }
+    FaultSignals(const FaultSignals &) = delete;
+    FaultSignals &operator=(const FaultSignals &) = delete;
+
+private:
+    /// All that the kernel sets. The first ones are faults; the others come from outside, and what
+    /// they do is not the kernel's business.
+    static constexpr std::array<int, 8> handled = {SIGSEGV, SIGBUS, SIGILL, SIGFPE,
+                                                   SIGSYS,  SIGHUP, SIGINT, SIGQUIT};
+    static constexpr std::size_t faults = 4;
+
+    std::array<struct sigaction, handled.size()> m_before;
+};
+
+/// Counts a guard. A signal skips those of the guards below it, hence no mere increment.
+class Depth {
+public:
+    Depth() { ++depth; }
+    ~Depth() { depth = m_before; }
+    Depth(const Depth &) = delete;
+    Depth &operator=(const Depth &) = delete;
+
+private:
+    const int m_before = depth;
+};
+
+bool isDone(const std::function<void()> &work)
+{
+    try {
+        OCC_CATCH_SIGNALS
+        work();
+        return true;
+    } catch (const Standard_OutOfMemory &) {
+        throw;
+    } catch (const Standard_Failure &failure) {
+        if (failure.IsKind(STANDARD_TYPE(OSD_Signal)))
+            signalCaught = true;
+        return false;
+    }
+}
+
+} // namespace
+
+bool KernelGuard::run(const std::function<void()> &work)
+{
+    const Depth counted;
+    if (depth > 1)
+        return isDone(work);
+    const FaultSignals signals;
+    return isDone(work);
+}
+
+bool KernelGuard::wasSignalCaught()
+{
+    return signalCaught;
+}
+
+} // namespace tnconvert

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "readers/kernel/Style.h"
+
+#include <TopTools_DataMapOfShapeInteger.hxx>
+#include <TopoDS_Shape.hxx>
+
+#include <vector>
+
+namespace tnconvert {
+
+/// Looks of sub-shapes; the faces and edges below a coloured shell or solid get its look.
+class SubStyles {
+public:
+    void add(const TopoDS_Shape &shape, const Style &style);
+
+    /// The look of a face or edge, null when it has none of its own.
+    const Style *find(const TopoDS_Shape &shape) const;
+
+private:
+    struct Entry {
+        Style style;
+        bool isOwn;
+    };
+
+    void set(const TopoDS_Shape &shape, const Style &style, bool isOwn);
+
+    TopTools_DataMapOfShapeInteger m_indices;
+    std::vector<Entry> m_styles;
+};
+
+} // namespace tnconvert

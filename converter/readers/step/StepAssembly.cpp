@@ -1,0 +1,112 @@
+#include "readers/step/StepAssembly.h"
+
+#include "core/ConversionError.h"
+#include "core/Stopwatch.h"
+#include "core/Text.h"
+#include "scene/SceneOperations.h"
+
+#include <utility>
+
+namespace tnconvert {
+
+namespace {
+
+std::string joined(const std::vector<std::string> &sentences)
+{
+    std::string text;
+    for (const std::string &sentence : sentences)
+        text += (text.empty() ? "" : " ") + sentence;
+    return text;
+}
+
+} // namespace
+
+StepAssembly::StepAssembly(const Settings &settings, Report &report)
+    : m_settings(settings)
+    , m_report(report)
+{
+}
+
+Scene StepAssembly::read(const std::string &path)
+{
+    m_report.progress(0, "Reading");
+    Scene scene;
+    scene.roots = std::move(load(absolutePath(path), 0, 90).nodes);
+    scene.missingParts = std::move(m_missingParts);
+    scene.losses = std::move(m_losses);
+    return scene;
+}
+
+/// Reads take the first two fifths of the time, those of part files with their shapes.
+StepAssembly::File &StepAssembly::load(const std::string &path, double from, double to)
+{
+    File &file = m_files[path];
+    file.document = std::make_unique<StepDocument>(path, m_report);
+    const double half = from + (to - from) * 4 / 9;
+    file.builder = std::make_unique<StepSceneBuilder>(*file.document, m_settings, m_report, half,
+                                                      to, m_nodeCount);
+    loadParts(file, from, half);
+    file.nodes = file.builder->build();
+    if (!file.builder->losses().isEmpty())
+        m_losses.push_back(file.builder->losses().sentence(fileName(path)));
+    file.isOpen = false;
+    return file;
+}
+
+void StepAssembly::loadParts(File &file, double from, double to)
+{
+    const std::vector<StepDocument::Reference> &references = file.document->references();
+    if (!m_settings.importReferencedFiles)
+        return;
+    const double share = (to - from) / double(references.size());
+    for (std::size_t i = 0; i < references.size(); ++i) {
+        StepSceneBuilder *part =
+            loadPart(references[i].file, from + share * double(i), from + share * double(i + 1));
+        if (part)
+            file.builder->setPart(references[i].product, *part);
+    }
+}
+
+/// Null when the part cannot be had.
+StepSceneBuilder *StepAssembly::loadPart(const std::string &path, double from, double to)
+{
+    const auto known = m_files.find(path);
+    if (known != m_files.end()) {
+        if (known->second.isOpen)
+            m_losses.push_back(fileName(path) + " is a part of itself; it is read once.");
+        return known->second.isOpen ? nullptr : known->second.builder.get();
+    }
+    m_report.partStarted(path);
+    const Stopwatch watch;
+    Outcome outcome = triedPart(path, from, to);
+    outcome.seconds = watch.seconds();
+    m_report.partFinished(path, outcome);
+    return m_files[path].builder.get();
+}
+
+Outcome StepAssembly::triedPart(const std::string &path, double from, double to)
+{
+    const std::size_t missingBefore = m_missingParts.size();
+    const std::size_t lossesBefore = m_losses.size();
+    const std::uint64_t nodesBefore = m_nodeCount;
+    try {
+        const File &file = load(path, from, to);
+        // It counts where it occurs.
+        m_nodeCount = nodesBefore;
+        if (!hasGeometry(file.nodes))
+            throw ConversionError(fileName(path) + " contains no shape that can be read.");
+    } catch (const ConversionError &error) {
+        m_files[path].builder.reset();
+        m_files[path].isOpen = false;
+        m_missingParts.push_back(path);
+        return {State::Failure, error.what(), 0};
+    }
+    if (m_losses.size() > lossesBefore)
+        return {State::Incomplete,
+                joined({m_losses.begin() + std::ptrdiff_t(lossesBefore), m_losses.end()}), 0};
+    if (m_missingParts.size() > missingBefore)
+        return {State::Incomplete, "Parts of " + fileName(path) + " are missing.", 0};
+    return {};
+}
+
+} // namespace tnconvert

@@ -1,0 +1,152 @@
+#include "readers/step/StepDocument.h"
+
+#include "core/ConversionError.h"
+#include "core/FileProbe.h"
+#include "core/Limits.h"
+#include "core/Text.h"
+#include "readers/kernel/KernelGuard.h"
+#include "readers/step/StepDamage.h"
+
+#include <STEPConstruct_ExternRefs.hxx>
+#include <StepBasic_DocumentFile.hxx>
+#include <StepGeom_CartesianPoint.hxx>
+#include <StepGeom_Direction.hxx>
+#include <StepGeom_Vector.hxx>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+namespace tnconvert {
+
+namespace {
+
+void checkStepFile(const std::string &path)
+{
+    checkReadable(path);
+    const std::string head = readHead(path, 512);
+    if (trimmed(withoutByteOrderMark(head)).substr(0, 12) != "ISO-10303-21")
+        throwWrongContent(path, "a Step file", "it does not begin with ISO-10303-21");
+    if (readTail(path, 4096).find("END-ISO-10303-21") == std::string::npos)
+        throw ConversionError(fileName(path)
+                              + " is truncated: its last line END-ISO-10303-21; is missing.");
+}
+
+/// Unlike the reader's own ReadFile, one that takes no byte order mark for damage.
+bool readFile(STEPControl_Reader &reader, const std::string &path)
+{
+    const std::string head = readHead(path, 3);
+    std::ifstream file(path, std::ios::binary);
+    file.seekg(std::streamoff(head.size() - withoutByteOrderMark(head).size()));
+    return reader.ReadStream(path.c_str(), file) == IFSelect_RetDone;
+}
+
+bool isFinite(const StepGeom_CartesianPoint &point)
+{
+    for (int i = 1; i <= point.NbCoordinates(); ++i) {
+        if (!std::isfinite(point.CoordinatesValue(i)))
+            return false;
+    }
+    return true;
+}
+
+bool isFinite(const StepGeom_Direction &direction)
+{
+    for (int i = 1; !direction.DirectionRatios().IsNull() && i <= direction.NbDirectionRatios();
+         ++i) {
+        if (!std::isfinite(direction.DirectionRatiosValue(i)))
+            return false;
+    }
+    return true;
+}
+
+bool isFinite(const StepGeom_Vector &vector)
+{
+    return std::isfinite(vector.Magnitude());
+}
+
+template <typename Entity>
+bool areFinite(const StepEntities &entities)
+{
+    const auto all = entities.all<Entity>();
+    return std::all_of(all.begin(), all.end(), [](const auto &one) { return isFinite(*one); });
+}
+
+} // namespace
+
+StepDocument::StepDocument(const std::string &path, Report &report)
+    : m_path(path)
+{
+    checkStepFile(path);
+    readEntities();
+    checkNumbers();
+    const bool isDone = KernelGuard::run([this] {
+        m_structure.emplace(*m_entities);
+        checkNodeCount(fileName(m_path), m_structure->nodeCount());
+        m_looks.emplace(*m_entities);
+        findReferences();
+    });
+    if (!isDone)
+        throw ConversionError(fileName(path) + " is damaged: its products cannot be read.");
+    noteDamage(report);
+}
+
+void StepDocument::readEntities()
+{
+    bool isRead = false;
+    KernelGuard::run([&] { isRead = readFile(m_reader, m_path); });
+    if (!isRead)
+        throw ConversionError(fileName(m_path) + " is damaged: its data section cannot be read.");
+    m_entities.emplace(m_reader.WS());
+}
+
+/// The kernel runs without end on a coordinate that is no number.
+void StepDocument::checkNumbers() const
+{
+    if (!areFinite<StepGeom_CartesianPoint>(*m_entities)
+        || !areFinite<StepGeom_Direction>(*m_entities) || !areFinite<StepGeom_Vector>(*m_entities))
+        throw ConversionError(fileName(m_path) + " is damaged: it has impossible coordinates.");
+}
+
+void StepDocument::noteDamage(Report &report)
+{
+    const std::string isDamaged = fileName(m_path) + " is damaged: ";
+    const StepDamage damage(*m_entities);
+    if (damage.neededCount() > 0)
+        m_losses.add(StepLosses::Kind::Needed, damage.firstNeeded(), damage.neededCount());
+    if (damage.otherCount() > 0)
+        report.warning(isDamaged + std::to_string(damage.otherCount())
+                       + " of its entities are not as they should be, but no shape needs them.");
+    if (m_looks->damagedCount() > 0)
+        report.warning(isDamaged + std::to_string(m_looks->damagedCount())
+                       + " of its colours cannot be read.");
+    for (const Handle(Standard_Transient) & placement : m_structure->damagedPlacements())
+        m_losses.add(StepLosses::Kind::Place, m_entities->label(placement));
+}
+
+void StepDocument::findReferences()
+{
+    if (m_entities->all<StepBasic_DocumentFile>().empty())
+        return;
+    STEPConstruct_ExternRefs references(m_entities->session());
+    references.LoadExternRefs();
+    const std::filesystem::path directory = std::filesystem::path(m_path).parent_path();
+    const std::vector<StepProduct> &products = m_structure->products();
+    for (int i = 1; i <= references.NbExternRefs(); ++i) {
+        const Standard_CString stated = references.FileName(i);
+        if (!stated || !*stated)
+            continue;
+        const auto product = std::find_if(products.begin(), products.end(), [&](const auto &one) {
+            return !one.entity.IsNull() && one.entity == references.ProdDef(i);
+        });
+        if (product == products.end())
+            continue;
+        std::string portable = stated;
+        std::replace(portable.begin(), portable.end(), '\\', '/');
+        m_references.push_back({std::size_t(product - products.begin()),
+                                absolutePath((directory / portable).string())});
+    }
+}
+
+} // namespace tnconvert

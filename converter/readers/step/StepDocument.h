@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core/Report.h"
+#include "readers/step/StepEntities.h"
+#include "readers/step/StepLooks.h"
+#include "readers/step/StepLosses.h"
+#include "readers/step/StepStructure.h"
+
+#include <STEPControl_Reader.hxx>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tnconvert {
+
+/// A Step file as it was read, before any shape is made.
+class StepDocument {
+public:
+    /// A product whose shape is in another file.
+    struct Reference {
+        std::size_t product;
+        std::string file; ///< absolute
+    };
+
+    /// Reads and checks @p path. Throws ConversionError when nothing can be made of it; damage that
+    /// loses nothing is reported as warnings.
+    StepDocument(const std::string &path, Report &report);
+
+    const std::string &path() const { return m_path; }
+    const StepEntities &entities() const { return *m_entities; }
+    const StepStructure &structure() const { return *m_structure; }
+    const StepLooks &looks() const { return *m_looks; }
+    const std::vector<Reference> &references() const { return m_references; }
+
+    /// What is known to be missing before shapes are made.
+    const StepLosses &losses() const { return m_losses; }
+
+private:
+    void readEntities();
+    void checkNumbers() const;
+    void noteDamage(Report &report);
+    void findReferences();
+
+    const std::string m_path;
+    STEPControl_Reader m_reader;
+    std::optional<StepEntities> m_entities;
+    std::optional<StepStructure> m_structure;
+    std::optional<StepLooks> m_looks;
+    std::vector<Reference> m_references;
+    StepLosses m_losses;
+};
+
+} // namespace tnconvert

@@ -1,0 +1,121 @@
+#include "readers/step/StepFaces.h"
+
+#include <StepShape_BrepWithVoids.hxx>
+#include <StepShape_ClosedShell.hxx>
+#include <StepShape_EdgeLoop.hxx>
+#include <StepShape_FaceBasedSurfaceModel.hxx>
+#include <StepShape_FaceBound.hxx>
+#include <StepShape_FacetedBrepAndBrepWithVoids.hxx>
+#include <StepShape_HArray1OfConnectedFaceSet.hxx>
+#include <StepShape_HArray1OfFace.hxx>
+#include <StepShape_HArray1OfFaceBound.hxx>
+#include <StepShape_HArray1OfOrientedClosedShell.hxx>
+#include <StepShape_HArray1OfOrientedEdge.hxx>
+#include <StepShape_HArray1OfShell.hxx>
+#include <StepShape_OpenShell.hxx>
+#include <StepShape_OrientedClosedShell.hxx>
+#include <StepShape_OrientedEdge.hxx>
+#include <StepShape_OrientedFace.hxx>
+#include <StepShape_OrientedOpenShell.hxx>
+#include <StepShape_ShellBasedSurfaceModel.hxx>
+
+#include <algorithm>
+#include <map>
+
+namespace tnconvert {
+
+namespace {
+
+using FaceSets = std::vector<Handle(StepShape_ConnectedFaceSet)>;
+
+/// The faces of an oriented shell stand in the shell that it turns.
+Handle(StepShape_ConnectedFaceSet) unturned(const Handle(StepShape_ConnectedFaceSet) & faces)
+{
+    if (const auto closed = Handle(StepShape_OrientedClosedShell)::DownCast(faces))
+        return closed->ClosedShellElement();
+    if (const auto open = Handle(StepShape_OrientedOpenShell)::DownCast(faces))
+        return open->OpenShellElement();
+    return faces;
+}
+
+void add(FaceSets &sets, const Handle(Standard_Transient) & faces)
+{
+    const auto set = unturned(Handle(StepShape_ConnectedFaceSet)::DownCast(faces));
+    if (!set.IsNull())
+        sets.push_back(set);
+}
+
+template <typename List>
+void addAll(FaceSets &sets, const List &list)
+{
+    if (list.IsNull())
+        return;
+    for (const auto &faces : *list)
+        add(sets, faces);
+}
+
+} // namespace
+
+std::vector<Handle(StepShape_ConnectedFaceSet)> faceSetsOf(const Handle(StepRepr_RepresentationItem)
+                                                           & item)
+{
+    FaceSets sets;
+    if (const auto solid = Handle(StepShape_ManifoldSolidBrep)::DownCast(item))
+        add(sets, solid->Outer());
+    if (const auto hollow = Handle(StepShape_BrepWithVoids)::DownCast(item))
+        addAll(sets, hollow->Voids());
+    if (const auto hollow = Handle(StepShape_FacetedBrepAndBrepWithVoids)::DownCast(item))
+        addAll(sets, hollow->Voids());
+    if (const auto surfaces = Handle(StepShape_FaceBasedSurfaceModel)::DownCast(item))
+        addAll(sets, surfaces->FbsmFaces());
+    if (const auto shells = Handle(StepShape_ShellBasedSurfaceModel)::DownCast(item);
+        shells && !shells->SbsmBoundary().IsNull()) {
+        for (const StepShape_Shell &shell : *shells->SbsmBoundary())
+            add(sets, shell.Value());
+    }
+    return sets;
+}
+
+std::vector<Handle(StepShape_Face)> facesOf(const Handle(StepRepr_RepresentationItem) & item)
+{
+    std::vector<Handle(StepShape_Face)> result;
+    const auto addFace = [&result](Handle(StepShape_Face) face) {
+        if (const auto turned = Handle(StepShape_OrientedFace)::DownCast(face))
+            face = turned->FaceElement();
+        if (!face.IsNull())
+            result.push_back(face);
+    };
+    if (const auto face = Handle(StepShape_Face)::DownCast(item))
+        addFace(face);
+    for (const Handle(StepShape_ConnectedFaceSet) & set : faceSetsOf(item)) {
+        if (set->CfsFaces().IsNull())
+            continue;
+        for (const Handle(StepShape_Face) & face : *set->CfsFaces())
+            addFace(face);
+    }
+    return result;
+}
+
+bool isClosed(const StepShape_ConnectedFaceSet &faces)
+{
+    std::map<const Standard_Transient *, int> uses;
+    if (faces.CfsFaces().IsNull())
+        return false;
+    for (const Handle(StepShape_Face) & face : *faces.CfsFaces()) {
+        if (face.IsNull() || face->Bounds().IsNull())
+            return false;
+        for (const Handle(StepShape_FaceBound) & bound : *face->Bounds()) {
+            const auto loop = bound.IsNull() ? Handle(StepShape_EdgeLoop)()
+                                             : Handle(StepShape_EdgeLoop)::DownCast(bound->Bound());
+            if (loop.IsNull() || loop->EdgeList().IsNull())
+                continue;
+            for (const Handle(StepShape_OrientedEdge) & edge : *loop->EdgeList()) {
+                if (!edge.IsNull())
+                    ++uses[edge->EdgeElement().get()];
+            }
+        }
+    }
+    return std::all_of(uses.begin(), uses.end(), [](const auto &use) { return use.second == 2; });
+}
+
+} // namespace tnconvert

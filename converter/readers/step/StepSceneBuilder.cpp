@@ -1,0 +1,215 @@
+#include "readers/step/StepSceneBuilder.h"
+
+#include "core/Limits.h"
+#include "readers/kernel/ForkedShapes.h"
+#include "readers/kernel/Kernel.h"
+#include "readers/kernel/KernelGuard.h"
+
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRep_Builder.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace tnconvert {
+
+StepSceneBuilder::StepSceneBuilder(const StepDocument &document, const Settings &settings,
+                                   Report &report, double from, double to, std::uint64_t &nodeCount)
+    : m_document(document)
+    , m_settings(settings)
+    , m_report(report)
+    , m_from(from)
+    , m_to(to)
+    , m_nodeCount(nodeCount)
+    , m_mesher(settings, report)
+    , m_transfer(document.entities(), document.looks())
+    , m_losses(document.losses())
+    , m_partCount(std::size_t(std::count_if(
+          document.structure().products().begin(), document.structure().products().end(),
+          [](const StepProduct &product) { return !product.items.empty(); })))
+{
+}
+
+const StepProduct &StepSceneBuilder::product(std::size_t number) const
+{
+    return m_document.structure().products()[number];
+}
+
+std::vector<Node> StepSceneBuilder::build(const Style &inherited, const Style *occurrence)
+{
+    std::vector<Node> nodes;
+    for (std::size_t i = 0; i < m_document.structure().products().size(); ++i) {
+        if (!product(i).isUsed)
+            nodes.push_back(productNode(i, inherited, occurrence));
+    }
+    return nodes;
+}
+
+Node StepSceneBuilder::productNode(std::size_t number, const Style &inherited,
+                                   const Style *occurrence)
+{
+    checkNodeCount("The assembly", ++m_nodeCount);
+    Node node;
+    node.name = product(number).name;
+    const auto file = m_files.find(number);
+    if (file != m_files.end()) {
+        std::vector<Node> roots = file->second->build(inherited, occurrence);
+        if (roots.size() == 1)
+            return std::move(roots.front());
+        node.children = std::move(roots);
+        return node;
+    }
+    Style style = inherited;
+    style.overlay(lookOf(product(number)));
+    if (occurrence)
+        style.overlay(*occurrence);
+    node.visible = style.visible;
+    node.layer = layerOf(product(number));
+    addMeshes(number, style, node);
+    addOccurrences(number, style, node);
+    return node;
+}
+
+void StepSceneBuilder::addMeshes(std::size_t number, const Style &style, Node &node)
+{
+    const Meshes meshes = meshesOf(number, style);
+    if (meshes.size() == 1 && product(number).occurrences.empty()) {
+        node.mesh = meshes.front();
+        return;
+    }
+    for (const std::shared_ptr<const Mesh> &mesh : meshes) {
+        node.children.emplace_back();
+        node.children.back().name = node.name + " " + std::to_string(node.children.size());
+        node.children.back().mesh = mesh;
+    }
+}
+
+void StepSceneBuilder::addOccurrences(std::size_t number, const Style &style, Node &node)
+{
+    for (const StepOccurrence &occurrence : product(number).occurrences) {
+        node.children.push_back(
+            productNode(occurrence.product, style, m_document.looks().find(occurrence.entity)));
+        node.children.back().transform = transformOf(occurrence.placement);
+    }
+}
+
+StepSceneBuilder::Meshes StepSceneBuilder::meshesOf(std::size_t number, const Style &style)
+{
+    const bool isHidden =
+        !style.visible && !m_settings.importInvisibleSurfaces && !m_settings.importInvisibleCurves;
+    if (product(number).items.empty() || isHidden)
+        return {};
+    const auto [known, isNew] = m_meshes.try_emplace(std::to_string(number) + "|" + style.key());
+    if (isNew)
+        known->second = meshed(partOf(number), style, product(number));
+    return known->second;
+}
+
+const StepPart &StepSceneBuilder::partOf(std::size_t number)
+{
+    const auto known = m_parts.find(number);
+    if (known != m_parts.end())
+        return known->second;
+    const auto [from, to] = progressOfNextPart();
+    const Handle(KernelProgress) progress = new KernelProgress(m_report, from, to, "Transferring");
+    return m_parts
+        .emplace(number, m_transfer.transfer(product(number), m_losses, progress->Start()))
+        .first->second;
+}
+
+std::pair<double, double> StepSceneBuilder::progressOfNextPart() const
+{
+    const double share = (m_to - m_from) / double(std::max<std::size_t>(m_partCount, 1));
+    const double from = m_from + share * double(m_parts.size());
+    return {from, from + share / 2};
+}
+
+StepSceneBuilder::Meshes StepSceneBuilder::meshed(const StepPart &part, const Style &style,
+                                                  const StepProduct &product)
+{
+    if (part.shape.IsNull())
+        return {};
+    m_report.progress(progressOfNextPart().first, "Tessellating");
+    const auto look = [&](const TopoDS_Shape &piece) -> std::optional<Material> {
+        Style chosen = style;
+        if (const Style *own = part.subStyles.find(piece))
+            chosen.overlay(*own);
+        const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
+        const bool showsHidden =
+            isCurve ? m_settings.importInvisibleCurves : m_settings.importInvisibleSurfaces;
+        if (!chosen.visible && !showsHidden)
+            return std::nullopt;
+        return materialOf(isCurve ? chosen.curve : chosen.surface);
+    };
+    Meshes meshes;
+    const auto mesh = [&](const TopoDS_Shape &shape) {
+        return KernelGuard::run([&] { meshes = m_mesher.meshes(shape, look, product.name); });
+    };
+    if (!mesh(part.shape) && !mesh(withoutBadFaces(part.shape, product)))
+        m_losses.add(StepLosses::Kind::Shape, "of \"" + product.name + "\"");
+    return meshes;
+}
+
+/// The faces of a shape that the kernel cannot tessellate as a whole, but for those over which it
+/// crashes.
+TopoDS_Shape StepSceneBuilder::withoutBadFaces(const TopoDS_Shape &shape,
+                                               const StepProduct &product)
+{
+    std::vector<TopoDS_Shape> faces;
+    for (TopExp_Explorer face(shape, TopAbs_FACE); face.More(); face.Next())
+        faces.push_back(face.Current());
+    const std::vector<TopoDS_Shape> tried = makeForked(faces.size(), [&](std::size_t i) {
+        const BRepMesh_IncrementalMesh mesh(faces[i], m_settings.chordDeviation, false,
+                                            m_settings.normalTolerance * M_PI / 180);
+        return faces[i];
+    });
+    BRep_Builder builder;
+    TopoDS_Compound sound;
+    builder.MakeCompound(sound);
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        if (tried[i].IsNull())
+            m_losses.add(StepLosses::Kind::Face, "of \"" + product.name + "\"");
+        else
+            builder.Add(sound, faces[i]);
+    }
+    return sound;
+}
+
+Style StepSceneBuilder::lookOf(const StepProduct &product) const
+{
+    Style style;
+    const auto overlay = [&](const Handle(Standard_Transient) & entity) {
+        if (const Style *look = m_document.looks().find(entity))
+            style.overlay(*look);
+    };
+    for (const Handle(StepRepr_Representation) & representation : product.representations)
+        overlay(representation);
+    for (const StepItem &item : product.items)
+        overlay(item.representation);
+    if (product.items.size() == 1)
+        overlay(product.items.front().entity);
+    return style;
+}
+
+/// The layer of the product's representation, or of its items.
+std::string StepSceneBuilder::layerOf(const StepProduct &product) const
+{
+    std::string layer;
+    const auto look = [&](const Handle(Standard_Transient) & entity) {
+        if (layer.empty())
+            layer = m_document.looks().layerOf(entity);
+    };
+    for (const Handle(StepRepr_Representation) & representation : product.representations)
+        look(representation);
+    for (const StepItem &item : product.items) {
+        look(item.representation);
+        look(item.entity);
+    }
+    return layer;
+}
+
+} // namespace tnconvert

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "readers/kernel/ShapeMesher.h"
+#include "readers/step/StepDocument.h"
+#include "readers/step/StepLosses.h"
+#include "readers/step/StepPartTransfer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace tnconvert {
+
+/// Turns a Step document into nodes. Each product is made once, and shares its meshes among all of
+/// its occurrences that look the same.
+class StepSceneBuilder {
+public:
+    /// Progress is reported between @p from and @p to percent. All must outlive the builder;
+    /// @p nodeCount is counted up for all builders of a scene.
+    StepSceneBuilder(const StepDocument &document, const Settings &settings, Report &report,
+                     double from, double to, std::uint64_t &nodeCount);
+
+    /// Says that a product's shape is in another file.
+    void setPart(std::size_t product, StepSceneBuilder &part) { m_files[product] = &part; }
+
+    /// The products that are within no other one. Throws ConversionError when there are more nodes
+    /// than a scene may have.
+    std::vector<Node> build() { return build({}, nullptr); }
+
+    /// What got lost of the document so far.
+    const StepLosses &losses() const { return m_losses; }
+
+private:
+    using Meshes = std::vector<std::shared_ptr<const Mesh>>;
+
+    /// @p inherited is what the assemblies above state, @p occurrence what the occurrence does, or
+    /// null: the one gives way to the product's own look, the other does not.
+    std::vector<Node> build(const Style &inherited, const Style *occurrence);
+    Node productNode(std::size_t number, const Style &inherited, const Style *occurrence);
+    void addMeshes(std::size_t number, const Style &style, Node &node);
+    void addOccurrences(std::size_t number, const Style &style, Node &node);
+    Meshes meshesOf(std::size_t number, const Style &style);
+    Meshes meshed(const StepPart &part, const Style &style, const StepProduct &product);
+    const StepPart &partOf(std::size_t number);
+    TopoDS_Shape withoutBadFaces(const TopoDS_Shape &shape, const StepProduct &product);
+    const StepProduct &product(std::size_t number) const;
+    Style lookOf(const StepProduct &product) const;
+    std::string layerOf(const StepProduct &product) const;
+    std::pair<double, double> progressOfNextPart() const;
+
+    const StepDocument &m_document;
+    const Settings &m_settings;
+    Report &m_report;
+    const double m_from;
+    const double m_to;
+    std::uint64_t &m_nodeCount;
+    ShapeMesher m_mesher;
+    const StepPartTransfer m_transfer;
+    StepLosses m_losses;
+    std::unordered_map<std::size_t, StepSceneBuilder *> m_files; ///< by product
+    std::unordered_map<std::size_t, StepPart> m_parts; ///< by product
+    std::map<std::string, Meshes> m_meshes; ///< by product and look
+    std::size_t m_partCount = 0; ///< products with items
+};
+
+} // namespace tnconvert
