@@ -85,6 +85,7 @@ StepDocument::StepDocument(const std::string &path, Report &report)
         m_structure.emplace(*m_entities);
         checkNodeCount(fileName(m_path), m_structure->nodeCount());
         m_looks.emplace(*m_entities);
+        m_properties.emplace(*m_entities);
         findReferences();
     });
     if (!isDone)

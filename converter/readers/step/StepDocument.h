@@ -4,6 +4,7 @@
 #include "readers/step/StepEntities.h"
 #include "readers/step/StepLooks.h"
 #include "readers/step/StepLosses.h"
+#include "readers/step/StepProperties.h"
 #include "readers/step/StepStructure.h"
 
 #include <STEPControl_Reader.hxx>
@@ -32,6 +33,7 @@ public:
     const StepEntities &entities() const { return *m_entities; }
     const StepStructure &structure() const { return *m_structure; }
     const StepLooks &looks() const { return *m_looks; }
+    const StepProperties &properties() const { return *m_properties; }
     const std::vector<Reference> &references() const { return m_references; }
 
     /// What is known to be missing before shapes are made.
@@ -48,6 +50,7 @@ private:
     std::optional<StepEntities> m_entities;
     std::optional<StepStructure> m_structure;
     std::optional<StepLooks> m_looks;
+    std::optional<StepProperties> m_properties;
     std::vector<Reference> m_references;
     StepLosses m_losses;
 };

@@ -8,12 +8,17 @@
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
+#include <Geom_Curve.hxx>
 #include <Interface_Check.hxx>
 #include <StepShape_EdgeBasedWireframeModel.hxx>
 #include <StepShape_GeometricSet.hxx>
 #include <StepShape_ManifoldSolidBrep.hxx>
+#include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Vertex.hxx>
 #include <TransferBRep.hxx>
 #include <Transfer_Binder.hxx>
 
@@ -26,7 +31,7 @@ namespace {
 
 using Kind = StepLosses::Kind;
 
-/// How far edges and their vertices may miss each other, as a share of the shape's extent. Sound
+/// How far edges may miss their vertices, as a share of the shape's extent. Sound
 /// files stay below 1e-4.
 constexpr double largestGap = 1e-2;
 
@@ -37,6 +42,20 @@ bool isWire(const Handle(StepRepr_RepresentationItem) & entity)
 {
     return entity->IsKind(STANDARD_TYPE(StepShape_GeometricSet))
         || entity->IsKind(STANDARD_TYPE(StepShape_EdgeBasedWireframeModel));
+}
+
+/// How far the ends of an edge's curve are from its vertices, mm.
+double gapAt(const TopoDS_Edge &edge)
+{
+    double first = 0;
+    double last = 0;
+    const Handle(Geom_Curve) curve = BRep_Tool::Curve(edge, first, last);
+    const TopoDS_Vertex from = TopExp::FirstVertex(edge);
+    const TopoDS_Vertex to = TopExp::LastVertex(edge);
+    if (curve.IsNull() || from.IsNull() || to.IsNull())
+        return 0;
+    return std::max(curve->Value(first).Distance(BRep_Tool::Pnt(from)),
+                    curve->Value(last).Distance(BRep_Tool::Pnt(to)));
 }
 
 /// A face that lost its boundary goes on without end.
@@ -139,15 +158,17 @@ bool StepItemTransfer::lostItsSurface() const
     return std::all_of(sets.begin(), sets.end(), [](const auto &set) { return isClosed(*set); });
 }
 
+/// Tolerances alone do not tell: where a surface is degenerate the kernel raises them by itself.
 bool StepItemTransfer::fitsTogether() const
 {
-    const double gap = std::max(BRep_Tool::MaxTolerance(m_shape, TopAbs_VERTEX),
-                                BRep_Tool::MaxTolerance(m_shape, TopAbs_EDGE));
-    if (gap <= harmlessGap)
+    if (BRep_Tool::MaxTolerance(m_shape, TopAbs_VERTEX) <= harmlessGap)
         return true;
+    double gap = 0;
+    for (TopExp_Explorer edges(m_shape, TopAbs_EDGE); edges.More(); edges.Next())
+        gap = std::max(gap, gapAt(TopoDS::Edge(edges.Current())));
     Bnd_Box box;
     BRepBndLib::AddClose(m_shape, box);
-    return box.IsVoid() || gap <= largestGap * std::sqrt(box.SquareExtent());
+    return gap <= harmlessGap || box.IsVoid() || gap <= largestGap * std::sqrt(box.SquareExtent());
 }
 
 /// An entity that the kernel says it failed on, although it made something of the item.

@@ -20,6 +20,8 @@ constexpr Text texts[] = {
     {"solid lost its closed surface", "solids lost their closed surface"},
     {"shape does not fit together", "shapes do not fit together"},
     {"position could not be read", "positions could not be read"},
+    {"product differs from what the file states for it",
+     "products differ from what the file states for them"},
     {"entity could not be used", "entities could not be used"},
 };
 static_assert(std::size(texts) == std::size_t(StepLosses::Kind::KindCount));

@@ -16,6 +16,7 @@ public:
         OpenSolid, ///< closed in the file, but not as it was read
         Fit, ///< the edges of a shape miss each other by a hundredth of its size
         Place, ///< of a part or shape
+        Validation, ///< a product that is not as large as the file says
         Entity, ///< something else that the kernel gave up on
         KindCount
     };

@@ -4,6 +4,7 @@
 #include "readers/kernel/ForkedShapes.h"
 #include "readers/kernel/Kernel.h"
 #include "readers/kernel/KernelGuard.h"
+#include "readers/step/StepValidation.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRep_Builder.hxx>
@@ -39,6 +40,17 @@ const StepProduct &StepSceneBuilder::product(std::size_t number) const
     return m_document.structure().products()[number];
 }
 
+std::vector<Node> StepSceneBuilder::build()
+{
+    std::vector<Node> nodes = build({}, nullptr);
+    StepValidation(m_document, [this](std::size_t number) -> std::optional<TopoDS_Shape> {
+        if (m_files.count(number) > 0)
+            return std::nullopt;
+        return product(number).items.empty() ? TopoDS_Shape() : partOf(number).shape;
+    }).check(m_losses);
+    return nodes;
+}
+
 std::vector<Node> StepSceneBuilder::build(const Style &inherited, const Style *occurrence)
 {
     std::vector<Node> nodes;
@@ -69,6 +81,8 @@ Node StepSceneBuilder::productNode(std::size_t number, const Style &inherited,
         style.overlay(*occurrence);
     node.visible = style.visible;
     node.layer = layerOf(product(number));
+    if (m_settings.importMetadata)
+        node.metadata = metadataOf(product(number));
     addMeshes(number, style, node);
     addOccurrences(number, style, node);
     return node;
@@ -193,6 +207,17 @@ Style StepSceneBuilder::lookOf(const StepProduct &product) const
     if (product.items.size() == 1)
         overlay(product.items.front().entity);
     return style;
+}
+
+Metadata StepSceneBuilder::metadataOf(const StepProduct &product) const
+{
+    Metadata metadata;
+    for (const Handle(Standard_Transient) & subject : product.subjects()) {
+        if (const auto *properties = m_document.properties().find(subject))
+            metadata.insert(metadata.end(), properties->metadata.begin(),
+                            properties->metadata.end());
+    }
+    return metadata;
 }
 
 /// The layer of the product's representation, or of its items.

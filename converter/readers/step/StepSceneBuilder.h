@@ -28,9 +28,9 @@ public:
     /// Says that a product's shape is in another file.
     void setPart(std::size_t product, StepSceneBuilder &part) { m_files[product] = &part; }
 
-    /// The products that are within no other one. Throws ConversionError when there are more nodes
-    /// than a scene may have.
-    std::vector<Node> build() { return build({}, nullptr); }
+    /// The products that are within no other one, compared with what the file states of them.
+    /// Throws ConversionError when there are more nodes than a scene may have.
+    std::vector<Node> build();
 
     /// What got lost of the document so far.
     const StepLosses &losses() const { return m_losses; }
@@ -50,6 +50,7 @@ private:
     TopoDS_Shape withoutBadFaces(const TopoDS_Shape &shape, const StepProduct &product);
     const StepProduct &product(std::size_t number) const;
     Style lookOf(const StepProduct &product) const;
+    Metadata metadataOf(const StepProduct &product) const;
     std::string layerOf(const StepProduct &product) const;
     std::pair<double, double> progressOfNextPart() const;
 

@@ -36,6 +36,16 @@ struct StepProduct {
     std::vector<StepItem> items;
     std::vector<StepOccurrence> occurrences;
     bool isUsed = false; ///< occurs within another one
+
+    /// What its entities state about the whole of it: its definition and, when there is but one,
+    /// its item.
+    std::vector<Handle(Standard_Transient)> subjects() const
+    {
+        std::vector<Handle(Standard_Transient)> result(1, entity);
+        if (items.size() == 1)
+            result.push_back(items.front().entity);
+        return result;
+    }
 };
 
 /// The products of a Step file and what they consist of, as its entities state it. Unlike the
