@@ -162,7 +162,26 @@ private slots:
         QTest::newRow("face")
             << QByteArray("CLOSED_SHELL('',(#17,") << QByteArray("CLOSED_SHELL('',(#23,")
             << "x.step is damaged: 1 entity that its shapes need cannot be read, "
-               "#16 CLOSED_SHELL."
+               "#16 CLOSED_SHELL; 1 solid has a hole in its surface, #15 MANIFOLD_SOLID_BREP."
+            << "";
+        QTest::newRow("null that the kernel follows")
+            << QByteArray("VERTEX_POINT('',#23)") << QByteArray("VERTEX_POINT('',$)")
+            << "x.step is damaged: 1 entity that its shapes need cannot be read, #22 VERTEX_POINT; "
+               "3 of 18 faces could not be read, the first is #17 ADVANCED_FACE."
+            << "";
+        QTest::newRow("reference to nothing")
+            << QByteArray("SURFACE_SIDE_STYLE('',(") << QByteArray("SURFACE_SIDE_STYLE('',(#9999,")
+            << ""
+            << "x.step is damaged: 2 of its entities are not as they should be, but no shape needs "
+               "them.";
+        QTest::newRow("face left out")
+            << QByteArray("CLOSED_SHELL('',(#17,") << QByteArray("CLOSED_SHELL('',(")
+            << "x.step is damaged: 1 solid has a hole in its surface, #15 MANIFOLD_SOLID_BREP."
+            << "";
+        QTest::newRow("corner elsewhere")
+            << QByteArray("#25 = CARTESIAN_POINT('',(0.,50.,10.))")
+            << QByteArray("#25 = CARTESIAN_POINT('',(0.,52.,10.))")
+            << "x.step is damaged: 1 shape does not fit together, #15 MANIFOLD_SOLID_BREP."
             << "";
         QTest::newRow("colour")
             << QByteArray("COLOUR_RGB('',") << QByteArray("COLOUR_RGB('','',") << ""

@@ -290,7 +290,8 @@ private slots:
         QCOMPARE(damaged.state, State::Incomplete);
         QCOMPARE(QString::fromStdString(damaged.message),
                  "arm.stp is damaged: 1 entity that its shapes need cannot be read, "
-                 "#16 CLOSED_SHELL.");
+                 "#16 CLOSED_SHELL; 1 solid has a hole in its surface, "
+                 "#15 MANIFOLD_SOLID_BREP.");
         QVERIFY(m_fixture.parts.contains("incomplete arm.stp"));
         QCOMPARE(m_fixture.result().meshCount, 3);
         // The assembly is a part of itself; what is drawn of a circle is open.

@@ -96,26 +96,32 @@ std::vector<Handle(StepShape_Face)> facesOf(const Handle(StepRepr_Representation
     return result;
 }
 
-bool isClosed(const StepShape_ConnectedFaceSet &faces)
+double openShareOf(const StepShape_ConnectedFaceSet &faces)
 {
     std::map<const Standard_Transient *, int> uses;
+    const auto addLoop = [&uses](const StepShape_EdgeLoop &loop) {
+        if (loop.EdgeList().IsNull())
+            return;
+        for (const Handle(StepShape_OrientedEdge) & edge : *loop.EdgeList()) {
+            if (!edge.IsNull())
+                ++uses[edge->EdgeElement().get()];
+        }
+    };
     if (faces.CfsFaces().IsNull())
-        return false;
+        return 0;
     for (const Handle(StepShape_Face) & face : *faces.CfsFaces()) {
         if (face.IsNull() || face->Bounds().IsNull())
-            return false;
+            continue;
         for (const Handle(StepShape_FaceBound) & bound : *face->Bounds()) {
-            const auto loop = bound.IsNull() ? Handle(StepShape_EdgeLoop)()
-                                             : Handle(StepShape_EdgeLoop)::DownCast(bound->Bound());
-            if (loop.IsNull() || loop->EdgeList().IsNull())
+            if (bound.IsNull())
                 continue;
-            for (const Handle(StepShape_OrientedEdge) & edge : *loop->EdgeList()) {
-                if (!edge.IsNull())
-                    ++uses[edge->EdgeElement().get()];
-            }
+            if (const auto loop = Handle(StepShape_EdgeLoop)::DownCast(bound->Bound()))
+                addLoop(*loop);
         }
     }
-    return std::all_of(uses.begin(), uses.end(), [](const auto &use) { return use.second == 2; });
+    const auto open =
+        std::count_if(uses.begin(), uses.end(), [](const auto &use) { return use.second == 1; });
+    return uses.empty() ? 0 : double(open) / double(uses.size());
 }
 
 } // namespace tnconvert

@@ -16,8 +16,8 @@ std::vector<Handle(StepShape_ConnectedFaceSet)> faceSetsOf(const Handle(StepRepr
 /// The faces of these sets, or the item itself when it is a face. Null ones are left out.
 std::vector<Handle(StepShape_Face)> facesOf(const Handle(StepRepr_RepresentationItem) & item);
 
-/// Whether each edge of the set lies between two of its faces, so that it encloses a volume, as the
-/// file has it.
-bool isClosed(const StepShape_ConnectedFaceSet &faces);
+/// The share of the set's edges that bound only one of its faces, as the file has it: 0 when it is
+/// closed, little when a face is missing, and 1 when the faces are not joined at all.
+double openShareOf(const StepShape_ConnectedFaceSet &faces);
 
 } // namespace tnconvert

@@ -138,14 +138,15 @@ void StepItemTransfer::check(StepLosses &losses) const
 {
     if (!fitsTogether())
         losses.add(Kind::Fit, m_entities.label(m_item.entity));
-    if (losses.isEmpty() && m_added.empty() && lostItsSurface())
-        losses.add(Kind::OpenSolid, m_entities.label(m_item.entity));
+    if (losses.isEmpty() && m_added.empty() && isHoled())
+        losses.add(Kind::Hole, m_entities.label(m_item.entity));
     if (const Handle(Standard_Transient) failure = firstFailure();
         losses.isEmpty() && m_added.empty() && !failure.IsNull())
         losses.add(Kind::Entity, m_entities.label(failure));
 }
 
-bool StepItemTransfer::lostItsSurface() const
+/// Whether a solid has a hole. Some programs do not join the faces of their solids at all.
+bool StepItemTransfer::isHoled() const
 {
     if (!m_item.entity->IsKind(STANDARD_TYPE(StepShape_ManifoldSolidBrep)))
         return false;
@@ -155,7 +156,8 @@ bool StepItemTransfer::lostItsSurface() const
     if (!isOpen)
         return false;
     const auto sets = faceSetsOf(m_item.entity);
-    return std::all_of(sets.begin(), sets.end(), [](const auto &set) { return isClosed(*set); });
+    return std::all_of(sets.begin(), sets.end(),
+                       [](const auto &set) { return openShareOf(*set) < 0.5; });
 }
 
 /// Tolerances alone do not tell: where a surface is degenerate the kernel raises them by itself.

@@ -42,7 +42,7 @@ private:
                       const Message_ProgressRange &progress = {}) const;
     void addFaces(const std::vector<Handle(StepShape_Face)> &missing, StepLosses &losses);
     void check(StepLosses &losses) const;
-    bool lostItsSurface() const;
+    bool isHoled() const;
     bool fitsTogether() const;
     Handle(Standard_Transient) firstFailure() const;
     void place();

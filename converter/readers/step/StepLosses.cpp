@@ -17,7 +17,7 @@ constexpr Text texts[] = {
     {"entity that its shapes need cannot be read", "entities that its shapes need cannot be read"},
     {"shape could not be read", "shapes could not be read"},
     {"face could not be read", "faces could not be read"},
-    {"solid lost its closed surface", "solids lost their closed surface"},
+    {"solid has a hole in its surface", "solids have holes in their surface"},
     {"shape does not fit together", "shapes do not fit together"},
     {"position could not be read", "positions could not be read"},
     {"product differs from what the file states for it",

@@ -13,7 +13,7 @@ public:
         Needed, ///< an entity that shapes or places need
         Shape, ///< a solid or surface model that gave nothing
         Face, ///< of one that gave something
-        OpenSolid, ///< closed in the file, but not as it was read
+        Hole, ///< in the surface of a solid
         Fit, ///< the edges of a shape miss each other by a hundredth of its size
         Place, ///< of a part or shape
         Validation, ///< a product that is not as large as the file says
