@@ -85,7 +85,7 @@ std::set<int> damagedEntities(StepData_StepModel &model)
             numbers.insert(i);
     }
     // "Unresolved Reference, Ent.Id.#313 Param.n0 2 (Id.#314)"
-    const Handle(Interface_Check) check = model.GlobalCheck();
+    const Handle(Interface_Check) &check = model.GlobalCheck();
     for (int i = 1; i <= check->NbFails(); ++i) {
         const std::string text = check->CFail(i);
         const std::size_t at = text.find("Ent.Id.#");

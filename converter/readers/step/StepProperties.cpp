@@ -102,7 +102,7 @@ StepProperties::StepProperties(const StepEntities &entities)
     std::size_t next = 0;
     const auto addRest = [&] {
         while (next < all.size()) {
-            const Handle(StepRepr_PropertyDefinitionRepresentation) one = all[next++];
+            const Handle(StepRepr_PropertyDefinitionRepresentation) &one = all[next++];
             const auto definition =
                 Handle(StepRepr_PropertyDefinition)::DownCast(one->Definition().Value());
             if (!definition.IsNull()
