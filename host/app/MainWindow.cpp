@@ -4,6 +4,7 @@
 #include "host/app/ImportStatus.h"
 #include "host/app/LogPane.h"
 #include "host/app/SceneView.h"
+#include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
 #include "host/services/FileService.h"
@@ -65,6 +66,17 @@ bool isWelcome(const QDropEvent &event)
         && !localUrls(*event.mimeData()).isEmpty();
 }
 
+/// What does not stop a file: what is missing from it, and what was repaired.
+void logRemarks(const JobResultPtr &job, std::size_t position)
+{
+    const FileResult &file = job->files[position];
+    QStringList remarks = file.warnings;
+    if (file.state == FileResult::State::Incomplete)
+        remarks.prepend(file.message);
+    for (const QString &remark : remarks)
+        tnLog::warning("%s: %s", qUtf8Printable(file.path), qUtf8Printable(remark));
+}
+
 } // namespace
 
 MainWindow::MainWindow(HostServices &services)
@@ -94,6 +106,7 @@ MainWindow::MainWindow(HostServices &services)
     };
     connect(&services.fileService(), &FileService::fileConversionFailed, this, logFailure);
     connect(&services.fileService(), &FileService::fileLoadingFailed, this, logFailure);
+    connect(&services.fileService().log(), &ImportLog::fileEnded, this, &logRemarks);
     m_view->setFocus();
 
     tnController::setMainWindow(this);

@@ -35,6 +35,14 @@ Row rowOf(const FileResult &result, const QString &directory)
             QString::number(result.seconds, 'f', 2), result.message.simplified()};
 }
 
+QStringList warningsOf(const FileResult &result)
+{
+    QStringList lines;
+    for (const QString &warning : result.warnings)
+        lines << QStringLiteral("  Warning: ") + warning.simplified();
+    return lines;
+}
+
 } // namespace
 
 QStringList ResultTable::lines(const std::vector<FileResult> &results)
@@ -54,7 +62,8 @@ QStringList ResultTable::lines(const std::vector<FileResult> &results)
             widths[column] = std::max(widths[column], row[column].size());
     }
     QStringList lines;
-    for (const Row &row : rows) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const Row &row = rows[i];
         QString line;
         for (std::size_t column = 0; column < widths.size(); ++column) {
             line += column == secondsColumn ? row[column].rightJustified(widths[column])
@@ -65,6 +74,8 @@ QStringList ResultTable::lines(const std::vector<FileResult> &results)
         while (line.endsWith(QLatin1Char(' ')))
             line.chop(1);
         lines << line;
+        if (i > 0)
+            lines << warningsOf(results[i - 1]);
     }
     return lines;
 }

@@ -13,7 +13,8 @@ class ResultTable {
 public:
     ResultTable() = delete;
 
-    /// A line of titles and one per file, in aligned columns. Paths below the working directory are
+    /// A line of titles and one per file, in aligned columns, with a line below it for each of its
+    /// warnings. Paths below the working directory are
     /// given as seen from there.
     static QStringList lines(const std::vector<FileResult> &results);
     /// How many files ended how, in one sentence without full stop.

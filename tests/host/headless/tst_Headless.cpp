@@ -64,6 +64,10 @@ void tst_Headless::imports()
         for (const QString sample : {"bracket.step", "gear.stl", "assembly/robot.step",
                                      "assembly/base.stp", "assembly/gripper.stp"})
             QVERIFY(host.copySample(sample, QFileInfo(sample).fileName()));
+        QFile bracket(host.path("bracket.step"));
+        QVERIFY(bracket.open(QIODevice::ReadOnly));
+        QVERIFY(
+            host.write("faded.step", bracket.readAll().replace("COLOUR_RGB('',", "COLOUR_RGB(")));
         QVERIFY2(host.run(("--headless " + arguments).split(' ')) == status, host.report());
         for (const QString &text : expected)
             QVERIFY2(host.report().contains(text.toUtf8()), host.report() + "??? " + text.toUtf8());
@@ -78,6 +82,9 @@ void tst_Headless::imports()
           {"[1/2] bracket.step: conversion started\n", "[2/2] gear.stl: loaded, node ",
            " triangles, (0.000, 0.000, 0.000) to (80.000, 60.000, 60.000) mm\n",
            "\nbracket.step  Step  Succeeded ", "\n2 of 2 files succeeded; "});
+    check("faded.step", 0,
+          {"\nfaded.step  Step  Succeeded ",
+           "\n  Warning: faded.step is damaged: 2 of its entities", "\n1 of 1 files succeeded; "});
     check("--mode keep --output out gear.stl", 0,
           {"Output directory: ", " loaded, node ", "\n1 of 1 files succeeded; 2 nodes, "},
           {"gear.glb"});
