@@ -77,7 +77,7 @@ void listFormats()
 
 int wrongUsage(const std::string &what)
 {
-    std::cerr << "tnconvert: " << what << "\n\n" << usage;
+    std::cerr << "tnconvert: " << validUtf8(what) << "\n\n" << usage;
     return ExitUsage;
 }
 
@@ -101,7 +101,8 @@ int convertOne(Job job, const std::string &settingsFile)
     if (!settingsFile.empty()) {
         const std::optional<nlohmann::json> object = readSettings(settingsFile);
         if (!object) {
-            std::cerr << "tnconvert: " << settingsFile << " is no readable JSON object.\n";
+            std::cerr << "tnconvert: " << validUtf8(settingsFile)
+                      << " is no readable JSON object.\n";
             return ExitFailure;
         }
         std::vector<std::string> warnings;

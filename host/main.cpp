@@ -131,7 +131,8 @@ int main(int argc, char **argv)
         return CommandLine(arguments);
     }();
     if (commandLine.outcome() == CommandLine::Outcome::Done) {
-        Console::print(stdout, commandLine.message());
+        for (const QString &line : commandLine.message().split(QLatin1Char('\n')))
+            Console::print(stdout, line);
         return 0;
     }
     if (commandLine.outcome() == CommandLine::Outcome::Wrong) {
@@ -149,6 +150,7 @@ int main(int argc, char **argv)
     if (headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         Console::muteScreenWarnings();
+        Console::printLog();
     }
 
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // small icons would be ragged

@@ -52,6 +52,29 @@ bool isUtf8(std::string_view text)
     return true;
 }
 
+std::string fromLatin1(std::string_view text)
+{
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            result += c;
+        } else {
+            result += static_cast<char>(0xC0 | (byte >> 6));
+            result += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return result;
+}
+
+/// @p sequence is one character of UTF-8. Beyond ASCII there are 32 more, which terminals obey too.
+bool isControl(std::string_view sequence)
+{
+    const auto last = static_cast<unsigned char>(sequence.back());
+    return sequence.size() == 1 ? last < 0x20 || last == 0x7F
+                                : sequence.size() == 2 && sequence[0] == '\xC2' && last < 0xA0;
+}
+
 } // namespace
 
 std::string lowerCase(std::string_view text)
@@ -66,19 +89,18 @@ std::string lowerCase(std::string_view text)
 
 std::string validUtf8(std::string_view text)
 {
-    const bool isValid = isUtf8(text);
+    const std::string latin = isUtf8(text) ? std::string() : fromLatin1(text);
+    if (!latin.empty())
+        text = latin;
     std::string result;
     result.reserve(text.size());
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
+    while (!text.empty()) {
+        const std::size_t length = sequenceLength(text);
+        if (isControl(text.substr(0, length)))
             result += ' ';
-        } else if (isValid || byte < 0x80) {
-            result += c;
-        } else {
-            result += static_cast<char>(0xC0 | (byte >> 6));
-            result += static_cast<char>(0x80 | (byte & 0x3F));
-        }
+        else
+            result += text.substr(0, length);
+        text.remove_prefix(length);
     }
     return result;
 }

@@ -37,6 +37,7 @@ class tst_Headless : public QObject {
 
 private slots:
     void imports();
+    void trustsNoFile();
     void reportsWhatItLeavesOut();
     void refusesWrongUsage();
     void needsNoDisplayAndNoLocale();
@@ -115,6 +116,16 @@ void tst_Headless::imports()
     check("--plugin-dir=empty gear.stl", 1, {"no plug-in in the directory"});
     check("--plugin-dir=" TN_MUTE_PLUGIN " gear.stl", 1,
           {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});
+}
+
+void tst_Headless::trustsNoFile()
+{
+    HostProcess host;
+    const QString name = "a\x1b[2J\u009b.stl"; // clears a terminal that prints it
+    QVERIFY(host.copySample("gear.stl", name));
+    QVERIFY2(host.run({"--headless", "--mode", "convert", name}) == 0, host.report());
+    QVERIFY2(host.output.contains("\na\\u001b[2J\\u009b.stl  STL   Succeeded "), host.report());
+    QVERIFY(!host.report().contains('\x1b') && !host.report().contains("\xC2\x9B"));
 }
 
 void tst_Headless::reportsWhatItLeavesOut()
