@@ -24,12 +24,13 @@ using namespace tnconvert;
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitIncomplete = 3 };
 
 constexpr const char *usage =
-    "Usage: tnconvert IN OUT.glb [--settings FILE.json]\n"
+    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--follow-outside]\n"
     "       tnconvert --worker\n"
     "\n"
     "Converts a CAD file to glTF 2.0 binary.\n"
     "\n"
     "  --settings FILE.json  options of the translation by field name\n"
+    "  --follow-outside      follow references out of the folder of IN\n"
     "  --worker              serve requests on the standard input, one JSON object on each line\n"
     "  --list-formats        list the file types and their suffixes\n"
     "  --version             print the version\n"
@@ -95,21 +96,41 @@ std::optional<nlohmann::json> readSettings(const std::string &path)
     return object;
 }
 
-int convertOne(Job job, const std::string &settingsFile)
+/// Options that set a switch of the settings.
+constexpr struct {
+    const char *option;
+    const char *field;
+} switches[] = {{"--follow-outside", "FollowOutside"}};
+
+/// The name of the field that @p option switches on; null when it is none of these options.
+const char *switchedBy(const std::string &option)
+{
+    for (const auto &[name, field] : switches) {
+        if (option == name)
+            return field;
+    }
+    return nullptr;
+}
+
+/// @p switched wins over what the file says.
+int convertOne(Job job, const std::string &settingsFile, const nlohmann::json &switched)
 {
     ConsoleReport report;
+    nlohmann::json object = nlohmann::json::object();
     if (!settingsFile.empty()) {
-        const std::optional<nlohmann::json> object = readSettings(settingsFile);
-        if (!object) {
+        const std::optional<nlohmann::json> stated = readSettings(settingsFile);
+        if (!stated) {
             std::cerr << "tnconvert: " << validUtf8(settingsFile)
                       << " is no readable JSON object.\n";
             return ExitFailure;
         }
-        std::vector<std::string> warnings;
-        job.settings = Settings::fromJson(*object, warnings);
-        for (const std::string &warning : warnings)
-            report.warning(warning);
+        object = *stated;
     }
+    object.update(switched);
+    std::vector<std::string> warnings;
+    job.settings = Settings::fromJson(object, warnings);
+    for (const std::string &warning : warnings)
+        report.warning(warning);
     announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
     const Outcome outcome = convert(job, report);
     if (!outcome.message.empty())
@@ -141,6 +162,7 @@ int run(const std::vector<std::string> &arguments)
 {
     std::vector<std::string> files;
     std::string settingsFile;
+    nlohmann::json switched = nlohmann::json::object();
     bool acceptsOptions = true;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string &argument = arguments[i];
@@ -161,6 +183,8 @@ int run(const std::vector<std::string> &arguments)
             return runWorker();
         } else if (argument == "--settings" && i + 1 < arguments.size()) {
             settingsFile = arguments[++i];
+        } else if (const char *field = switchedBy(argument)) {
+            switched[field] = true;
         } else {
             return wrongUsage("the argument " + argument + " is not understood here.");
         }
@@ -172,7 +196,7 @@ int run(const std::vector<std::string> &arguments)
     Job job;
     job.input = files[0];
     job.output = files[1];
-    const int result = convertOne(std::move(job), settingsFile);
+    const int result = convertOne(std::move(job), settingsFile, switched);
     (void)output;
     return result;
 }

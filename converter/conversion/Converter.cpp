@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/References.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/ReaderRegistry.h"
@@ -56,21 +57,25 @@ void applySettings(const Settings &settings, Scene &scene)
         unshareMeshes(scene.roots);
 }
 
-std::string missingPartsMessage(const std::vector<std::string> &parts)
+std::string missingPartsMessage(const std::vector<std::string> &parts, const References &references)
 {
     std::string message = parts.size() == 1 ? "A part file is missing or cannot be read: "
                                             : "Part files are missing or cannot be read: ";
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        message += (i > 0 ? ", " : "") + validUtf8(parts[i]);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const std::string objection = references.objection(parts[i]);
+        message += (i > 0 ? ", " : "") + validUtf8(parts[i])
+            + (objection.empty() ? "" : " (" + objection + ")");
+    }
     return message + ".";
 }
 
 /// What the scene lacks, in sentences; empty when it is whole.
-std::string lossMessage(const Scene &scene)
+std::string lossMessage(const Scene &scene, const Job &job)
 {
     std::string message;
     if (!scene.missingParts.empty())
-        message = missingPartsMessage(scene.missingParts);
+        message = missingPartsMessage(scene.missingParts,
+                                      References(job.input, job.settings.followOutside));
     for (const std::string &loss : scene.losses)
         message += (message.empty() ? "" : " ") + loss;
     return message;
@@ -84,7 +89,7 @@ Outcome convertOrThrow(const Job &job, Report &report)
     Scene scene = reader->read(job.input, job.settings, report);
     report.progress(90, "Writing");
     applySettings(job.settings, scene);
-    const std::string loss = lossMessage(scene);
+    const std::string loss = lossMessage(scene, job);
     if (!hasGeometry(scene.roots)) {
         if (!loss.empty())
             throw ConversionError(loss + " Nothing else is left of " + fileName(job.input) + ".");

@@ -39,6 +39,7 @@ constexpr Switch switches[] = {
     {"FlushTransformations", &Settings::flushTransformations},
     {"ImportReferencedFiles", &Settings::importReferencedFiles},
     {"ImportMetadata", &Settings::importMetadata},
+    {"FollowOutside", &Settings::followOutside},
 };
 
 constexpr double tiny = std::numeric_limits<double>::min();

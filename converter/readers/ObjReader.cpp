@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/References.h"
 #include "core/Text.h"
 #include "scene/FacetMeshBuilder.h"
 
@@ -140,10 +141,14 @@ private:
 /// Unlike the library's own reader, one that opens nothing but files, which cannot block.
 class MaterialLibraryReader : public tinyobj::MaterialReader {
 public:
-    explicit MaterialLibraryReader(const std::string &objPath)
+    MaterialLibraryReader(const std::string &objPath, bool followsOutside)
         : m_directory(std::filesystem::path(absolutePath(objPath)).parent_path())
+        , m_references(objPath, followsOutside)
     {
     }
+
+    /// A sentence for each library that may not be read.
+    std::vector<std::string> losses() const { return {m_losses.begin(), m_losses.end()}; }
 
     bool operator()(const std::string &name, std::vector<tinyobj::material_t> *materials,
                     std::map<std::string, int> *indices, std::string *warnings,
@@ -154,6 +159,12 @@ public:
             return false;
         try {
             const std::string path = (m_directory / name).string();
+            if (!m_references.mayFollow(path)) {
+                m_losses.insert("The materials of " + validUtf8(path)
+                                + " are missing: " + m_references.objection(path) + ".");
+                return false;
+            }
+            m_references.check(path);
             checkReadable(path);
             std::istringstream stream(std::string(withoutByteOrderMark(readWhole(path))));
             tinyobj::LoadMtl(indices, materials, &stream, warnings, errors);
@@ -166,6 +177,8 @@ public:
 
 private:
     const std::filesystem::path m_directory;
+    const References m_references;
+    std::set<std::string> m_losses; ///< a file may name one library many times
 };
 
 /// The library's messages, one for each line.
@@ -356,7 +369,7 @@ Scene ObjReader::read(const std::string &path, const Settings &settings, Report 
     std::string warnings;
     std::string errors;
     std::istringstream stream(content);
-    MaterialLibraryReader libraries(path);
+    MaterialLibraryReader libraries(path, settings.followOutside);
     const bool isRead = tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors,
                                          &stream, &libraries, /*triangulate*/ true,
                                          /*default_vcols_fallback*/ false);
@@ -371,6 +384,7 @@ Scene ObjReader::read(const std::string &path, const Settings &settings, Report 
 
     Scene scene;
     scene.up = UpAxis::Y;
+    scene.losses = libraries.losses();
     ObjSceneBuilder builder(attributes, materials, report);
     for (const tinyobj::shape_t &shape : shapes)
         scene.roots.push_back(builder.shapeNode(shape, settings));

@@ -38,6 +38,8 @@ constexpr Option options[] = {
      false},
     {"max-memory", "SIZE",
      "How much memory all conversions together may take, such as 500M or 6G; 0: any.", false},
+    {"follow-outside", nullptr,
+     "Follow references of a file, to its parts say, that lead out of its folder.", false},
     {"tmp", "DIR", "Put temporary files into this directory.", false},
     {"plugin-dir", "DIR", "Load the plug-ins of this directory.", false},
     {"converter", "PROGRAM", "Convert files with this program.", false},
@@ -90,6 +92,7 @@ CommandLine::CommandLine(const QStringList &arguments)
     m_pluginDirectory = parser.value(QStringLiteral("plugin-dir"));
     m_converter = parser.value(QStringLiteral("converter"));
     m_tmpDirectory = parser.value(QStringLiteral("tmp"));
+    m_followsOutside = parser.isSet(QStringLiteral("follow-outside"));
     m_script = parser.value(QStringLiteral("script"));
     m_files = parser.positionalArguments();
     readValue(parser, "max-processes", &processCount, "a number, 0 or more", m_maxProcesses);

@@ -37,6 +37,7 @@ public:
     /// In milliseconds and bytes; nothing without the option.
     std::optional<int> silence() const { return m_silence; }
     std::optional<qint64> maxMemory() const { return m_maxMemory; }
+    bool followsOutside() const { return m_followsOutside; }
     const QString &script() const { return m_script; }
     const BatchOptions &batch() const { return m_batch; }
     /// Files and folders.
@@ -63,6 +64,7 @@ private:
     int m_maxProcesses = -1;
     std::optional<int> m_silence;
     std::optional<qint64> m_maxMemory;
+    bool m_followsOutside = false;
     QString m_script;
     BatchOptions m_batch;
     QStringList m_files;

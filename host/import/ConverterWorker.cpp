@@ -404,13 +404,15 @@ void ConverterWorker::sendTask()
             Qt::QueuedConnection);
         return;
     }
+    QJsonObject settings = request.settings;
+    settings.insert(QStringLiteral("FollowOutside"), m_limits.followOutside);
     const QJsonObject object{
         {QLatin1String(key::command), QLatin1String(tnprotocol::command::convert)},
         {QLatin1String(key::id), m_taskId},
         {QLatin1String(key::input), request.input},
         {QLatin1String(key::output), request.output},
         {QLatin1String(key::type), request.type},
-        {QLatin1String(key::settings), request.settings},
+        {QLatin1String(key::settings), settings},
     };
     m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }

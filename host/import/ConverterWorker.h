@@ -15,7 +15,7 @@
 
 namespace tnhost {
 
-/// What a converter process may use up.
+/// What a converter process may do and use up.
 struct WorkerLimits {
     qint64 memory = qint64(1) << 30; ///< bytes; a worker that reports more is ended between files
     int idleTime = 10000; ///< ms until a worker without work is ended
@@ -23,6 +23,7 @@ struct WorkerLimits {
     int silence = 120000; ///< ms without news that a conversion may take; 0: any time
     qint64 budget = 0; ///< bytes that all workers may take together; 0: any number
     int watchInterval = 500; ///< ms between two looks at the conversions
+    bool followOutside = false; ///< references may lead out of the folder of the file
 };
 
 /// One converter process: starts it, sends it one file after the other and reads its answers. A

@@ -45,12 +45,20 @@ std::optional<qint64> LimitPreferences::memory(const QString &text)
     return static_cast<qint64>(bytes);
 }
 
+std::optional<bool> LimitPreferences::permission(const QString &text)
+{
+    if (text != QLatin1String("true") && text != QLatin1String("false"))
+        return std::nullopt;
+    return text == QLatin1String("true");
+}
+
 WorkerLimits LimitPreferences::read()
 {
     WorkerLimits limits;
     limits.budget = MachineMemory::total() / 4 * 3;
     readSetting("limits/silence", &LimitPreferences::silence, limits.silence);
     readSetting("limits/memory", &LimitPreferences::memory, limits.budget);
+    readSetting("limits/followOutside", &LimitPreferences::permission, limits.followOutside);
     return limits;
 }
 

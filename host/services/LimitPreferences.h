@@ -8,7 +8,7 @@
 
 namespace tnhost {
 
-/// What the user lets the converters take.
+/// What the user lets the converters do and take.
 class LimitPreferences {
 public:
     LimitPreferences() = delete;
@@ -17,9 +17,11 @@ public:
     static std::optional<int> silence(const QString &text);
     /// "500M", "6G", "6.5g" or plain bytes: the bytes. Nothing for what is no such size.
     static std::optional<qint64> memory(const QString &text);
-    /// The host's settings "limits/silence" and "limits/memory", written as above. What is not set,
-    /// or not understood (the log says so), is as the host has it: 120 seconds, and three quarters
-    /// of the machine's memory.
+    /// "true" or "false". Nothing for all else.
+    static std::optional<bool> permission(const QString &text);
+    /// The host's settings "limits/silence", "limits/memory" and "limits/followOutside", written as
+    /// above. What is not set, or not understood (the log says so), is as the host has it: 120
+    /// seconds, three quarters of the machine's memory, and false.
     static WorkerLimits read();
 };
 

@@ -30,6 +30,7 @@ StepAssembly::StepAssembly(const Settings &settings, Report &report)
 Scene StepAssembly::read(const std::string &path)
 {
     m_report.progress(0, "Reading");
+    m_references.emplace(path, m_settings.followOutside);
     Scene scene;
     scene.roots = std::move(load(absolutePath(path), 0, 90).nodes);
     scene.missingParts = std::move(m_missingParts);
@@ -90,6 +91,7 @@ Outcome StepAssembly::triedPart(const std::string &path, double from, double to)
     const std::size_t lossesBefore = m_losses.size();
     const std::uint64_t nodesBefore = m_nodeCount;
     try {
+        m_references->check(path);
         const File &file = load(path, from, to);
         // It counts where it occurs.
         m_nodeCount = nodesBefore;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/References.h"
 #include "core/Report.h"
 #include "core/Settings.h"
 #include "readers/step/StepDocument.h"
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +40,7 @@ private:
 
     const Settings &m_settings;
     Report &m_report;
+    std::optional<References> m_references;
     std::map<std::string, File> m_files; ///< by absolute path
     std::uint64_t m_nodeCount = 0;
     std::vector<std::string> m_missingParts;

@@ -78,6 +78,7 @@ VrmlSceneBuilder::VrmlSceneBuilder(const Settings &settings, Report &report)
 Scene VrmlSceneBuilder::build(const std::string &path)
 {
     m_report.progress(0, "Reading");
+    m_references.emplace(path, m_settings.followOutside);
     Scene scene;
     scene.up = UpAxis::Y;
     scene.roots = fileNodes(absolutePath(path));
@@ -257,12 +258,12 @@ std::string VrmlSceneBuilder::inlinedPath(const VrmlNode &vrml) const
         if (local.compare(0, 2, "//") == 0)
             local.erase(0, 2);
         std::replace(local.begin(), local.end(), '\\', '/');
-        for (const std::string &candidate : {local, decodedUrl(local)}) {
+        for (const std::string &candidate : {decodedUrl(local), local}) {
             const std::filesystem::path directory =
                 std::filesystem::path(m_open.back()).parent_path();
             const std::string path = absolutePath((directory / candidate).string());
             std::error_code ignored;
-            if (std::filesystem::exists(path, ignored))
+            if (m_references->mayFollow(path) && std::filesystem::exists(path, ignored))
                 return path;
             if (first.empty())
                 first = path;
@@ -276,7 +277,8 @@ void VrmlSceneBuilder::addInline(const VrmlNode &vrml, Node &parent)
     const std::string path = inlinedPath(vrml);
     if (path.empty() || !m_settings.importReferencedFiles)
         return;
-    if (std::find(m_open.begin(), m_open.end(), path) != m_open.end()) {
+    if (std::any_of(m_open.begin(), m_open.end(),
+                    [&path](const std::string &open) { return References::isSame(open, path); })) {
         warnOnce("The file " + validUtf8(path) + " inlines itself; it is left out there.");
         return;
     }
@@ -300,6 +302,7 @@ void VrmlSceneBuilder::readInlined(const std::string &path)
     try {
         if (isRemote(path))
             throw ConversionError(validUtf8(path) + " is not on this machine; it is not fetched.");
+        m_references->check(path);
         std::vector<Node> nodes = fileNodes(path);
         m_inlined[path] = std::move(nodes);
         if (m_missingParts.size() > missingBefore)

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "core/References.h"
 #include "core/Report.h"
 #include "core/Settings.h"
 #include "readers/vrml/VrmlNode.h"
 #include "scene/Scene.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -47,6 +49,7 @@ private:
     void warnOnce(const std::string &message);
 
     const Settings &m_settings;
+    std::optional<References> m_references;
     Report &m_report;
     std::set<std::string> m_warnings;
     std::vector<std::string> m_missingParts;

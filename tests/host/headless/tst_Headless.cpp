@@ -1,6 +1,7 @@
 #include "HostProcess.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QSettings>
 #include <QtCore/QStandardPaths>
 #include <QtTest/QtTest>
 
@@ -120,12 +121,29 @@ void tst_Headless::imports()
 
 void tst_Headless::trustsNoFile()
 {
+    const auto run = [](HostProcess &host, const QStringList &options) {
+        // It clears a terminal that prints it, and wants what is not its own.
+        const QString name = "in/a\x1b[2J\u009b.obj";
+        if (!QDir(host.path("")).mkpath("in") || !host.write("red.mtl", "newmtl red\n")
+            || !host.write(name, "mtllib ../red.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"))
+            return -1;
+        return host.run(QStringList{"--headless", "--mode", "convert", "--output", "out", name}
+                        + options);
+    };
     HostProcess host;
-    const QString name = "a\x1b[2J\u009b.stl"; // clears a terminal that prints it
-    QVERIFY(host.copySample("gear.stl", name));
-    QVERIFY2(host.run({"--headless", "--mode", "convert", name}) == 0, host.report());
-    QVERIFY2(host.output.contains("\na\\u001b[2J\\u009b.stl  STL   Succeeded "), host.report());
+    QVERIFY2(run(host, {}) == 1, host.report());
+    QVERIFY2(host.output.contains("\nin/a\\u001b[2J\\u009b.obj  Obj   Incomplete "), host.report());
+    QVERIFY2(host.output.contains("red.mtl are missing: it lies outside"), host.report());
     QVERIFY(!host.report().contains('\x1b') && !host.report().contains("\xC2\x9B"));
+    HostProcess allowed;
+    QVERIFY2(run(allowed, {"--follow-outside"}) == 0, allowed.report());
+    QSettings settings("tnhost", "tnhost-headless");
+    settings.setValue("limits/followOutside", "true");
+    settings.sync();
+    HostProcess preferred;
+    const int status = run(preferred, {});
+    settings.clear();
+    QVERIFY2(status == 0, preferred.report());
 }
 
 void tst_Headless::reportsWhatItLeavesOut()
