@@ -14,8 +14,9 @@ public:
     explicit GlbWriter(std::string source);
 
     /// Writes @p scene to @p path, so that a file of this name is always whole: the bytes go to
-    /// @p path with ".part" appended, which is renamed at the end. Throws ConversionError, with
-    /// nothing left behind, when the file cannot be written.
+    /// @p path with ".part" appended, which is made anew, whatever stood there, and renamed at the
+    /// end. Links at either name are replaced, not followed. Throws ConversionError, with nothing
+    /// left behind, when the file cannot be written.
     void write(const Scene &scene, const std::string &path);
 
 private:

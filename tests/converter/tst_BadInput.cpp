@@ -4,6 +4,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -128,7 +130,6 @@ private slots:
         const QString gear = fixture.write("gear.stl", read("gear.stl"));
         for (const char *name : {"dir.step", "locked.glb.part"})
             QVERIFY(QDir(fixture.path("")).mkdir(name));
-        QVERIFY(QFile::link("/dev/full", fixture.path("full.glb.part")));
         const struct {
             QString input;
             const char *output;
@@ -140,16 +141,41 @@ private slots:
             {gear, "no/out.glb", "for the output does not exist"},
             {gear, "gear.stl", "overwrite the input"},
             {gear, "locked.glb", "cannot be written"},
-            {gear, "full.glb", "disk may be full"},
         };
         for (const auto &[input, output, message] : rows)
             verifyFailure(fixture.convertTo(output, input), message);
-        QVERIFY(!QFile::exists(fixture.path("full.glb")));
-        QVERIFY(!QFileInfo(fixture.path("full.glb.part")).isSymLink());
         QCOMPARE(read(gear), read("gear.stl"));
         QFile::setPermissions(gear, {});
         if (geteuid() != 0) // Permissions do not bind the superuser.
             verifyFailure(fixture.convert(gear), "cannot be read");
+    }
+
+    void outputsThatDoNotFit()
+    {
+        ConverterFixture fixture;
+        fixture.write("out.glb", "from before");
+        rlimit limit{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &limit), 0);
+        const rlimit small{1000, limit.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+        const tnconvert::Outcome outcome = fixture.convertTo("out.glb", "gear.stl");
+        setrlimit(RLIMIT_FSIZE, &limit);
+        verifyFailure(outcome, "out.glb cannot be written: it would be larger than a file may be");
+        QCOMPARE(read(fixture.path("out.glb")), QByteArray("from before"));
+        QVERIFY(!QFile::exists(fixture.path("out.glb.part")));
+    }
+
+    void linksAtTheOutput()
+    {
+        ConverterFixture fixture;
+        const QString target = fixture.write("target", "precious");
+        for (const char *name : {"a.glb", "a.glb.part"})
+            QVERIFY(QFile::link(target, fixture.path(name)));
+        QCOMPARE(fixture.convertTo("a.glb", "gear.stl").state, tnconvert::State::Success);
+        QCOMPARE(read(target), QByteArray("precious"));
+        QVERIFY(!QFileInfo(fixture.path("a.glb")).isSymLink());
+        QCOMPARE(ConvertedFile(fixture.path("a.glb")).triangles, 192);
     }
 
     /// What a shape lacks makes the file incomplete; what no shape needs is but a warning.
