@@ -2,6 +2,7 @@
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"
+#include "sandbox/Sandbox.h"
 #include "worker/ProcessSetup.h"
 #include "worker/ProgressThrottle.h"
 #include "worker/Worker.h"
@@ -11,11 +12,14 @@
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
+
+#include <unistd.h>
 
 namespace {
 
@@ -24,13 +28,14 @@ using namespace tnconvert;
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitIncomplete = 3 };
 
 constexpr const char *usage =
-    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--follow-outside]\n"
+    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--follow-outside] [--full-source]\n"
     "       tnconvert --worker\n"
     "\n"
     "Converts a CAD file to glTF 2.0 binary.\n"
     "\n"
     "  --settings FILE.json  options of the translation by field name\n"
     "  --follow-outside      follow references out of the folder of IN\n"
+    "  --full-source         note the path of IN in OUT.glb rather than its name alone\n"
     "  --worker              serve requests on the standard input, one JSON object on each line\n"
     "  --list-formats        list the file types and their suffixes\n"
     "  --version             print the version\n"
@@ -100,7 +105,7 @@ std::optional<nlohmann::json> readSettings(const std::string &path)
 constexpr struct {
     const char *option;
     const char *field;
-} switches[] = {{"--follow-outside", "FollowOutside"}};
+} switches[] = {{"--follow-outside", "FollowOutside"}, {"--full-source", "FullSource"}};
 
 /// The name of the field that @p option switches on; null when it is none of these options.
 const char *switchedBy(const std::string &option)
@@ -129,6 +134,9 @@ int convertOne(Job job, const std::string &settingsFile, const nlohmann::json &s
     object.update(switched);
     std::vector<std::string> warnings;
     job.settings = Settings::fromJson(object, warnings);
+    if (const std::string gap = Sandbox::begin(); !gap.empty())
+        warnings.push_back(gap);
+    job.confinesProcess = true;
     for (const std::string &warning : warnings)
         report.warning(warning);
     announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
@@ -151,7 +159,7 @@ int runWorker()
     const int output = takeStandardOutput();
     if (output < 0)
         return ExitFailure;
-    dieWithParent();
+    dieWithParent(getppid());
     limitResources();
     // A vanished host is noticed by the failing write.
     std::signal(SIGPIPE, SIG_IGN);
@@ -191,14 +199,15 @@ int run(const std::vector<std::string> &arguments)
     }
     if (files.size() != 2)
         return wrongUsage("one input and one output are needed.");
-    const int output = takeStandardOutput();
+    takeStandardOutput();
     limitResources();
     Job job;
     job.input = files[0];
     job.output = files[1];
     const int result = convertOne(std::move(job), settingsFile, switched);
-    (void)output;
-    return result;
+    std::fflush(nullptr);
+    // To free all memory piece by piece takes time, and a confined process can do little else.
+    std::_Exit(result);
 }
 
 } // namespace

@@ -182,6 +182,7 @@ int main(int argc, char **argv)
     options.limits.silence = commandLine.silence().value_or(options.limits.silence);
     options.limits.budget = commandLine.maxMemory().value_or(options.limits.budget);
     options.limits.followOutside |= commandLine.followsOutside();
+    options.limits.fullSource |= commandLine.namesFullSource();
     // In static storage, and made before the plug-ins are loaded, so that they go after the
     // plug-ins' own static objects, which still use them.
     static HostServices services(options);

@@ -13,8 +13,9 @@ inline constexpr std::uint32_t magic = 0x46546C67; ///< "glTF"
 inline constexpr std::uint32_t version = 2;
 inline constexpr std::uint32_t jsonChunk = 0x4E4F534A; ///< "JSON"
 
-/// In the extras of "asset": the path that the request gave as its input.
+/// In the extras of "asset": the name of the input, and what the request wanted noted of it.
 inline constexpr char source[] = "source";
+inline constexpr char sourceId[] = "sourceId";
 
 /// In the extras of the top node: the axes of the source. The node's rotation turns them into those
 /// of glTF, which is Y-up.

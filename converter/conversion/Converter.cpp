@@ -6,6 +6,7 @@
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/ReaderRegistry.h"
+#include "sandbox/Sandbox.h"
 #include "scene/SceneOperations.h"
 #include "writer/GlbWriter.h"
 
@@ -83,6 +84,8 @@ std::string lossMessage(const Scene &scene, const Job &job)
 
 Outcome convertOrThrow(const Job &job, Report &report)
 {
+    if (job.confinesProcess)
+        Sandbox::confine(job.input, job.output, job.settings.followOutside);
     checkReadable(job.input);
     const std::unique_ptr<Reader> reader = readerFor(job);
     checkOutput(job);
@@ -96,7 +99,9 @@ Outcome convertOrThrow(const Job &job, Report &report)
         throw ConversionError(fileName(job.input)
                               + " contains no geometry that the settings let through.");
     }
-    GlbWriter(job.input).write(scene, job.output);
+    const std::string source =
+        job.settings.fullSource ? absolutePath(job.input) : fileName(job.input);
+    GlbWriter(source, job.sourceId).write(scene, job.output);
     report.progress(100, "Writing");
     if (!loss.empty())
         return {State::Incomplete, loss, 0};

@@ -12,7 +12,10 @@ struct Job {
     std::string input;
     std::string output;
     std::string type; ///< display name of the format; empty: by the input's suffix
+    std::string sourceId; ///< see GlbWriter
     Settings settings;
+    /// Gives up all files but this one's, so that the process can convert no other one.
+    bool confinesProcess = false;
 };
 
 /// Converts one file. Never throws: the outcome says what went wrong with the file.

@@ -40,6 +40,7 @@ constexpr Switch switches[] = {
     {"ImportReferencedFiles", &Settings::importReferencedFiles},
     {"ImportMetadata", &Settings::importMetadata},
     {"FollowOutside", &Settings::followOutside},
+    {"FullSource", &Settings::fullSource},
 };
 
 constexpr double tiny = std::numeric_limits<double>::min();

@@ -29,6 +29,7 @@ struct Settings {
     bool importReferencedFiles = true;
     bool importMetadata = false;
     bool followOutside = false; ///< references may lead out of the input's folder
+    bool fullSource = false; ///< the output names the input's path rather than its name alone
 
     /// Reads the fields of @p object. Absent fields keep their defaults and unknown ones are
     /// ignored; for a value of the wrong type or out of range the default stands and a sentence is

@@ -1,7 +1,6 @@
 #include "worker/EventStream.h"
 
 #include "protocol/WorkerProtocol.h"
-#include "worker/ProcessSetup.h"
 
 #include <nlohmann/json.hpp>
 
@@ -63,7 +62,6 @@ void FileEvents::finished(const Outcome &outcome)
     line[key::state] = stateName(outcome.state);
     line[key::seconds] = milliseconds(outcome.seconds);
     line[key::message] = outcome.message;
-    line[key::memory] = residentMemory();
     m_stream.write(line);
 }
 

@@ -4,11 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -95,28 +93,12 @@ void limitResources()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-void dieWithParent()
+void dieWithParent(pid_t parent)
 {
-    const pid_t parent = getppid();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The parent may have ended just before.
     if (getppid() != parent)
         std::_Exit(1);
-}
-
-unsigned long long residentMemory()
-{
-    std::ifstream statm("/proc/self/statm");
-    unsigned long long total = 0;
-    unsigned long long resident = 0;
-    if (!(statm >> total >> resident))
-        return 0;
-    return resident * static_cast<unsigned long long>(sysconf(_SC_PAGESIZE));
-}
-
-void releaseFreeMemory()
-{
-    malloc_trim(0);
 }
 
 } // namespace tnconvert

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <sys/types.h>
+
 namespace tnconvert {
 
 /// Takes the standard output for the program's own lines and hands everyone else's output (the
@@ -14,17 +16,11 @@ int takeStandardOutput();
 /// dumps.
 void limitResources();
 
-/// Makes the system kill this process when the one that started it ends.
-void dieWithParent();
+/// Makes the system kill this process when @p parent ends, which started it.
+void dieWithParent(pid_t parent);
 
 /// Makes a crash of this process print @p sentence to the standard error first. The process ends
 /// all the same: nothing in it can be trusted any more.
 void announceCrash(const std::string &sentence);
-
-/// Resident memory of this process in bytes, 0 when it is not known.
-unsigned long long residentMemory();
-
-/// Gives freed memory back to the system.
-void releaseFreeMemory();
 
 } // namespace tnconvert

@@ -1,9 +1,13 @@
 #include "worker/Worker.h"
 
 #include "conversion/Converter.h"
+#include "core/ConversionError.h"
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"
+#include "readers/kernel/Kernel.h"
+#include "sandbox/Sandbox.h"
+#include "worker/ChildProcess.h"
 #include "worker/ProcessSetup.h"
 
 #include <nlohmann/json.hpp>
@@ -51,6 +55,25 @@ std::string problemOf(const nlohmann::json &request)
     return {};
 }
 
+/// In a process of its own: what a file does to its process, no later one is to feel.
+void convertRequest(const nlohmann::json &request, FileEvents &events)
+{
+    events.started();
+    Job job;
+    job.input = text(request, key::input);
+    job.output = text(request, key::output);
+    job.type = text(request, key::type);
+    job.sourceId = text(request, key::sourceId);
+    std::vector<std::string> warnings;
+    if (const nlohmann::json *settings = member(request, key::settings))
+        job.settings = Settings::fromJson(*settings, warnings);
+    for (const std::string &warning : warnings)
+        events.warning(warning);
+    announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
+    job.confinesProcess = true;
+    events.finished(convert(job, events));
+}
+
 } // namespace
 
 Worker::Worker(int output)
@@ -65,7 +88,11 @@ int Worker::run(std::istream &requests)
         ready[key::formats] = nlohmann::json::array();
         for (const tnprotocol::Format &format : tnprotocol::formats)
             ready[key::formats].push_back(format.name);
+        if (const std::string gap = Sandbox::begin(); !gap.empty())
+            ready[key::message] = gap;
         m_stream.write(ready);
+        // Once, rather than in the process of each file.
+        prepareKernel();
 
         std::string line;
         while (std::getline(requests, line)) {
@@ -91,20 +118,11 @@ bool Worker::serve(const std::string &line)
         return true;
     }
 
-    events.started();
-    Job job;
-    job.input = text(request, key::input);
-    job.output = text(request, key::output);
-    job.type = text(request, key::type);
-    std::vector<std::string> warnings;
-    if (const nlohmann::json *settings = member(request, key::settings))
-        job.settings = Settings::fromJson(*settings, warnings);
-    for (const std::string &warning : warnings)
-        events.warning(warning);
-    announceCrash(fileName(job.input) + " is damaged: the CAD kernel crashed on it.");
-    const Outcome outcome = convert(job, events);
-    releaseFreeMemory();
-    events.finished(outcome);
+    try {
+        ChildProcess::run([&] { convertRequest(request, events); });
+    } catch (const ConversionError &error) {
+        events.finished({State::Failure, error.what(), 0});
+    }
     return true;
 }
 

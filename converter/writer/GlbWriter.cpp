@@ -7,14 +7,15 @@
 
 namespace tnconvert {
 
-GlbWriter::GlbWriter(std::string source)
+GlbWriter::GlbWriter(std::string source, std::string sourceId)
     : m_source(std::move(source))
+    , m_sourceId(std::move(sourceId))
 {
 }
 
 void GlbWriter::write(const Scene &scene, const std::string &path)
 {
-    tinygltf::Model model = GltfModelBuilder().build(scene, m_source);
+    tinygltf::Model model = GltfModelBuilder().build(scene, m_source, m_sourceId);
     PartialFile file(path);
     std::ostream stream(&file);
     tinygltf::TinyGLTF library;

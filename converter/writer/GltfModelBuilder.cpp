@@ -146,13 +146,16 @@ void setTransform(const Transform &transform, tinygltf::Node &node)
 
 } // namespace
 
-tinygltf::Model GltfModelBuilder::build(const Scene &scene, const std::string &source)
+tinygltf::Model GltfModelBuilder::build(const Scene &scene, const std::string &source,
+                                        const std::string &sourceId)
 {
     m_model = tinygltf::Model();
     m_model.asset.version = "2.0";
     m_model.asset.generator = "tnconvert";
-    m_model.asset.extras =
-        tinygltf::Value(tinygltf::Value::Object{{glb::source, textValue(source)}});
+    tinygltf::Value::Object extras{{glb::source, textValue(source)}};
+    if (!sourceId.empty())
+        extras[glb::sourceId] = textValue(sourceId);
+    m_model.asset.extras = tinygltf::Value(std::move(extras));
 
     m_model.nodes.emplace_back();
     tinygltf::Node topNode;

@@ -12,8 +12,9 @@ namespace tnconvert {
 /// Translates a scene into the model of the glTF library.
 class GltfModelBuilder {
 public:
-    /// @p source: see GlbWriter.
-    tinygltf::Model build(const Scene &scene, const std::string &source);
+    /// @p source and @p sourceId: see GlbWriter.
+    tinygltf::Model build(const Scene &scene, const std::string &source,
+                          const std::string &sourceId);
 
 private:
     int addNode(const Node &node);

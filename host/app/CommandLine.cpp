@@ -40,6 +40,8 @@ constexpr Option options[] = {
      "How much memory all conversions together may take, such as 500M or 6G; 0: any.", false},
     {"follow-outside", nullptr,
      "Follow references of a file, to its parts say, that lead out of its folder.", false},
+    {"full-source", nullptr,
+     "Note the whole path of a file in its converted file, rather than its name.", false},
     {"tmp", "DIR", "Put temporary files into this directory.", false},
     {"plugin-dir", "DIR", "Load the plug-ins of this directory.", false},
     {"converter", "PROGRAM", "Convert files with this program.", false},
@@ -93,6 +95,7 @@ CommandLine::CommandLine(const QStringList &arguments)
     m_converter = parser.value(QStringLiteral("converter"));
     m_tmpDirectory = parser.value(QStringLiteral("tmp"));
     m_followsOutside = parser.isSet(QStringLiteral("follow-outside"));
+    m_namesFullSource = parser.isSet(QStringLiteral("full-source"));
     m_script = parser.value(QStringLiteral("script"));
     m_files = parser.positionalArguments();
     readValue(parser, "max-processes", &processCount, "a number, 0 or more", m_maxProcesses);

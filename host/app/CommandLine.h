@@ -38,6 +38,7 @@ public:
     std::optional<int> silence() const { return m_silence; }
     std::optional<qint64> maxMemory() const { return m_maxMemory; }
     bool followsOutside() const { return m_followsOutside; }
+    bool namesFullSource() const { return m_namesFullSource; }
     const QString &script() const { return m_script; }
     const BatchOptions &batch() const { return m_batch; }
     /// Files and folders.
@@ -65,6 +66,7 @@ private:
     std::optional<int> m_silence;
     std::optional<qint64> m_maxMemory;
     bool m_followsOutside = false;
+    bool m_namesFullSource = false;
     QString m_script;
     BatchOptions m_batch;
     QStringList m_files;

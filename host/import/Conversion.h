@@ -12,6 +12,7 @@ struct ConversionRequest {
     QString input; ///< absolute path
     QString output; ///< absolute path of the glTF binary
     QString type; ///< display name of the file type
+    QString sourceId; ///< noted in the output; see OutputNames
     QJsonObject settings; ///< translator options by field name
 };
 

@@ -63,6 +63,38 @@ double seconds(const QJsonObject &object)
     return std::max(0.0, number(object, key::seconds));
 }
 
+/// The words of one of the system's files about a process; none when it has ended.
+QList<QByteArray> processFacts(qint64 process, const char *file)
+{
+    QFile facts(QStringLiteral("/proc/%1/%2").arg(QString::number(process), QLatin1String(file)));
+    return facts.open(QIODevice::ReadOnly) ? facts.readAll().simplified().split(' ')
+                                           : QList<QByteArray>();
+}
+
+/// Bytes of a process and those that it started, without what they share with others: libraries,
+/// and files that the system can drop.
+qint64 memoryOf(qint64 process)
+{
+    const QList<QByteArray> pages = processFacts(process, "statm");
+    qint64 sum =
+        (pages.value(1).toLongLong() - pages.value(2).toLongLong()) * sysconf(_SC_PAGESIZE);
+    const QByteArray children = "task/" + QByteArray::number(process) + "/children";
+    for (const QByteArray &child : processFacts(process, children)) {
+        if (!child.isEmpty())
+            sum += memoryOf(child.toLongLong());
+    }
+    return sum;
+}
+
+/// Once, rather than for each process and each batch.
+void warnOfConverter(const QString &message)
+{
+    static QString told;
+    if (!message.isEmpty() && message != told)
+        tnLog::warning("%s", qUtf8Printable(message));
+    told = message;
+}
+
 } // namespace
 
 ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &limits,
@@ -86,6 +118,10 @@ ConverterWorker::ConverterWorker(const QString &program, const WorkerLimits &lim
     connect(process, &QProcess::errorOccurred, this, &ConverterWorker::onProcessError,
             Qt::QueuedConnection);
 
+    // Each file has a process of its own below this one, which would look up anew what it calls.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_BIND_NOW"), QStringLiteral("1"));
+    process->setProcessEnvironment(environment);
     m_deadline.start(m_limits.startTime);
     process->startPiped(m_program, {QLatin1String(tnprotocol::workerOption)});
 }
@@ -132,12 +168,7 @@ qint64 ConverterWorker::memory() const
 {
     if (m_state == State::Killed || m_state == State::Dead)
         return 0;
-    QFile file(QStringLiteral("/proc/%1/statm").arg(m_process->processId()));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> pages = file.readAll().simplified().split(' ');
-    // Without what it shares with others: libraries, and files that the system can drop.
-    return (pages.value(1).toLongLong() - pages.value(2).toLongLong()) * sysconf(_SC_PAGESIZE);
+    return memoryOf(m_process->processId());
 }
 
 void ConverterWorker::endForMemory(qint64 memory)
@@ -363,6 +394,7 @@ bool ConverterWorker::readReady(const QJsonObject &object)
     const QJsonArray formats = object.value(QLatin1String(key::formats)).toArray();
     for (const QJsonValue &format : formats)
         m_formats << format.toString();
+    warnOfConverter(text(object, key::message));
     m_state = State::Ready;
     if (m_task.observer)
         sendTask();
@@ -376,10 +408,7 @@ bool ConverterWorker::readFinished(const QJsonObject &object)
     const std::optional<JobState> state = jobState(text(object, key::state));
     if (!state)
         return false;
-    if (number(object, key::memory) > double(m_limits.memory))
-        close();
-    else
-        m_deadline.start(m_limits.idleTime);
+    m_deadline.start(m_limits.idleTime);
     endConversion(*state, seconds(object), text(object, key::message));
     return true;
 }
@@ -406,12 +435,14 @@ void ConverterWorker::sendTask()
     }
     QJsonObject settings = request.settings;
     settings.insert(QStringLiteral("FollowOutside"), m_limits.followOutside);
+    settings.insert(QStringLiteral("FullSource"), m_limits.fullSource);
     const QJsonObject object{
         {QLatin1String(key::command), QLatin1String(tnprotocol::command::convert)},
         {QLatin1String(key::id), m_taskId},
         {QLatin1String(key::input), request.input},
         {QLatin1String(key::output), request.output},
         {QLatin1String(key::type), request.type},
+        {QLatin1String(key::sourceId), request.sourceId},
         {QLatin1String(key::settings), settings},
     };
     m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');

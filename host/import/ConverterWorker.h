@@ -17,13 +17,13 @@ namespace tnhost {
 
 /// What a converter process may do and use up.
 struct WorkerLimits {
-    qint64 memory = qint64(1) << 30; ///< bytes; a worker that reports more is ended between files
     int idleTime = 10000; ///< ms until a worker without work is ended
     int startTime = 30000; ///< ms until a new worker must have answered
     int silence = 120000; ///< ms without news that a conversion may take; 0: any time
     qint64 budget = 0; ///< bytes that all workers may take together; 0: any number
     int watchInterval = 500; ///< ms between two looks at the conversions
     bool followOutside = false; ///< references may lead out of the folder of the file
+    bool fullSource = false; ///< outputs name the whole path of their source
 };
 
 /// One converter process: starts it, sends it one file after the other and reads its answers. A
@@ -53,7 +53,8 @@ public:
     void abort();
     /// Looks after the current conversion, once each watchInterval: ends one that is too silent.
     void watch();
-    /// Bytes that the process takes for itself alone; 0 once it has been killed.
+    /// Bytes that the process and those that it started take for themselves alone; 0 once it has
+    /// been killed.
     qint64 memory() const;
     /// Kills the process; the current file, if there is one, ends as failed for that reason.
     void endForMemory(qint64 memory);

@@ -81,7 +81,7 @@ void FileImport::start()
         m_job.claimOutput(m_position, source);
     m_phase = Phase::Converting;
     m_job.context().pool.start(
-        {source, m_output, FileTypeProbe::displayName(m_result.type),
+        {source, m_output, FileTypeProbe::displayName(m_result.type), OutputNames::idOf(source),
          ImportSettings::toJson(m_job.request().settings.get(m_result.type))},
         *this);
 }

@@ -2,6 +2,7 @@
 
 #include "protocol/GlbLayout.h"
 
+#include <QtCore/QCryptographicHash>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -22,8 +23,8 @@ namespace {
 // What this reads in the GUI thread; a larger head is taken for a stranger's.
 constexpr quint32 maximalJsonLength = 16 << 20;
 
-/// The file that a converted file was made from; empty for all that is no converted file.
-QString sourceOf(const QString &path)
+/// Whose output a converted file is, see OutputNames::idOf(); empty for all that is none.
+QString sourceIdOf(const QString &path)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
@@ -42,7 +43,7 @@ QString sourceOf(const QString &path)
     const QJsonObject root = QJsonDocument::fromJson(file.read(jsonLength)).object();
     const QJsonObject asset = root.value(QLatin1String("asset")).toObject();
     const QJsonObject extras = asset.value(QLatin1String("extras")).toObject();
-    return extras.value(QLatin1String(glb::source)).toString();
+    return extras.value(QLatin1String(glb::sourceId)).toString();
 }
 
 /// What the file systems take for a name, less what may come behind the base name here.
@@ -63,7 +64,8 @@ bool isOnDisk(const QString &path)
 
 bool isEarlierOutput(const OutputNames::Claim &claim)
 {
-    return !QFileInfo(claim.path).isSymLink() && sourceOf(claim.path) == claim.source;
+    return !QFileInfo(claim.path).isSymLink()
+        && sourceIdOf(claim.path) == OutputNames::idOf(claim.source);
 }
 
 /// Gives 0 or an error number: EEXIST when something stands there, whoever has put it there and in
@@ -84,6 +86,12 @@ int moveToFreeName(const QByteArray &from, const QByteArray &to)
 }
 
 } // namespace
+
+QString OutputNames::idOf(const QString &source)
+{
+    return QString::fromLatin1(
+        QCryptographicHash::hash(source.toUtf8(), QCryptographicHash::Sha256).toHex());
+}
 
 void OutputNames::claim(Claim &claim)
 {

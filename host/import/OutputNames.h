@@ -17,6 +17,9 @@ public:
         QString path; ///< the claimed one
     };
 
+    /// What the output of a source carries, so that it is known again without telling whoever gets
+    /// it where the source lies.
+    static QString idOf(const QString &source);
     /// Claims the path "directory/base.glb", else with "-2", "-3" and so on behind the base name:
     /// the first that nobody in this process has claimed (names that differ only in case count as
     /// the same), and where no file stands but an earlier conversion of the same source. Reads the

@@ -59,6 +59,7 @@ WorkerLimits LimitPreferences::read()
     readSetting("limits/silence", &LimitPreferences::silence, limits.silence);
     readSetting("limits/memory", &LimitPreferences::memory, limits.budget);
     readSetting("limits/followOutside", &LimitPreferences::permission, limits.followOutside);
+    readSetting("limits/fullSource", &LimitPreferences::permission, limits.fullSource);
     return limits;
 }
 

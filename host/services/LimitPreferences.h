@@ -19,9 +19,9 @@ public:
     static std::optional<qint64> memory(const QString &text);
     /// "true" or "false". Nothing for all else.
     static std::optional<bool> permission(const QString &text);
-    /// The host's settings "limits/silence", "limits/memory" and "limits/followOutside", written as
-    /// above. What is not set, or not understood (the log says so), is as the host has it: 120
-    /// seconds, three quarters of the machine's memory, and false.
+    /// The host's settings "limits/silence", "limits/memory", "limits/followOutside" and
+    /// "limits/fullSource", written as above. What is not set, or not understood (the log says so),
+    /// is as the host has it: 120 seconds, three quarters of the machine's memory, and false.
     static WorkerLimits read();
 };
 

@@ -89,10 +89,29 @@ private slots:
             QCOMPARE(ConverterProcess({input, input + ".glb"}).end(), 0);
             const ConvertedFile file(input + ".glb");
             QCOMPARE(file.triangles, 192);
-            QVERIFY(file.document["asset"]["extras"]["source"] == input.toStdString());
+            QVERIFY(file.document["asset"]["extras"]["source"]
+                    == QFileInfo(input).fileName().toStdString());
             QVERIFY(file.document["nodes"][0]["name"]
                     == QFileInfo(input).completeBaseName().toStdString());
         }
+    }
+
+    void optionsThatWidenWhatIsTold()
+    {
+        const ConverterFixture fixture;
+        QDir(fixture.path("")).mkdir("in");
+        fixture.write("box.wrl", "#VRML V2.0 utf8\nShape { geometry Box { } }");
+        const QString input = fixture.write("in/a\x1b[31m\u009b.wrl", // turns a terminal red
+                                            "#VRML V2.0 utf8\nInline { url \"../box.wrl\" }");
+        const QString output = fixture.path("out.glb");
+        ConverterProcess refused({input, output});
+        QCOMPARE(refused.end(), 1);
+        const QByteArray errors = refused.readAllStandardError();
+        QVERIFY2(errors.contains("outside the folder of a [31m .wrl"), errors);
+        QVERIFY(!errors.contains('\x1b') && !errors.contains("\xC2\x9B"));
+        QCOMPARE(ConverterProcess({input, output, "--follow-outside", "--full-source"}).end(), 0);
+        QVERIFY(ConvertedFile(output).document["asset"]["extras"]["source"]
+                == QString(input).replace('\x1b', ' ').replace(QChar(0x9b), ' ').toStdString());
     }
 
     void manyFilesInOneWorker()
@@ -135,7 +154,7 @@ private slots:
             QCOMPARE(last["state"].toString(), QString(isGood ? "success" : "failure"));
             QCOMPARE(last["message"].toString().isEmpty(), isGood);
             QVERIFY(!isGood || percent == 100.0);
-            QVERIFY(last["seconds"].toDouble() >= 0 && last["memory"].toDouble() > 1e6);
+            QVERIFY(last["seconds"].toDouble() >= 0);
             QCOMPARE(QFile::exists(fixture.path(QString::number(id++))), isGood);
         }
         QCOMPARE(ConverterFixture::read(fixture.path("16")),
@@ -168,7 +187,11 @@ private slots:
             QCOMPARE(answer["id"].toInt(-1), id);
             QVERIFY(!answer["message"].toString().isEmpty());
         }
-        // It serves on.
+        // It serves on, and has given up what it does not need.
+        QFile status(QString("/proc/%1/status").arg(worker.processId()));
+        QVERIFY(status.open(QIODevice::ReadOnly));
+        const QByteArray facts = status.readAll();
+        QVERIFY2(facts.contains("NoNewPrivs:\t1\n") && facts.contains("Seccomp:\t2\n"), facts);
         const ConverterFixture fixture;
         worker.convert(1, "gear.stl", fixture.path("out.glb"));
         QCOMPARE(worker.untilFinished().last()["state"].toString(), QString("success"));

@@ -18,7 +18,6 @@
 namespace {
 
 QJsonObject request;
-double memory = 1000.0;
 bool hasFinished = false;
 
 void writeLine(const QByteArray &line)
@@ -49,9 +48,10 @@ void log(const QByteArray &what)
 }
 
 /// A glTF binary with one empty node.
-QByteArray emptyScene(const QString &source)
+QByteArray emptyScene(const QString &source, const QString &sourceId)
 {
     QByteArray json = R"({"asset":{"version":"2.0","extras":{"source":")" + source.toUtf8()
+        + R"(","sourceId":")" + sourceId.toUtf8()
         + R"("}},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}]})";
     json.append((4 - json.size() % 4) % 4, ' ');
     const quint32 size = quint32(json.size());
@@ -89,12 +89,14 @@ void runCommand(const QString &line)
     } else if (command == "junk") {
         writeFile(output, "this is no glTF");
     } else if (command == "write") {
-        writeFile(output, emptyScene(input));
-    } else if (command == "memory") {
-        memory = first.toDouble();
+        writeFile(output, emptyScene(input, request.value("sourceId").toString()));
     } else if (command == "take") {
-        static QByteArray taken;
-        taken.fill('x', first.toInt());
+        // In a process of its own, as the real one converts.
+        if (fork() == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            const QByteArray taken(first.toInt(), 'x');
+            pause();
+        }
     } else if (command == "say") {
         writeLine(rest.toUtf8());
     } else if (command == "flood") {
@@ -114,11 +116,7 @@ void runCommand(const QString &line)
     } else if (command == "finish") {
         hasFinished = true;
         log("end");
-        send("finished",
-             {{"state", first},
-              {"seconds", 0.5},
-              {"message", rest.section(' ', 1)},
-              {"memory", memory}});
+        send("finished", {{"state", first}, {"seconds", 0.5}, {"message", rest.section(' ', 1)}});
     } else {
         std::abort();
     }
