@@ -6,7 +6,6 @@
 #endif
 
 #include <OSD.hxx>
-#include <OSD_Signal.hxx>
 #include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
 #include <Standard_OutOfMemory.hxx>
@@ -19,7 +18,6 @@ namespace tnconvert {
 
 namespace {
 
-bool signalCaught = false;
 int depth = 0; ///< of guards that are at work
 
 /// Lets the kernel handle the signals of its own faults for as long as it lives.
@@ -71,9 +69,7 @@ bool isDone(const std::function<void()> &work)
         return true;
     } catch (const Standard_OutOfMemory &) {
         throw;
-    } catch (const Standard_Failure &failure) {
-        if (failure.IsKind(STANDARD_TYPE(OSD_Signal)))
-            signalCaught = true;
+    } catch (const Standard_Failure &) {
         return false;
     }
 }
@@ -87,11 +83,6 @@ bool KernelGuard::run(const std::function<void()> &work)
         return isDone(work);
     const FaultSignals signals;
     return isDone(work);
-}
-
-bool KernelGuard::wasSignalCaught()
-{
-    return signalCaught;
 }
 
 } // namespace tnconvert

@@ -15,9 +15,6 @@ public:
     /// Gives false when @p work did not come to its end. Other exceptions than the kernel's own go
     /// through, among them ConversionError and those for lack of memory.
     static bool run(const std::function<void()> &work);
-
-    /// Whether a signal was caught in this process.
-    static bool wasSignalCaught();
 };
 
 } // namespace tnconvert
