@@ -9,15 +9,28 @@ const RecordList::Record &RecordList::at(int row) const
     return m_places[position < m_gapBegin ? position : position + m_gapSize];
 }
 
-int RecordList::rowOf(const QString &path) const
+template <typename Predicate>
+int RecordList::firstRowWith(Predicate predicate) const
 {
-    const auto found = std::find_if(m_places.begin(), m_places.end(), [&path](const Record &file) {
-        return file && file->matches(path);
+    const auto found = std::find_if(m_places.begin(), m_places.end(), [&](const Record &record) {
+        return record && predicate(*record);
     });
     if (found == m_places.end())
         return -1;
     const auto position = static_cast<std::size_t>(found - m_places.begin());
     return static_cast<int>(position < m_gapBegin ? position : position - m_gapSize);
+}
+
+int RecordList::rowOf(const QString &path) const
+{
+    return firstRowWith([&](const tnCADImportFile &file) { return file.matches(path); });
+}
+
+int RecordList::rowOf(const tnCADImportFile *record, int likelyRow) const
+{
+    if (likelyRow >= 0 && likelyRow < size() && at(likelyRow).get() == record)
+        return likelyRow;
+    return firstRowWith([&](const tnCADImportFile &file) { return &file == record; });
 }
 
 void RecordList::append(const Record &record)
@@ -29,11 +42,13 @@ void RecordList::append(const Record &record)
 void RecordList::insert(int row, const Record &record)
 {
     closeGap();
+    ++m_revision;
     m_places.insert(m_places.begin() + row, record);
 }
 
 void RecordList::remove(int row)
 {
+    ++m_revision;
     const auto position = static_cast<std::size_t>(row);
     if (m_gapBegin <= position)
         closeGap();
@@ -57,5 +72,6 @@ void RecordList::closeGap()
 void RecordList::clear()
 {
     closeGap();
+    ++m_revision;
     m_places.clear();
 }

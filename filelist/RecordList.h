@@ -16,6 +16,10 @@ public:
     const Record &at(int row) const;
     /// The first row with the path, or -1. O(n).
     int rowOf(const QString &path) const;
+    /// The row of the record, or -1. O(1) for the likely row, which may be out of range, else O(n).
+    int rowOf(const tnCADImportFile *record, int likelyRow) const;
+    /// Changes with all that moves rows; rows that are appended leave it as it is.
+    unsigned int revision() const { return m_revision; }
 
     void append(const Record &record);
     /// O(size - row).
@@ -28,7 +32,11 @@ public:
     void clear();
 
 private:
+    template <typename Predicate>
+    int firstRowWith(Predicate predicate) const;
+
     std::vector<Record> m_places; ///< the gap holds null pointers
     std::size_t m_gapBegin = 0;
     std::size_t m_gapSize = 0;
+    unsigned int m_revision = 0;
 };

@@ -6,6 +6,7 @@
 #include <QtCore/QItemSelection>
 #include <QtWidgets/QScrollBar>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -48,6 +49,7 @@ void SelectionKeeper::save()
     }
     if (current.isValid()) {
         m_current = pathOf(current.row());
+        m_currentRow = current.row();
         m_currentColumn = current.column();
     }
     selection.clearSelection(); // a reset would drop it without a signal
@@ -64,12 +66,12 @@ void SelectionKeeper::restore()
     const int lastColumn = rows.columnCount() - 1;
     const QStringList paths = m_view->fileModel()->fileNames(false);
     QItemSelection selected;
-    QModelIndex current;
+    int currentRow = -1;
     int row = 0;
     for (const int sourceRow : m_view->sortedRows()) {
         const QString &path = paths.at(sourceRow);
-        if (!current.isValid() && path == wantedCurrent)
-            current = rows.index(row, m_currentColumn);
+        if (currentRow < 0 && path == wantedCurrent)
+            currentRow = row;
         if (wanted.contains(path) && isSelectable(rows.index(row, 0))) {
             const bool isNext = !selected.isEmpty() && selected.last().bottom() == row - 1;
             const int first = isNext ? selected.takeLast().top() : row;
@@ -77,7 +79,11 @@ void SelectionKeeper::restore()
         }
         ++row;
     }
+    // Where the current file has gone, the next one takes its place.
+    if (currentRow < 0 && !wantedCurrent.isEmpty())
+        currentRow = std::min(m_currentRow, row - 1);
     m_view->selectionModel()->select(selected, QItemSelectionModel::Select);
-    m_view->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    m_view->selectionModel()->setCurrentIndex(rows.index(currentRow, m_currentColumn),
+                                              QItemSelectionModel::NoUpdate);
     m_view->verticalScrollBar()->setValue(m_scrolled);
 }

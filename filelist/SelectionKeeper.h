@@ -7,7 +7,8 @@
 class tnCADImportTableView;
 
 /// Keeps what is selected, current and in sight over a reset of the list's model, as far as the
-/// files stay. Files are known by their paths, which are unique among those that can be selected.
+/// files stay; a row that was current and goes leaves that to its neighbour. Files are known by
+/// their paths, which are unique among those that can be selected.
 class SelectionKeeper : public QObject {
     Q_OBJECT
 
@@ -22,6 +23,7 @@ private:
     tnCADImportTableView *m_view;
     QSet<QString> m_selected;
     QString m_current;
+    int m_currentRow = 0;
     int m_currentColumn = 0;
     int m_scrolled = 0;
 };

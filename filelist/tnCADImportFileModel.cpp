@@ -1,5 +1,6 @@
 #include "filelist/tnCADImportFileModel.h"
 
+#include "filelist/KnownPaths.h"
 #include "module/getPulse.h"
 #include "module/getService.h"
 #include "platform/tnFileIOService.h"
@@ -11,10 +12,9 @@
 #include <QtCore/QPointer>
 #include <QtGui/QFont>
 
-#include <algorithm>
 #include <array>
-#include <memory_resource>
-#include <unordered_set>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -90,22 +90,21 @@ class tnCADImportFileModel::Bulk {
 public:
     Bulk(tnCADImportFileModel &model, std::size_t rows)
         : m_model(model)
-        , m_listener(rows < manyRows ? nullptr : model.m_bulkListener)
+        , m_isLarge(rows >= manyRows)
     {
-        if (m_listener)
-            m_listener->beginBulk();
+        if (m_isLarge && m_model.m_runningBulks++ == 0 && m_model.m_bulkListener)
+            m_model.m_bulkListener->beginBulk();
     }
     ~Bulk()
     {
-        // The listener may have gone meanwhile, with its own listeners.
-        if (m_listener && m_listener == m_model.m_bulkListener)
-            m_listener->endBulk();
+        if (m_isLarge && --m_model.m_runningBulks == 0 && m_model.m_bulkListener)
+            m_model.m_bulkListener->endBulk();
     }
     Q_DISABLE_COPY_MOVE(Bulk)
 
 private:
     tnCADImportFileModel &m_model;
-    BulkListener *const m_listener;
+    const bool m_isLarge;
 };
 
 tnCADImportFileModel::tnCADImportFileModel(QObject *parent)
@@ -119,6 +118,17 @@ tnCADImportFileModel::tnCADImportFileModel(QObject *parent)
 }
 
 tnCADImportFileModel::~tnCADImportFileModel() = default;
+
+void tnCADImportFileModel::setBulkListener(BulkListener *listener)
+{
+    BulkListener *const last = std::exchange(m_bulkListener, listener);
+    if (m_runningBulks == 0)
+        return;
+    if (last)
+        last->endBulk();
+    if (listener)
+        listener->beginBulk();
+}
 
 int tnCADImportFileModel::rowCount(const QModelIndex &) const
 {
@@ -218,46 +228,24 @@ Qt::ItemFlags tnCADImportFileModel::flags(const QModelIndex &index) const
 
 void tnCADImportFileModel::addFiles(const QStringList &paths)
 {
-    // A walk over the table for each path would keep people waiting for thousands of files. The
-    // set lives for this call only, so its memory is given back at once; a single file is found
-    // faster without it.
-    std::pmr::monotonic_buffer_resource memory;
-    std::pmr::unordered_set<QString> known(&memory);
-    if (paths.size() > 1)
-        known.reserve(static_cast<std::size_t>(rowCount() + paths.size()));
-    int rowsSeen = 0;
-    const auto forget = [&] {
-        known.clear();
-        rowsSeen = 0;
-    };
-    const QObject listenersRemove;
-    connect(this, &QAbstractItemModel::rowsRemoved, &listenersRemove, forget);
-    connect(this, &QAbstractItemModel::modelReset, &listenersRemove, forget);
-    const auto isKnown = [&](const QString &path) {
-        if (paths.size() == 1)
-            return m_rows.rowOf(path) >= 0;
-        for (; rowsSeen < rowCount(); ++rowsSeen)
-            known.insert(recordAt(rowsSeen)->path());
-        return known.count(path) > 0;
-    };
-
-    bool added = false;
-    {
-        const Bulk bulk(*this, static_cast<std::size_t>(paths.size()));
-        for (const QString &path : paths) {
-            if (isKnown(path))
-                continue;
-            const int row = rowCount();
-            beginInsertRows({}, row, row);
-            const auto file = std::make_shared<tnCADImportFile>(path);
-            m_rows.append(file);
-            requestFileType(*file);
-            endInsertRows();
-            added = true;
-        }
+    KnownPaths known(m_rows, paths.size());
+    std::optional<Bulk> bulk; // from the first new file on
+    for (int i = 0; i < paths.size(); ++i) {
+        if (known.contains(paths[i]))
+            continue;
+        if (!bulk)
+            bulk.emplace(*this, static_cast<std::size_t>(paths.size() - i));
+        const int row = rowCount();
+        beginInsertRows({}, row, row);
+        const auto file = std::make_shared<tnCADImportFile>(paths[i]);
+        m_rows.append(file);
+        requestFileType(*file);
+        endInsertRows();
     }
-    if (added)
-        emit changed();
+    if (!bulk)
+        return;
+    bulk.reset();
+    emit changed();
 }
 
 bool tnCADImportFileModel::addChildFiles(const QStringList &paths, const QString &parentPath)
@@ -299,35 +287,42 @@ void tnCADImportFileModel::receiveFileType(const QString &path, tnCADFileTypes::
     const QPointer<tnCADImportFileModel> self(this);
     emit changed();
     // A listener may have moved the row or taken it away, and the model with it.
-    for (int now = 0; self && now < rowCount(); ++now) {
-        if (recordAt(now) == file.get())
-            return announceCell(now, TypeColumn);
-    }
+    if (const int now = self ? m_rows.rowOf(file.get(), row) : -1; now >= 0)
+        announceCell(now, TypeColumn);
 }
 
 void tnCADImportFileModel::removeFiles(std::set<int> &rows)
 {
     // What the set gains lies behind the row at hand, so the walk meets it.
     for (const int row : rows) {
-        for (int part = row + 1; part < endOfParts(row); ++part)
+        for (int part = row + 1, end = endOfParts(row); part < end; ++part)
             rows.insert(part);
     }
 
-    bool removed = false;
+    // With their rows, where to look first: listeners may move them in between.
+    std::vector<std::pair<int, std::weak_ptr<tnCADImportFile>>> files;
+    files.reserve(rows.size());
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        if (recordAt(*row))
+            files.emplace_back(*row, m_rows.at(*row));
+    }
+    if (files.empty())
+        return;
     {
-        const Bulk bulk(*this, rows.size());
-        for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-            if (!recordAt(*row))
+        const Bulk bulk(*this, files.size());
+        int moved = 0;
+        for (const auto &[oldRow, file] : files) {
+            const int row = m_rows.rowOf(file.lock().get(), oldRow + moved);
+            if (row < 0)
                 continue;
-            beginRemoveRows({}, *row, *row);
-            m_rows.remove(*row);
+            moved = row - oldRow;
+            beginRemoveRows({}, row, row);
+            m_rows.remove(row);
             endRemoveRows();
-            removed = true;
         }
         m_rows.closeGap();
     }
-    if (removed)
-        emit changed();
+    emit changed();
 }
 
 void tnCADImportFileModel::removeFilesInState(ImportState state, bool skipChildren)

@@ -22,8 +22,8 @@ public:
     /// The role that rows are to be sorted by: the parts of an assembly sort like the assembly.
     static constexpr int SortRole = Qt::UserRole;
 
-    /// Learns of operations on many rows, whose signals still come row by row. Such operations may
-    /// begin within each other.
+    /// Learns of operations on many rows, whose signals still come row by row. What such an
+    /// operation brings about in the middle, large or not, belongs to it.
     class BulkListener {
     public:
         virtual void beginBulk() = 0;
@@ -36,8 +36,9 @@ public:
     explicit tnCADImportFileModel(QObject *parent = nullptr);
     ~tnCADImportFileModel() override;
 
-    /// Not owned; null for none.
-    void setBulkListener(BulkListener *listener) { m_bulkListener = listener; }
+    /// Not owned; null for none. In the middle of such an operation it ends for the last listener
+    /// and begins for the new one.
+    void setBulkListener(BulkListener *listener);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -112,4 +113,5 @@ private:
     QMovie m_busyAnimation;
     RecordList m_rows;
     BulkListener *m_bulkListener = nullptr;
+    int m_runningBulks = 0;
 };

@@ -46,8 +46,6 @@ void tnCADImportSortModel::setSourceModel(QAbstractItemModel *source)
 
 void tnCADImportSortModel::beginBulk()
 {
-    if (m_runningBulks++ > 0)
-        return;
     beginResetModel();
     const QSignalBlocker quiet(this);
     QSortFilterProxyModel::setSourceModel(nullptr); // lets go of the source's signals
@@ -72,8 +70,6 @@ void tnCADImportSortModel::beginBulk()
 
 void tnCADImportSortModel::endBulk()
 {
-    if (--m_runningBulks > 0)
-        return;
     m_bulkChanges.reset();
     m_isMappingOld = false;
     {

@@ -41,7 +41,6 @@ private:
     bool isInOrder(int firstSourceRow, int endSourceRow) const;
 
     QPointer<tnCADImportFileModel> m_files;
-    int m_runningBulks = 0;
     std::unique_ptr<QObject> m_bulkChanges; ///< receives the source's signals while a bulk runs
     mutable bool m_isMappingOld = false; ///< only while a bulk runs
 };

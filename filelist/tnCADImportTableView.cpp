@@ -58,6 +58,8 @@ void tnCADImportTableView::setLocked(bool locked)
 
 void tnCADImportTableView::onAdd()
 {
+    if (m_locked)
+        return;
     // The view may go while the user chooses.
     const QPointer<tnCADImportTableView> self(this);
     tnFileImportDialog chooser;

@@ -29,12 +29,12 @@ public:
     /// Whether the user is choosing files to add.
     bool isChoosing() const { return m_openChoosers > 0; }
 
-    /// A locked view lets nobody edit, remove rows, or open its menu.
+    /// A locked view lets nobody edit, add or remove rows, or open its menu.
     void setLocked(bool locked);
 
 public Q_SLOTS:
-    /// Lets the user choose files and adds those that can be imported, unless the view is locked
-    /// meanwhile.
+    /// Lets the user choose files and adds those that can be imported, unless the view is locked,
+    /// or becomes so meanwhile.
     void onAdd();
     /// Removes the selected rows, and with an assembly its parts.
     void onRemove();

@@ -148,6 +148,9 @@ private Q_SLOTS:
         const QString current = m_view->model()->index(699, 0).data().toString();
         m_model->addFiles(files);
         check(3000, selected, "Step"); // in the second column
+        const QSignalSpy resets(m_view->model(), &QAbstractItemModel::modelReset);
+        m_model->addFiles(files);
+        QCOMPARE(resets.size(), 0);
 
         std::set<int> odd;
         QStringList evenSelected;
@@ -159,8 +162,16 @@ private Q_SLOTS:
         }
         const bool hasCurrent = evenSelected.contains(current);
         m_model->removeFiles(odd);
-        check(1500, evenSelected, hasCurrent ? "Step" : QString());
+        check(1500, evenSelected, "Step");
+        QVERIFY(hasCurrent || m_view->currentIndex().row() == 699);
         QVERIFY(questions > 15);
+
+        m_view->selectionModel()->setCurrentIndex(m_view->model()->index(1499, 1),
+                                                  QItemSelectionModel::NoUpdate);
+        const std::vector<int> rows = m_view->sortedRows();
+        std::set<int> tail(rows.begin() + 600, rows.end());
+        m_model->removeFiles(tail);
+        QCOMPARE(m_view->currentIndex().row(), 599);
 
         m_view->selectAll();
         m_view->onRemove();
@@ -181,6 +192,12 @@ private Q_SLOTS:
         QCOMPARE(m_view->contextMenuPolicy(), Qt::PreventContextMenu);
         m_view->onRemove();
         m_view->onRemoveImported();
+        QTimer::singleShot(0, this, [] {
+            if (QWidget *chooser = QApplication::activeModalWidget())
+                QVERIFY(!chooser->close());
+        });
+        m_view->onAdd();
+        QCoreApplication::processEvents();
         QCOMPARE(changed.size(), 0);
         m_view->setLocked(false);
         QCOMPARE(m_view->contextMenuPolicy(), Qt::DefaultContextMenu);
