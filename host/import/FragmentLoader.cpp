@@ -2,21 +2,14 @@
 
 #include "host/scene/GlbReader.h"
 
-#include <QtConcurrent/QtConcurrentRun>
-
 #include <algorithm>
+#include <utility>
 
 namespace tnhost {
 
-FragmentLoader::FragmentLoader()
-{
-    m_thread.setMaxThreadCount(1);
-}
+FragmentLoader::FragmentLoader() = default;
 
-FragmentLoader::~FragmentLoader()
-{
-    m_thread.waitForDone();
-}
+FragmentLoader::~FragmentLoader() = default;
 
 void FragmentLoader::load(const QString &path, LoadObserver &observer)
 {
@@ -37,30 +30,29 @@ void FragmentLoader::cancel(const LoadObserver &observer)
 
 void FragmentLoader::startNext()
 {
-    if (m_watcher || m_queue.empty())
+    if (m_isReading || m_queue.empty())
         return;
     const Request request = m_queue.front();
     m_queue.pop_front();
     m_current = request.observer;
-    m_watcher = std::make_unique<QFutureWatcher<Result>>();
-    connect(m_watcher.get(), &QFutureWatcher<Result>::finished, this, &FragmentLoader::onRead);
-    m_watcher->setFuture(QtConcurrent::run(&m_thread, [path = request.path] {
-        Result result;
-        result.fragment = GlbReader::read(path, &result.error);
-        return result;
-    }));
+    m_isReading = true;
+    m_thread.run([this, path = request.path] {
+        QString error;
+        const std::shared_ptr<const SceneFragment> fragment = GlbReader::read(path, &error);
+        QMetaObject::invokeMethod(
+            this, [this, fragment, error] { onRead(fragment, error); }, Qt::QueuedConnection);
+    });
     request.observer->onReadingStarted();
 }
 
-void FragmentLoader::onRead()
+void FragmentLoader::onRead(const std::shared_ptr<const SceneFragment> &fragment,
+                            const QString &error)
 {
-    const Result result = m_watcher->result();
-    m_watcher->setParent(this);
-    m_watcher.release()->deleteLater();
+    m_isReading = false;
     LoadObserver *observer = std::exchange(m_current, nullptr);
     QMetaObject::invokeMethod(this, &FragmentLoader::startNext, Qt::QueuedConnection);
     if (observer)
-        observer->onFragmentRead(result.fragment, result.error);
+        observer->onFragmentRead(fragment, error);
 }
 
 } // namespace tnhost

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "host/import/BackgroundThread.h"
 #include "host/scene/SceneFragment.h"
 
-#include <QtCore/QFutureWatcher>
 #include <QtCore/QObject>
 #include <QtCore/QString>
-#include <QtCore/QThreadPool>
 
 #include <deque>
 #include <memory>
@@ -28,7 +27,7 @@ protected:
     ~LoadObserver() = default;
 };
 
-/// Reads converted files in a thread of its own, one at a time and in the order of the requests:
+/// Reads converted files in the background, one at a time and in the order of the requests:
 /// the disk and the scene are the narrow places, and more threads would take the converters' cores.
 class FragmentLoader : public QObject {
     Q_OBJECT
@@ -44,22 +43,18 @@ public:
     void cancel(const LoadObserver &observer);
 
 private:
-    struct Result {
-        std::shared_ptr<const SceneFragment> fragment;
-        QString error;
-    };
     struct Request {
         QString path;
         LoadObserver *observer = nullptr;
     };
 
     void startNext();
-    void onRead();
+    void onRead(const std::shared_ptr<const SceneFragment> &fragment, const QString &error);
 
-    QThreadPool m_thread;
-    std::unique_ptr<QFutureWatcher<Result>> m_watcher; ///< null while nothing is read
+    bool m_isReading = false;
     LoadObserver *m_current = nullptr; ///< null when it was cancelled
     std::deque<Request> m_queue;
+    BackgroundThread m_thread; ///< ends before what it works for
 };
 
 } // namespace tnhost

@@ -4,7 +4,6 @@
 #include "host/import/ImportJob.h"
 #include "platform/tnLog.h"
 
-#include <QtConcurrent/QtConcurrentRun>
 #include <QtCore/QFileInfo>
 #include <QtCore/QThread>
 
@@ -28,14 +27,10 @@ FileService::FileService(Scene &scene, const QString &converterProgram, const Wo
     : m_pool(converterProgram, limits)
     , m_context{*this, m_log, m_pool, m_loader, m_names, m_partNames, scene}
 {
-    m_probeThread.setMaxThreadCount(1);
     connect(&m_pool, &WorkerPool::conversionEnded, this, &FileService::schedule);
 }
 
-FileService::~FileService()
-{
-    m_probeThread.clear();
-}
+FileService::~FileService() = default;
 
 std::vector<JobResultPtr> FileService::runningJobs() const
 {
@@ -148,12 +143,11 @@ quint64 FileService::reimportFile(const tndNode &node, bool removeConverted)
 
 void FileService::requestFileType(const QString &path)
 {
-    auto *watcher = new QFutureWatcher<FileType>(this);
-    connect(watcher, &QFutureWatcher<FileType>::finished, this, [this, watcher, path] {
-        watcher->deleteLater();
-        emit fileTypeReceived(path, watcher->result());
+    m_probeThread.run([this, path] {
+        const FileType type = FileTypeProbe::byContent(path);
+        QMetaObject::invokeMethod(
+            this, [this, path, type] { emit fileTypeReceived(path, type); }, Qt::QueuedConnection);
     });
-    watcher->setFuture(QtConcurrent::run(&m_probeThread, &FileTypeProbe::byContent, path));
 }
 
 void FileService::abortImport(quint64 job)

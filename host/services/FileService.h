@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/import/BackgroundThread.h"
 #include "host/import/FragmentLoader.h"
 #include "host/import/ImportContext.h"
 #include "host/import/ImportLog.h"
@@ -8,8 +9,6 @@
 #include "host/import/PartNames.h"
 #include "host/import/WorkerPool.h"
 #include "platform/tnFileIOService.h"
-
-#include <QtCore/QThreadPool>
 
 #include <memory>
 #include <vector>
@@ -86,7 +85,7 @@ private:
     WorkerPool m_pool;
     FragmentLoader m_loader;
     const ImportContext m_context;
-    QThreadPool m_probeThread;
+    BackgroundThread m_probeThread;
 
     int m_maxParallelProcesses = -1;
     ImportSettings m_settings;

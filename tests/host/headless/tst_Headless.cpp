@@ -112,8 +112,8 @@ void tst_Headless::imports()
           {"[1/3] robot.step: base.stp: conversion finished", "[2/3] base.stp: loaded, node ",
            "\nrobot.step   Step  Incomplete ", "\nbase.stp     Step  Succeeded ",
            "\n2 of 3 files succeeded, 1 incomplete; "});
-    check("--converter=/bin/false gear.stl bracket.step", 1,
-          {"\n0 of 2 files succeeded, 2 failed; 0 nodes"});
+    check("--converter=notes.txt gear.stl bracket.step", 1,
+          {"notes.txt cannot be started: ", "\n0 of 2 files succeeded, 2 failed; 0 nodes"});
     check("--plugin-dir=empty gear.stl", 1, {"no plug-in in the directory"});
     check("--plugin-dir=" TN_MUTE_PLUGIN " gear.stl", 1,
           {"no dialog of the name", "\ngear.stl  STL   Failed ", "\n0 of 1 files succeeded"});

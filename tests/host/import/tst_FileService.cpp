@@ -2,9 +2,28 @@
 
 #include <QtTest/QtTest>
 
+#include <cerrno>
+#include <dlfcn.h>
+#include <pthread.h>
+
 using namespace tnhost;
 
 using tnCADFileTypes::FileType;
+
+namespace {
+
+bool hasThreads = true;
+
+}
+
+/// In the place of the system's.
+extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
+                              void *(*start)(void *), void *argument)
+{
+    static const auto real =
+        reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+    return hasThreads ? real(thread, attributes, start, argument) : EAGAIN;
+}
 
 /// One file's way: which signals come, in which order, for all that can happen to it.
 class tst_FileService : public QObject {
@@ -184,6 +203,21 @@ private slots:
             QCOMPARE(fixture.count(job, "failed f\\d " + message + '$'), 3);
             QCOMPARE(fixture.count(job, "converted f\\d Failure"), 3);
         }
+    }
+
+    void needsNoThreads()
+    {
+        hasThreads = false;
+        ServiceFixture fixture;
+        fixture.insideCall = true;
+        const quint64 job = fixture.load(fixture.files(2, "sleep 0"));
+        fixture.service->requestFileType("a.asm");
+        fixture.insideCall = false;
+        QVERIFY(fixture.wait(job));
+        hasThreads = true;
+        QCOMPARE(fixture.count(job, "loaded f\\d Success"), 2);
+        QCOMPARE(fixture.signalsOf(0), QStringList("type a.asm 26"));
+        QVERIFY(!fixture.wasInsideCall);
     }
 
     void endsSilentConversions_data()
