@@ -18,6 +18,7 @@ class tst_Script : public QObject {
 private slots:
     void runs();
     void leavesTheWindowOpen();
+    void endsAtASignalDuringASearch();
 };
 
 void tst_Script::runs()
@@ -109,6 +110,22 @@ void tst_Script::leavesTheWindowOpen()
     QVERIFY2(!host.waitForFinished(500), host.report());
     host.terminate();
     QVERIFY2(host.finish() == 128 + 15, host.report());
+}
+
+void tst_Script::endsAtASignalDuringASearch()
+{
+    for (const QString arguments : {"--headless --script script", "--script script"}) {
+        HostProcess host;
+        // Through all folders there are, which takes longer than a host may take to end.
+        QVERIFY(host.write("script", R"({"message":"noSuch"}
+{"message":"importCAD","attributes":{"urls":["/"]}})"));
+        host.startHost(arguments.split(' '));
+        QVERIFY(host.waitForReadyRead(60000)); // the answer to the first
+        QTest::qWait(200);
+        host.terminate();
+        QVERIFY2(host.finish() == 128 + 15, host.report());
+        QVERIFY2(!host.report().contains("importCAD"), host.report());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Script)
