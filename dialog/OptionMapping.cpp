@@ -50,7 +50,7 @@ OptionRow<Record> noneVisibleAll(Member combo, bool (Record::*get)() const,
                                  void (Record::*setInvisible)(bool))
 {
     return {[=](const Record &from, Form &form) {
-                const int shown = (from.*get)() ? 1 + int((from.*getInvisible)()) : 0;
+                const int shown = (from.*get)() ? 1 + static_cast<int>((from.*getInvisible)()) : 0;
                 widgetOf(form, combo)->setCurrentIndex(shown);
             },
             [=](const Form &form, Record &to) {
@@ -130,7 +130,8 @@ const OptionTable<tndSceneImportSettings> &sceneImportOptions()
 {
     static const OptionTable<tndSceneImportSettings> table{
         {[](const tndSceneImportSettings &from, Form &form) {
-             form._globalReferenceBehavior->setCurrentIndex(int(from.getCreateReferences()));
+             form._globalReferenceBehavior->setCurrentIndex(
+                 static_cast<int>(from.getCreateReferences()));
          },
          [](const Form &form, tndSceneImportSettings &to) {
              to.setCreateReferences(form._globalReferenceBehavior->currentIndex() == 1);

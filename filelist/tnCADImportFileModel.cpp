@@ -146,7 +146,8 @@ QVariant tnCADImportFileModel::data(const QModelIndex &index, int role) const
         return {};
     const int column = index.column();
     if (role == Qt::TextAlignmentRole)
-        return int(Qt::AlignVCenter | (column == SizeColumn ? Qt::AlignRight : Qt::AlignLeft));
+        return static_cast<int>(Qt::AlignVCenter
+                                | (column == SizeColumn ? Qt::AlignRight : Qt::AlignLeft));
 
     const tnCADImportFile *file = recordAt(index.row());
     if (!file)
@@ -384,7 +385,7 @@ int tnCADImportFileModel::countFilesInState(ImportState state, bool skipChildren
 {
     int count = 0;
     for (int row = 0; const tnCADImportFile *file = recordAt(row); ++row)
-        count += int(isCounted(*file, state, skipChildren));
+        count += isCounted(*file, state, skipChildren) ? 1 : 0;
     return count;
 }
 

@@ -11,7 +11,7 @@ int compareKeys(const QVariant &a, const QVariant &b)
         return a.toString().compare(b.toString());
     const qlonglong left = a.toLongLong();
     const qlonglong right = b.toLongLong();
-    return int(left > right) - int(left < right);
+    return static_cast<int>(left > right) - static_cast<int>(left < right);
 }
 
 } // namespace

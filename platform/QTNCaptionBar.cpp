@@ -130,7 +130,7 @@ void QTNCaptionBar::paintEvent(QPaintEvent *)
     const QRect textRect = QStyle::visualRect(
         layoutDirection(), rect(), rect().adjusted(2 * padding() + arrowSize(), 0, -padding(), 0));
     painter.drawItemText(
-        textRect, int(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)),
+        textRect, QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter),
         palette(), isEnabled(),
         fontMetrics().elidedText(m_caption, Qt::ElideRight, textRect.width()),
         QPalette::WindowText);

@@ -64,7 +64,7 @@ void tst_HostServices::givesATmpDirectoryOfItsOwn()
     QString error;
     const QString path = TmpDirectory::prepare({}, &error);
     QVERIFY2(path.startsWith(QDir::tempPath() + "/tnhost-"), qPrintable(error));
-    QCOMPARE(int(QFileInfo(path).permissions()) & 0x77, 0); // nobody else's
+    QCOMPARE(static_cast<int>(QFileInfo(path).permissions()) & 0x77, 0); // nobody else's
     QCOMPARE(TmpDirectory::prepare({}, nullptr), path);
 
     const QTemporaryDir dir;

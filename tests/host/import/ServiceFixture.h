@@ -39,7 +39,7 @@ public:
         listen("loaded", &Service::fileLoadingFinished);
         QObject::connect(service.get(), &Service::fileTypeReceived, service.get(),
                          [this](const QString &path, tnCADFileTypes::FileType type) {
-                             record(0, "type" + text(path) + text(int(type)));
+                             record(0, "type" + text(path) + text(static_cast<int>(type)));
                          });
     }
 
@@ -141,7 +141,7 @@ private:
         else if constexpr (std::is_same_v<Value, tndNode>)
             node = value;
         else if constexpr (std::is_same_v<Value, tnCADFileTypes::JobState>)
-            return states.value(int(value), " ?");
+            return states.value(static_cast<int>(value), " ?");
         else if constexpr (std::is_same_v<Value, QString>)
             return ' ' + (value.startsWith('/') ? QFileInfo(value).completeBaseName() : value);
         else

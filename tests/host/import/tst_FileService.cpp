@@ -137,7 +137,7 @@ private slots:
         using State = FileResult::State;
         QCOMPARE(result->id, job);
         QCOMPARE(result->openFiles, 0);
-        QCOMPARE(result->percentSum, quint64(300));
+        QCOMPARE(result->percentSum, Q_UINT64_C(300));
         const FileResult &assembly = result->files.at(0);
         QVERIFY(assembly.state == State::Incomplete && fixture.scene.contains(assembly.node));
         QCOMPARE(assembly.message, QString("No q."));
@@ -313,7 +313,7 @@ private slots:
         QCOMPARE(answers("a.py"), QString());
         // All types but scripts have options.
         for (int type = -1; type <= 33; ++type)
-            QCOMPARE(fixture.service->isFileTypeEnabled(FileType(type)),
+            QCOMPARE(fixture.service->isFileTypeEnabled(static_cast<FileType>(type)),
                      type >= 0 && type <= 30 && type != 8);
     }
 

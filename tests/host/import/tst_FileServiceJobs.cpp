@@ -45,8 +45,8 @@ private slots:
     {
         ServiceFixture fixture;
         fixture.insideCall = true;
-        QCOMPARE(fixture.convert({}), quint64(1));
-        QCOMPARE(fixture.convert({}), quint64(2));
+        QCOMPARE(fixture.convert({}), Q_UINT64_C(1));
+        QCOMPARE(fixture.convert({}), Q_UINT64_C(2));
         fixture.service->abortImport(2);
         fixture.service->abortImport(99);
         for (const tndNode &node : {tndNode(), tndNode(4711), fixture.scene.root()})
@@ -152,7 +152,8 @@ private slots:
             // The other file may have been started by then, and is aborted at its own pace.
             QStringList first = fixture.signalsOf(job);
             const int other = first.indexOf("converting f1");
-            QCOMPARE(fixture.count(job, "percent"), int(!expected.isEmpty()) + int(other >= 0));
+            QCOMPARE(fixture.count(job, "percent"),
+                     static_cast<int>(!expected.isEmpty()) + static_cast<int>(other >= 0));
             if (other >= 0) {
                 QVERIFY(first.contains("converted f1 JobAborted"));
                 first.removeAt(first.indexOf("timed", other));

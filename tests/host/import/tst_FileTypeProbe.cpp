@@ -36,17 +36,17 @@ QByteArray compoundFile(const QStringList &names, const QVector<quint32> &chain)
         put<quint32>(bytes, 76 + 4 * i, i == 0 ? 0 : freeSector);
 
     const quint32 last = *std::max_element(chain.begin(), chain.end());
-    bytes.append(int(last + 1) * 512, '\0');
+    bytes.append(static_cast<int>(last + 1) * 512, '\0');
     for (int i = 0; i < 128; ++i)
         put<quint32>(bytes, 512 + 4 * i, freeSector);
     for (int i = 0; i < chain.size(); ++i)
-        put<quint32>(bytes, 512 + 4 * int(chain[i]), chain.value(i + 1, endOfChain));
+        put<quint32>(bytes, 512 + 4 * static_cast<int>(chain[i]), chain.value(i + 1, endOfChain));
     for (int i = 0; i < names.size(); ++i) {
-        const int at = 512 * (int(chain.value(i / 4)) + 1) + 128 * (i % 4);
+        const int at = 512 * (static_cast<int>(chain.value(i / 4)) + 1) + 128 * (i % 4);
         for (int c = 0; c < names[i].size(); ++c)
             put<quint16>(bytes, at + 2 * c, names[i][c].unicode());
         put<quint16>(bytes, at + 64, quint16(2 * names[i].size() + 2));
-        bytes[at + 66] = char(i == 0 ? 5 : 1 + i % 2);
+        bytes[at + 66] = static_cast<char>(i == 0 ? 5 : 1 + i % 2);
     }
     return bytes;
 }
@@ -105,7 +105,7 @@ private slots:
             QFile file(directory.filePath(name));
             if (!content.isNull()) {
                 QVERIFY(file.open(QIODevice::WriteOnly));
-                QCOMPARE(file.write(content), qint64(content.size()));
+                QCOMPARE(file.write(content), static_cast<qint64>(content.size()));
                 file.close();
             }
             QCOMPARE(FileTypeProbe::byContent(file.fileName()), type);
