@@ -1,6 +1,5 @@
 #include "ui_tnImportDialog.h"
 
-#include <QtCore/QTranslator>
 #include <QtTest/QtTest>
 
 // What the rest of the dialog takes for granted about its form.

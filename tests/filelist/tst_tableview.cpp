@@ -5,18 +5,8 @@
 #include "platform/tnHeaderViewBase.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QSettings>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QTimer>
-#include <QtGui/QContextMenuEvent>
-#include <QtGui/QDesktopServices>
 #include <QtTest/QtTest>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QPushButton>
-#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QtWidgets>
 
 using Model = tnCADImportFileModel;
 

@@ -6,8 +6,6 @@
 #include "platform/tnPreferences.h"
 #include "tests/support/CapturedStream.h"
 
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
 namespace {

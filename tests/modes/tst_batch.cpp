@@ -4,8 +4,6 @@
 #include "platform/tnLog.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QRegularExpression>
-#include <QtCore/QSettings>
 #include <QtTest/QtTest>
 
 namespace {

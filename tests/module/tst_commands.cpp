@@ -9,7 +9,6 @@
 #include "tests/support/ScriptedServices.h"
 #include "tests/support/duringSearch.h"
 
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 #include <QtWidgets/QFileDialog>
 
@@ -52,12 +51,17 @@ private:
     std::unique_ptr<tnCAD> m_module;
 
     tnCADImportDialog *dialog() const { return m_module->dialog(); }
+    /// The end of a batch, which closes the dialog when that was its only file.
+    void finish(const QString &path)
+    {
+        dialog()->tableView->fileModel()->setFileState(path, ImportState::Succeeded);
+        emit m_services->files.importFinished(1, 0);
+    }
 
 private Q_SLOTS:
     void init()
     {
-        m_module.reset();
-        m_services.reset(); // only one may be registered
+        cleanup(); // only one may be registered
         m_services = std::make_unique<ScriptedServices>();
         m_module = std::make_unique<tnCAD>();
     }
@@ -121,13 +125,6 @@ private Q_SLOTS:
         }
     }
 
-    void twoFilesGoToTheDialog()
-    {
-        send("importCAD", {{"files", Paths{"/a/b.step", "/a/c.stl"}}, {"loadState", -1}});
-        QVERIFY(m_services->files.loads.empty() && look(*dialog()) == 0);
-        QVERIFY(dialog()->targetNode().isNull() && dialog()->isVisible());
-    }
-
     void urlsComeFirstUnlessTheyAreUnreadable()
     {
         const QTemporaryDir folder;
@@ -156,11 +153,10 @@ private Q_SLOTS:
              {folder.filePath("a.step"), folder.filePath("b.stl"), other.filePath("other.stl")})
             QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         const auto import = [](const tnMessage::Attribute &what) { send("importCAD", {what}); };
+        const tnMessage::Attribute files{"files", Paths{"/a/d.step", "/a/e.stl"}};
+        const tnMessage::Attribute others{"urls", otherUrl};
         const auto reload = [&] {
-            QTimer::singleShot(0, dialog(), [this] {
-                dialog()->tableView->fileModel()->setFileState("/a/c.step", ImportState::Succeeded);
-                emit m_services->files.importFinished(1, 0); // closes the dialog
-            });
+            QTimer::singleShot(0, dialog(), [this] { finish("/a/c.step"); });
             const tnMessage message =
                 send("reloadCAD", {{"files", QStringList("/a/c.step")}, {"wait", true}});
             QCOMPARE(boost::any_cast<int>(message.get("result")), 0);
@@ -175,14 +171,8 @@ private Q_SLOTS:
             {"a window closes", false, Everything, [] { emit qApp->lastWindowClosed(); }},
             {"a reload comes and ends", false, Everything, reload},
             {"a reload comes and ends, shown", true, Everything, reload},
-            {"another import", true, Everything,
-             [&] {
-                 import({"files", Paths { "/a/d.step", "/a/e.stl" }});
-             }},
-            {"another search", true, Everything,
-             [&] {
-                 import({"urls", otherUrl});
-             }},
+            {"another import", true, Everything, [&] { import(files); }},
+            {"another search", true, Everything, [&] { import(others); }},
             {"a drop is closed", true, Everything,
              [&] {
                  duringSearch([&] { dialog()->addDroppedUrls(otherUrl); },
@@ -202,9 +192,8 @@ private Q_SLOTS:
         const QList<QUrl> urls{QUrl::fromLocalFile(folder.path()), otherUrl.first()};
         for (const auto &row : rows) {
             init();
-            m_services->files.handledByDialog = true;
             if (row.isShown)
-                import({"files", Paths { "/a/old.step" }});
+                import(files);
             QVERIFY2(duringSearch([&] { import({"urls", urls}); }, row.happens), row.what);
             QStringList expected;
             if (row.opened != Nothing)
@@ -224,7 +213,6 @@ private Q_SLOTS:
     {
         for (const bool hasFinds : {false, true}) {
             init();
-            m_services->files.handledByDialog = true;
             QTemporaryDir folder;
             const QStringList finds{folder.filePath("a.step"), folder.filePath("b.stl")};
             for (const QString &path : hasFinds ? finds : QStringList())
@@ -235,9 +223,7 @@ private Q_SLOTS:
                     send("importCAD", {{"urls", QList<QUrl>{QUrl::fromLocalFile(folder.path())}}});
                 },
                 [this] {
-                    dialog()->tableView->fileModel()->setFileState("/a/c.step",
-                                                                   ImportState::Succeeded);
-                    emit m_services->files.importFinished(1, 0);
+                    finish("/a/c.step");
                     QVERIFY(dialog()->isHidden()); // or who waits for it would wait for good
                 }));
             QCOMPARE(dialog()->isVisible(), hasFinds);
@@ -362,12 +348,13 @@ private Q_SLOTS:
     void waitsForTheAnswer()
     {
         // The second command comes while the first one waits; the dialog's end is that of both.
-        const std::vector<tnMessage::Attribute> two{{"files", Paths{"/a/d.step", "/a/e.stl"}},
-                                                    {"wait", true}};
+        const std::vector<tnMessage::Attribute> two{
+            {"files", Paths{"/a/d.step", "/a/e.stl"}}, {"wait", true}, {"loadState", -1}};
         tnMessage import;
         QTimer::singleShot(0, this, [&] { import = send("importCAD", two); });
         QTimer::singleShot(100, this, [&] {
             QCOMPARE(listed(*dialog()), QStringList({"/a/d.step", "/a/e.stl"}));
+            QVERIFY(look(*dialog()) == 0 && dialog()->targetNode().isNull());
             dialog()->_materialAssignment->setCurrentIndex(2);
             dialog()->_importAnimations->setChecked(true);
             dialog()->_pbReloadOk->click();

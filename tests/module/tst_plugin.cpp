@@ -2,10 +2,6 @@
 #include "platform/tnMessage.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QLibrary>
-#include <QtCore/QPointer>
-#include <QtCore/QProcess>
-#include <QtCore/QSettings>
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
 

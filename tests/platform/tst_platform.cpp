@@ -3,7 +3,6 @@
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
 
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 class tst_Platform : public QObject {

@@ -5,20 +5,9 @@
 #include "platform/tnPlatform.h"
 #include "platform/tnTesselationSettings.h"
 
-#include <QtGui/QAccessible>
-#include <QtGui/QContextMenuEvent>
-#include <QtGui/QStandardItemModel>
 #include <QtTest/QtTest>
 #include <QtTest/qtestspontaneevent.h>
-#include <QtWidgets/QCheckBox>
-#include <QtWidgets/QGridLayout>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QScrollArea>
-#include <QtWidgets/QScrollBar>
-#include <QtWidgets/QStyleFactory>
-#include <QtWidgets/QTableView>
-#include <QtWidgets/QVBoxLayout>
+#include <QtWidgets/QtWidgets>
 
 namespace {
 

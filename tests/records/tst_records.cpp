@@ -5,9 +5,6 @@
 #include "tests/support/ScriptedServices.h"
 #include "tests/support/duringSearch.h"
 
-#include <QtCore/QDateTime>
-#include <QtCore/QDir>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <unistd.h>

@@ -5,7 +5,6 @@
 #include "states/tnCADImportRunState.h"
 #include "tests/support/ScriptedServices.h"
 
-#include <QtCore/QSettings>
 #include <QtTest/QtTest>
 
 namespace {

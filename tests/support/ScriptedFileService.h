@@ -16,9 +16,7 @@ public:
         QStringList files;
         tndNode target;
         QString directory;
-        bool load;
-        bool remove;
-        bool direct;
+        bool load, remove, direct;
     };
     struct Reimport {
         tndNode node;
@@ -26,18 +24,16 @@ public:
     };
 
     // What the service knows, by lower-case suffix: which files it supports, and their types.
-    std::map<QString, tnCADFileTypes::FileType> types{
-        {"step", tnCADFileTypes::Step},       {"stp", tnCADFileTypes::Step},
-        {"igs", tnCADFileTypes::Iges},        {"stl", tnCADFileTypes::STL},
-        {"obj", tnCADFileTypes::Obj},         {"wrl", tnCADFileTypes::VRML},
-        {"jt", tnCADFileTypes::JT},           {"3dm", tnCADFileTypes::Rhino},
-        {"x_t", tnCADFileTypes::Parasolid},   {"skp", tnCADFileTypes::SketchUp},
-        {"catpart", tnCADFileTypes::CatiaV5}, {"wire", tnCADFileTypes::Heron},
-        {"kxt", tnCADFileTypes::KXT},         {"prt", tnCADFileTypes::NX},
-        {"asm", tnCADFileTypes::SolidEdge}};
+    using FileType = tnCADFileTypes::FileType;
+    std::map<QString, FileType> types{
+        {"step", FileType::Step},    {"stp", FileType::Step},        {"igs", FileType::Iges},
+        {"stl", FileType::STL},      {"obj", FileType::Obj},         {"wrl", FileType::VRML},
+        {"jt", FileType::JT},        {"3dm", FileType::Rhino},       {"x_t", FileType::Parasolid},
+        {"skp", FileType::SketchUp}, {"catpart", FileType::CatiaV5}, {"wire", FileType::Heron},
+        {"kxt", FileType::KXT},      {"prt", FileType::NX},          {"asm", FileType::SolidEdge}};
     bool handledByDialog = true;
     bool directLoadCandidate = true;
-    std::set<tnCADFileTypes::FileType> disabledTypes;
+    std::set<FileType> disabledTypes;
 
     // What it was asked, in order.
     std::vector<Load> loads;
@@ -48,40 +44,31 @@ public:
 
     // What it holds.
     int maxParallelProcesses = -1;
-    std::map<tnCADFileTypes::FileType, tndXlatSettings> xlatSettings;
-    std::map<tnCADFileTypes::FileType, tndXlatSettings> defaultXlatSettings;
+    std::map<FileType, tndXlatSettings> xlatSettings;
+    std::map<FileType, tndXlatSettings> defaultXlatSettings;
     tndSceneImportSettings sceneSettings;
     tndProjectMergeSettings mergeSettings;
     quint64 nextJob = 1;
 
     void setMaxParallelProcesses(int count) override { maxParallelProcesses = count; }
     int getMaxParallelProcesses() override { return maxParallelProcesses; }
-    void setImportSettings(tnCADFileTypes::FileType type, const tndXlatSettings &settings) override
+    void setImportSettings(FileType type, const tndXlatSettings &all) override
     {
-        xlatSettings[type] = settings;
+        xlatSettings[type] = all;
     }
-    tndXlatSettings getImportSettings(tnCADFileTypes::FileType type) override
-    {
-        return xlatSettings[type];
-    }
-    tndXlatSettings getDefaultImportSettings(tnCADFileTypes::FileType type) override
+    tndXlatSettings getImportSettings(FileType type) override { return xlatSettings[type]; }
+    tndXlatSettings getDefaultImportSettings(FileType type) override
     {
         return defaultXlatSettings[type];
     }
-    void setSceneImportSettings(const tndSceneImportSettings &settings) override
-    {
-        sceneSettings = settings;
-    }
+    void setSceneImportSettings(const tndSceneImportSettings &all) override { sceneSettings = all; }
     tndSceneImportSettings getSceneImportSettings() override { return sceneSettings; }
-    void setProjectMergeSettings(const tndProjectMergeSettings &settings) override
+    void setProjectMergeSettings(const tndProjectMergeSettings &all) override
     {
-        mergeSettings = settings;
+        mergeSettings = all;
     }
     tndProjectMergeSettings getProjectMergeSettings() override { return mergeSettings; }
-    bool isFileTypeEnabled(tnCADFileTypes::FileType type) override
-    {
-        return disabledTypes.count(type) == 0;
-    }
+    bool isFileTypeEnabled(FileType type) override { return disabledTypes.count(type) == 0; }
     bool isHandledByImportDialog(const QString &) override { return handledByDialog; }
     quint64 loadFiles(const QStringList &files, const tndNode &target, const QString &directory,
                       bool load, bool remove, bool direct) override
@@ -102,10 +89,10 @@ public:
     }
     bool isDirectLoadCandidate(const QString &) override { return directLoadCandidate; }
     QString fileSuffix(const QString &path) override { return QFileInfo(path).suffix(); }
-    tnCADFileTypes::FileType fileType(const QString &path) override
+    FileType fileType(const QString &path) override
     {
         typeQuestions << path;
         const auto found = types.find(fileSuffix(path).toLower());
-        return found == types.end() ? tnCADFileTypes::Unsupported : found->second;
+        return found == types.end() ? FileType::Unsupported : found->second;
     }
 };

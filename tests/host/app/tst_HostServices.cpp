@@ -11,9 +11,6 @@
 #include "platform/tnPreferences.h"
 #include "platform/tnScenegraphService.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <unistd.h>
@@ -92,5 +89,4 @@ void tst_HostServices::refusesUnusableTmpDirectories()
 }
 
 QTEST_MAIN(tst_HostServices)
-
 #include "tst_HostServices.moc"

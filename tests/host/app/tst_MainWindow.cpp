@@ -10,14 +10,8 @@
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
 
-#include <QtCore/QMimeData>
-#include <QtCore/QSettings>
-#include <QtGui/QScreen>
 #include <QtTest/QtTest>
-#include <QtWidgets/QAbstractButton>
-#include <QtWidgets/QAction>
-#include <QtWidgets/QMessageBox>
-#include <QtWidgets/QPushButton>
+#include <QtWidgets/QtWidgets>
 
 using namespace tnhost;
 
@@ -28,12 +22,11 @@ QStringList sent; ///< each attribute's name and values
 void record(tnMessage &message)
 {
     for (const tnMessage::Attribute &attribute : message.attributes()) {
-        const auto *files = boost::any_cast<QStringList>(&attribute.second);
-        const auto *urls = boost::any_cast<QList<QUrl>>(&attribute.second);
-        sent << QString::fromStdString(attribute.first)
-             << (files      ? *files
-                     : urls ? QUrl::toStringList(*urls)
-                            : QStringList());
+        sent << QString::fromStdString(attribute.first);
+        if (const auto *files = boost::any_cast<QStringList>(&attribute.second))
+            sent << *files;
+        if (const auto *urls = boost::any_cast<QList<QUrl>>(&attribute.second))
+            sent << QUrl::toStringList(*urls);
     }
 }
 
@@ -159,12 +152,8 @@ void tst_MainWindow::asksBeforeItEndsAnImport()
     FileService &service = m_services.fileService();
     const auto question = [&window] { return window.findChild<QMessageBox *>(); };
     const auto press = [&question](QMessageBox::ButtonRole role) {
-        for (QAbstractButton *button : question()->buttons()) {
-            if (question()->buttonRole(button) == role) {
-                button->click();
-                break;
-            }
-        }
+        const auto buttons = question()->buttons();
+        (question()->buttonRole(buttons[0]) == role ? buttons[0] : buttons[1])->click();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     };
     const quint64 job = service.loadFiles({"/no/a.stl", "/no/b.stl"}, {}, {}, true, true, true);
@@ -223,5 +212,4 @@ void tst_MainWindow::tellsHowFarTheImportsAre()
 }
 
 QTEST_MAIN(tst_MainWindow)
-
 #include "tst_MainWindow.moc"

@@ -1,8 +1,5 @@
 #include "host/app/PluginLoader.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 using namespace tnhost;
@@ -84,5 +81,4 @@ void tst_PluginLoader::startsTheGoodBesideTheBad()
 }
 
 QTEST_GUILESS_MAIN(tst_PluginLoader)
-
 #include "tst_PluginLoader.moc"

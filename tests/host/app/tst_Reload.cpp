@@ -5,12 +5,8 @@
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
-#include <QtWidgets/QAction>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QDialog>
-#include <QtWidgets/QPushButton>
+#include <QtWidgets/QtWidgets>
 
 #include <functional>
 
@@ -100,5 +96,4 @@ void tst_Reload::replacesUntilAnotherListBegins()
 }
 
 QTEST_MAIN(tst_Reload)
-
 #include "tst_Reload.moc"

@@ -2,7 +2,6 @@
 #include "host/app/SceneView.h"
 #include "host/scene/Scene.h"
 
-#include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QtTest>
 
 using namespace tnhost;
@@ -97,5 +96,4 @@ void tst_SceneView::selectionIsTheScenes()
 }
 
 QTEST_MAIN(tst_SceneView)
-
 #include "tst_SceneView.moc"

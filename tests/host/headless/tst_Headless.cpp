@@ -1,6 +1,5 @@
 #include "HostProcess.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QSettings>
 #include <QtCore/QStandardPaths>
 #include <QtTest/QtTest>
@@ -314,5 +313,4 @@ void tst_Headless::takesOverFromKilledHosts()
 }
 
 QTEST_GUILESS_MAIN(tst_Headless)
-
 #include "tst_Headless.moc"

@@ -129,5 +129,4 @@ void tst_Script::endsAtASignalDuringASearch()
 }
 
 QTEST_GUILESS_MAIN(tst_Script)
-
 #include "tst_Script.moc"

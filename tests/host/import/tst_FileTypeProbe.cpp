@@ -1,8 +1,6 @@
 #include "host/import/CompoundFile.h"
 #include "host/import/FileTypeProbe.h"
 
-#include <QtCore/QBuffer>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 using namespace tnhost;

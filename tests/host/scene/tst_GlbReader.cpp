@@ -1,8 +1,5 @@
 #include "host/scene/GlbReader.h"
 
-#include <QtCore/QRandomGenerator>
-#include <QtCore/QTemporaryDir>
-#include <QtCore/QtEndian>
 #include <QtTest/QtTest>
 
 using namespace tnhost;
@@ -247,5 +244,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(tst_GlbReader)
-
 #include "tst_GlbReader.moc"

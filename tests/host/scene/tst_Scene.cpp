@@ -1,6 +1,5 @@
 #include "host/scene/Scene.h"
 
-#include <QtTest/QSignalSpy>
 #include <QtTest/QtTest>
 
 using namespace tnhost;
@@ -257,5 +256,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(tst_Scene)
-
 #include "tst_Scene.moc"
