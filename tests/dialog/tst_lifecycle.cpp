@@ -13,26 +13,20 @@
 
 namespace {
 
-const QStringList keys{"importDialog/advancedOptionsCollapseState",
-                       "importDialog/fileSpecificOptionsCollapseState",
-                       "importDialog/geometry",
-                       "importDialog/globalSceneOptionsCollapseState",
-                       "importDialog/importOptionsCollapseState",
-                       "importDialog/projectMergeOptionsCollapseState",
-                       "importDialog/sharedCadOptionsCollapseState",
-                       "importDialog/splitterState",
-                       "importDialog/tessellationCollapseState"};
+const QStringList keys =
+    QString("advancedOptionsCollapseState fileSpecificOptionsCollapseState geometry "
+            "globalSceneOptionsCollapseState importOptionsCollapseState "
+            "projectMergeOptionsCollapseState sharedCadOptionsCollapseState splitterState "
+            "tessellationCollapseState")
+        .split(' ')
+        .replaceInStrings(QRegularExpression("^"), "importDialog/");
 
 /// In the order of the collapse states among the keys.
-std::vector<QTNCollapsibleFrame *> frames(const tnCADImportDialog &dialog)
+std::vector<QTNCollapsibleFrame *> frames(const tnCADImportDialog &d)
 {
-    return {dialog._tesselation->advancedFrame,
-            dialog._file_specific_options,
-            dialog._scene_settings,
-            dialog._advanced_settings,
-            dialog._project_settings,
-            dialog._general_settings,
-            dialog._tesselation->tessellationFrame};
+    const tnTesselationSettings &t = *d._tesselation;
+    return {t.advancedFrame,     d._file_specific_options, d._scene_settings,  d._advanced_settings,
+            d._project_settings, d._general_settings,      t.tessellationFrame};
 }
 
 /// Importable files: one in the folder, one in a folder of it.
@@ -73,6 +67,28 @@ bool isShowingSearch(const tnCADImportDialog &dialog)
     return !dialog._lbDirectory->isHidden() && !dialog._pbAbort->isHidden();
 }
 
+struct Form : QDialog, Ui::tnImportDialog {
+    Form() { setupUi(this); }
+};
+
+/// Marks what is translated in the form's context.
+class Marker : public QTranslator {
+public:
+    QString translate(const char *context, const char *text, const char *, int) const override
+    {
+        return qstrcmp(context, "tnImportDialog") ? QString() : QLatin1Char('#') + QString(text);
+    }
+    bool isEmpty() const override { return false; }
+};
+
+QStringList items(const QComboBox *box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
+
 } // namespace
 
 class tst_Lifecycle : public QObject {
@@ -86,6 +102,52 @@ private Q_SLOTS:
     {
         QSettings().clear();
         m_services.emplace();
+    }
+
+    void theLanguageChanges()
+    {
+        // The texts change with the language; what stands at an index does not.
+        Form form;
+        form._output_dir->setText(QStringLiteral("somewhere"));
+        form._result->setText(QStringLiteral("status"));
+        form._cbFileType->addItem(QStringLiteral("Step"), 28); // at run time
+        QMap<QComboBox *, QStringList> expected;
+        for (QComboBox *box : form.findChildren<QComboBox *>()) {
+            QVERIFY2(box->count() > 0 && !items(box).contains(QString()),
+                     qPrintable(box->objectName()));
+            box->setCurrentIndex(box->count() - 1);
+            expected[box] = items(box);
+            if (box != form._cbFileType)
+                expected[box].replaceInStrings(QRegularExpression("^"), QStringLiteral("#"));
+        }
+        Marker marker;
+        QCoreApplication::installTranslator(&marker);
+        form.retranslateUi(&form);
+        for (auto box = expected.cbegin(); box != expected.cend(); ++box) {
+            QCOMPARE(items(box.key()), box.value());
+            QCOMPARE(box.key()->currentIndex(), box.key()->count() - 1);
+        }
+
+        QCOMPARE(form._output_dir->text(), QString());
+        // Set at run time, so not the form's to take back.
+        QCOMPARE(form._result->text(), QStringLiteral("status"));
+        QCOMPARE(form.windowTitle(), QStringLiteral("#Import File(s)"));
+        QCOMPARE(form._scene_settings->caption(), QStringLiteral("#Global Scene Options"));
+    }
+
+    void framesStandOpen()
+    {
+        const Form form;
+        const auto frames = form._settings->findChildren<QTNCollapsibleFrame *>(
+            QRegularExpression("_settings$|_file_specific_options"));
+        QCOMPARE(frames.size(), 5);
+        for (QTNCollapsibleFrame *frame : frames) {
+            QVERIFY2(!frame->isCollapsed(), qPrintable(frame->caption()));
+            // Folding takes the page along only if the frame was given it.
+            frame->setCollapsed(true);
+            for (const QWidget *page : frame->findChildren<QWidget *>(QRegularExpression("page")))
+                QVERIFY2(!page->isVisibleTo(frame), qPrintable(frame->caption()));
+        }
     }
 
     void windowSettingsComeBack()
@@ -209,15 +271,13 @@ private Q_SLOTS:
         tnCADImportDialog dialog(nullptr);
         int visits = 0;
         bool stop = false;
-        connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, &dialog,
-                [&](const QString &entry) {
-                    if (++visits == 1) // the others follow when there is time
-                        QCOMPARE(dialog._lbDirectory->text(), entry);
-                    QVERIFY(isShowingSearch(dialog) && dialog._pbImport->isHidden());
-                    QVERIFY(QGuiApplication::overrideCursor());
-                    if (stop)
-                        dialog._pbAbort->click();
-                });
+        connect(&tnFileTyp::instance(), &tnFileTyp::enterDirectory, &dialog, [&] {
+            ++visits;
+            QVERIFY(isShowingSearch(dialog) && dialog._pbImport->isHidden());
+            QVERIFY(QGuiApplication::overrideCursor());
+            if (stop)
+                dialog._pbAbort->click();
+        });
         dialog.prepareImport({}, {}, 0);
         QVERIFY(!drop(dialog, {}));
         QVERIFY(drop(dialog, folder.urls) && visits > 1);

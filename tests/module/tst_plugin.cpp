@@ -27,8 +27,7 @@ QWidget *openDialog()
 bool hasWindowSettings(QSettings &settings)
 {
     settings.sync();
-    return settings.contains("importDialog/geometry")
-        && settings.contains("importDialog/splitterState");
+    return settings.contains("importDialog/splitterState"); // the last one
 }
 
 /// A host that opens the dialog and then ends in the given order of words. Whatever isn't named

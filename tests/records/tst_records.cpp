@@ -168,10 +168,13 @@ private Q_SLOTS:
         const QSignalSpy start(&search, &tnFileTyp::startSearch);
         const QSignalSpy enter(&search, &tnFileTyp::enterDirectory);
         const QSignalSpy end(&search, &tnFileTyp::endSearch);
-        QCOMPARE(
-            search.searchFiles({url("a.step"), url(".hidden.step"), url("b.txt"), url("gone.step"),
-                                QUrl("http://example.org/c.step"), url("a.step")}),
-            QStringList({path("a.step"), path(".hidden.step")}));
+        const QList<QUrl> urls{url("a.step"),
+                               url(".hidden.step"),
+                               url("b.txt"),
+                               url("gone.step"),
+                               QUrl("http://example.org/c.step"),
+                               url("a.step")};
+        QCOMPARE(search.searchFiles(urls), QStringList({path("a.step"), path(".hidden.step")}));
         QVERIFY(start.isEmpty() && enter.isEmpty() && end.size() == 1);
     }
 
@@ -194,11 +197,10 @@ private Q_SLOTS:
         QCOMPARE(found.last(), path("other/e.obj"));
         QCOMPARE(found.indexOf(path("top/a.step")) + 1, found.indexOf(path("top/b.step")));
         found.sort();
-        QStringList expected{
-            path("top/a.step"),         path("top/b.step"),  path("top/sub/deep/c %1 & ü.stl"),
-            path("top/sub/odd.step.."), path("other/e.obj"), path("top/link/f.obj")};
-        expected.sort();
-        QCOMPARE(found, expected);
+        found.replaceInStrings(m_dir->path() + '/', "");
+        QCOMPARE(found.join('|'),
+                 QString("other/e.obj|top/a.step|top/b.step|top/link/f.obj|"
+                         "top/sub/deep/c %1 & ü.stl|top/sub/odd.step.."));
 
         QStringList entered;
         for (const auto &arguments : enter)

@@ -25,25 +25,16 @@ const QStringList all =
     (newImport + merge + type + buttons + addRemove + search + progress + reloadButtons)
         .split(' ', Qt::SkipEmptyParts);
 
-const QString ready =
-    QStringLiteral("Ready to import. Drag and drop to add more files and folders.");
-
-enum State { AddFiles, AddFolder, ReloadOne, ReloadMany, Run };
-
-void enter(tnCADImportDialog &dialog, int state)
+template <typename State, bool... options>
+void enter(tnCADImportDialog *dialog)
 {
-    switch (state) {
-    case AddFiles:
-        return tnCADImportAddFilesState(&dialog).enter();
-    case AddFolder:
-        return tnCADImportAddFolderState(&dialog).enter();
-    case ReloadOne:
-    case ReloadMany:
-        return tnCADImportReloadState(&dialog, state == ReloadMany).enter();
-    default:
-        tnCADImportRunState(&dialog).enter();
-    }
+    State(dialog, options...).enter();
 }
+constexpr auto *addFiles = &enter<tnCADImportAddFilesState>;
+constexpr auto *addFolder = &enter<tnCADImportAddFolderState>;
+constexpr auto *reloadOne = &enter<tnCADImportReloadState, false>;
+constexpr auto *reloadMany = &enter<tnCADImportReloadState, true>;
+constexpr auto *run = &enter<tnCADImportRunState>;
 
 } // namespace
 
@@ -57,40 +48,39 @@ private Q_SLOTS:
 
     void look()
     {
-        const QStringList importing{ready, "Global Scene Options", "Import File(s)"};
+        const QStringList importing{"Ready to import. Drag and drop to add more files and folders.",
+                                    "Global Scene Options", "Import File(s)"};
+        const QStringList running{"Convert file(s)", importing[1], importing[2]};
         const QStringList again{"Ready to re-import.", "Re-import Options", "Re-import File"};
         const struct {
-            State state;
+            const char *state;
+            void (*enter)(tnCADImportDialog *);
             QString shown, hidden;
             bool hasSettings, isLocked;
             QStringList texts;
         } rows[] = {
-            {AddFiles, newImport + type + buttons + addRemove,
+            {"addFiles", addFiles, newImport + type + buttons + addRemove,
              merge + search + progress + reloadButtons, true, false, importing},
-            {AddFolder, newImport + type + search, merge + buttons + progress, false, false,
-             importing},
-            {ReloadOne, merge + buttons,
+            {"addFolder", addFolder, newImport + type + search, merge + buttons + progress, false,
+             false, importing},
+            {"reloadOne", reloadOne, merge + buttons,
              newImport + type + search + progress + reloadButtons + addRemove, true, true, again},
-            {ReloadMany, merge + buttons + type,
+            {"reloadMany", reloadMany, merge + buttons + type,
              newImport + search + progress + reloadButtons + addRemove, true, true, again},
-            {Run,
-             progress,
-             buttons + search + reloadButtons + addRemove,
-             false,
-             false,
-             {"Convert file(s)", importing[1], importing[2]}},
+            {"run", run, progress, buttons + search + reloadButtons + addRemove, false, false,
+             running},
         };
-        for (const auto &[state, shown, hidden, hasSettings, isLocked, texts] : rows) {
+        for (const auto &[state, enter, shown, hidden, hasSettings, isLocked, texts] : rows) {
             tnCADImportDialog dialog(nullptr);
             for (const bool before : {true, false}) {
                 for (const QString &name : all)
                     dialog.findChild<QWidget *>(name)->setVisible(before);
-                enter(dialog, state);
+                enter(&dialog);
                 for (const QString &name : all) {
                     const bool expected =
                         shown.contains(name + ' ') || (before && !hidden.contains(name + ' '));
                     QVERIFY2(dialog.findChild<QWidget *>(name)->isHidden() != expected,
-                             qPrintable(QString::number(state) + name));
+                             qPrintable(QString(state) + name));
                 }
             }
             QCOMPARE(dialog._settings->isEnabled(), hasSettings);
@@ -106,17 +96,17 @@ private Q_SLOTS:
     void assetManagerOfAReload()
     {
         tnCADImportDialog dialog(nullptr);
-        enter(dialog, ReloadOne);
+        reloadOne(&dialog);
         QVERIFY(!dialog._assetManager2->isHidden()); // not on screen: as listed
         dialog.show();
         for (const int index : {0, 2, 1}) {
             const QSignalBlocker quiet(dialog._materialAssignment);
             dialog._materialAssignment->setCurrentIndex(index);
-            enter(dialog, ReloadOne);
+            reloadOne(&dialog);
             QCOMPARE(dialog._assetManager2->isVisible(), index == 2);
         }
         dialog._materialAssignment->setCurrentIndex(2);
-        enter(dialog, AddFiles);
+        addFiles(&dialog);
         QVERIFY(!dialog._assetManager2->isVisible());
     }
 

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <unistd.h>
+#include <utility>
 
 /// Takes what is printed on a standard stream for as long as it lives.
 class CapturedStream {
@@ -17,28 +18,22 @@ public:
         m_saved = dup(fileno(m_stream));
         dup2(m_file.handle(), fileno(m_stream));
     }
-    ~CapturedStream() { restore(); }
+    ~CapturedStream() { take(); }
     Q_DISABLE_COPY_MOVE(CapturedStream)
 
     /// Gives the stream back and returns what was printed.
     QByteArray take()
     {
-        restore();
+        if (m_saved >= 0) {
+            std::fflush(m_stream);
+            dup2(m_saved, fileno(m_stream));
+            close(std::exchange(m_saved, -1));
+        }
         m_file.seek(0);
         return m_file.readAll();
     }
 
 private:
-    void restore()
-    {
-        if (m_saved < 0)
-            return;
-        std::fflush(m_stream);
-        dup2(m_saved, fileno(m_stream));
-        close(m_saved);
-        m_saved = -1;
-    }
-
     FILE *m_stream;
     QTemporaryFile m_file;
     int m_saved = -1;

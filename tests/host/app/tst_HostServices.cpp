@@ -1,5 +1,4 @@
 #include "host/import/TmpDirectory.h"
-#include "host/scene/Scene.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "host/services/UsageData.h"
@@ -7,8 +6,6 @@
 #include "platform/tnIconManager.h"
 #include "platform/tnInterfaceFactory.h"
 #include "platform/tnKernelServiceFactory.h"
-#include "platform/tnMessage.h"
-#include "platform/tnPreferences.h"
 #include "platform/tnScenegraphService.h"
 
 #include <QtTest/QtTest>
@@ -29,16 +26,12 @@ private slots:
 void tst_HostServices::offersWhatPluginsLookFor()
 {
     HostServices::Options options;
-    options.tmpDirectory = "/somewhere";
     options.maxProcesses = 3;
     auto services = std::make_unique<HostServices>(options);
 
     tnScenegraphService *scene = tnScenegraphService::the();
     QVERIFY(scene && scene->allowsDirectLoad());
-    QCOMPARE(scene->rootNode(), services->scene().root());
     QCOMPARE(services->fileService().getMaxParallelProcesses(), 3);
-    QCOMPARE(boost::any_cast<QString>(tnPreferences::getData().get("FileIO tmp path")),
-             options.tmpDirectory);
 
     const auto before = UsageData::the().activities();
     tnInterfaceFactory::the().pulse()->notifyActivity();

@@ -1,6 +1,7 @@
 #include "host/app/ImportStatus.h"
 #include "host/app/LogPane.h"
 #include "host/app/MainWindow.h"
+#include "host/app/SceneModel.h"
 #include "host/app/SceneView.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
@@ -30,12 +31,20 @@ void record(tnMessage &message)
     }
 }
 
-tndNode add(Scene &scene, const tndNode &parent, const QString &file)
+/// A file of one triangle, below a group.
+tndNode add(Scene &scene, const tndNode &parent = {}, const QString &file = "/cad/a.stl",
+            const tndNode &replaced = {})
 {
+    auto mesh = std::make_shared<SceneMesh>();
+    mesh->triangles = 1;
     auto fragment = std::make_shared<SceneFragment>();
-    fragment->nodes.resize(1);
+    fragment->meshes.push_back(mesh);
+    fragment->nodes.resize(2);
+    fragment->nodes[0].children = {1};
+    fragment->nodes[1].mesh = 0;
     fragment->roots = {0};
-    return scene.addFragment(fragment, parent, file, {});
+    return replaced.isNull() ? scene.addFragment(fragment, parent, file, {})
+                             : scene.replaceNode(replaced, fragment, file, {});
 }
 
 } // namespace
@@ -57,6 +66,8 @@ private slots:
     void asksBeforeItEndsAnImport();
     void logsAnyText();
     void tellsHowFarTheImportsAre();
+    void modelFollowsTheScene();
+    void selectionIsTheScenes();
 
 private:
     HostServices m_services{{}};
@@ -68,9 +79,9 @@ void tst_MainWindow::reloadsAndRemovesTheSelection()
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     Scene &scene = m_services.scene();
-    const tndNode a = add(scene, {}, "/cad/a.stl");
+    const tndNode a = add(scene);
     const tndNode b = add(scene, a, "/cad/b.stl");
-    const tndNode again = add(scene, {}, "/cad/a.stl");
+    const tndNode again = add(scene);
     const auto *reload = window.findChild<QAction *>("reload");
     QVERIFY(!reload->isEnabled());
     // What lies below a file is reloaded with it.
@@ -150,7 +161,7 @@ void tst_MainWindow::asksBeforeItEndsAnImport()
     MainWindow window(m_services);
     window.show();
     FileService &service = m_services.fileService();
-    const auto question = [&window] { return window.findChild<QMessageBox *>(); };
+    const auto question = [&] { return window.findChild<QMessageBox *>(); };
     const auto press = [&question](QMessageBox::ButtonRole role) {
         const auto buttons = question()->buttons();
         (question()->buttonRole(buttons[0]) == role ? buttons[0] : buttons[1])->click();
@@ -209,6 +220,65 @@ void tst_MainWindow::tellsHowFarTheImportsAre()
     QCOMPARE(status.text(), QString("Importing … 0 %"));
     emit log.jobEnded(second);
     QVERIFY(status.text().isEmpty());
+}
+
+void tst_MainWindow::modelFollowsTheScene()
+{
+    Scene scene;
+    const tndNode first = add(scene);
+    SceneModel model(scene);
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::QtTest);
+    const QModelIndex triangles = model.index(0, SceneModel::Triangles, {});
+    QCOMPARE(model.indexOf(first).data().toString(), QString("a.stl"));
+    QCOMPARE(model.index(0, SceneModel::SourceFile, {}).data(Qt::ToolTipRole).toString(),
+             QString("/cad/a.stl"));
+    QCOMPARE(triangles.data().toString(), QString("1"));
+
+    const QModelIndex group = model.index(0, 0, model.indexOf(first));
+    QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    const tndNode guest = add(scene, model.nodeAt(group));
+    QCOMPARE(triangles.data().toString(), QString("2"));
+    QCOMPARE(changes.count(), 2); // the counts of the group and of the file
+    QCOMPARE(model.indexOf(guest).parent(), group);
+
+    add(scene);
+    const tndNode replaced = add(scene, {}, {}, first);
+    QCOMPARE(model.rowCount({}), 2);
+    QCOMPARE(model.indexOf(replaced).row(), 0);
+    QCOMPARE(model.rowCount(model.indexOf(replaced)), 2); // its own group and the guest
+    QVERIFY(scene.removeNode(replaced));
+    QCOMPARE(model.rowCount({}), 1);
+    QVERIFY(!model.indexOf(guest).isValid());
+}
+
+void tst_MainWindow::selectionIsTheScenes()
+{
+    Scene scene;
+    const tndNode first = add(scene);
+    const tndNode second = add(scene);
+    SceneView view(scene);
+    const auto *const model = qobject_cast<const SceneModel *>(view.model());
+    QVERIFY(!view.isExpanded(model->indexOf(second)));
+    add(scene, model->nodeAt(model->index(0, 0, model->indexOf(second))));
+    QVERIFY(view.isExpanded(model->indexOf(second)) && !view.isExpanded(model->indexOf(first)));
+    const auto select = [&view](int row) { view.setCurrentIndex(view.model()->index(row, 0)); };
+
+    select(1);
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
+    scene.setSelection({first});
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{view.model()->index(0, 0)});
+
+    // The view must not choose a neighbour in the place of what has gone.
+    select(0);
+    const tndNode fresh = add(scene, {}, {}, first);
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{fresh});
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{view.model()->index(0, 0)});
+    scene.removeNode(fresh);
+    QVERIFY(scene.selectedNodes(true).empty());
+    QVERIFY(!view.selectionModel()->hasSelection());
+    select(0);
+    QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
 }
 
 QTEST_MAIN(tst_MainWindow)

@@ -230,8 +230,8 @@ void tst_Headless::abortsOnSignals()
     const auto check = [](int signal, const QString &arguments) {
         HostProcess host;
         QVERIFY(writeHangingConverter(host));
-        QVERIFY(host.copySample("gear.stl", "gear.stl")
-                && host.copySample("chair.obj", "chair.obj"));
+        for (const char *sample : {"gear.stl", "chair.obj"})
+            QVERIFY(host.copySample(sample, sample));
         QVERIFY(host.write(
             "script",
             R"({"message":"reloadCAD","attributes":{"files":["gear.stl","chair.obj"],"wait":true}})"));
@@ -289,8 +289,8 @@ void tst_Headless::sharesAnOutputDirectory()
 void tst_Headless::takesOverFromKilledHosts()
 {
     const QTemporaryDir out;
-    const QStringList arguments{"--headless", "--mode",   "convert",
-                                "--output",   out.path(), "gear.stl"};
+    const QStringList arguments =
+        ("--headless --mode convert gear.stl --output " + out.path()).split(' ');
     HostProcess killed;
     QVERIFY(killed.copySample("gear.stl", "gear.stl") && writeHangingConverter(killed));
     killed.startHost(arguments + QStringList{"--converter", killed.path("converter")});

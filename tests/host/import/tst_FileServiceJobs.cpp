@@ -192,8 +192,7 @@ private slots:
         QCOMPARE(converted, rows);
 
         // Imported again, in another order, a part is what it was: the rows stay.
-        const QStringList before = names;
-        names.clear();
+        const QStringList before = std::exchange(names, {});
         QVERIFY(fixture.wait(fixture.load({files[2], files[0]})));
         QCOMPARE(names, before.mid(2) + before.mid(0, 2));
     }
