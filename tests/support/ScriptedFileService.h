@@ -52,21 +52,12 @@ public:
 
     void setMaxParallelProcesses(int count) override { maxParallelProcesses = count; }
     int getMaxParallelProcesses() override { return maxParallelProcesses; }
-    void setImportSettings(FileType type, const tndXlatSettings &all) override
-    {
-        xlatSettings[type] = all;
-    }
-    tndXlatSettings getImportSettings(FileType type) override { return xlatSettings[type]; }
-    tndXlatSettings getDefaultImportSettings(FileType type) override
-    {
-        return defaultXlatSettings[type];
-    }
-    void setSceneImportSettings(const tndSceneImportSettings &all) override { sceneSettings = all; }
+    void setImportSettings(FileType t, const tndXlatSettings &s) override { xlatSettings[t] = s; }
+    tndXlatSettings getImportSettings(FileType t) override { return xlatSettings[t]; }
+    tndXlatSettings getDefaultImportSettings(FileType t) override { return defaultXlatSettings[t]; }
+    void setSceneImportSettings(const tndSceneImportSettings &s) override { sceneSettings = s; }
     tndSceneImportSettings getSceneImportSettings() override { return sceneSettings; }
-    void setProjectMergeSettings(const tndProjectMergeSettings &all) override
-    {
-        mergeSettings = all;
-    }
+    void setProjectMergeSettings(const tndProjectMergeSettings &s) override { mergeSettings = s; }
     tndProjectMergeSettings getProjectMergeSettings() override { return mergeSettings; }
     bool isFileTypeEnabled(FileType type) override { return disabledTypes.count(type) == 0; }
     bool isHandledByImportDialog(const QString &) override { return handledByDialog; }

@@ -1,4 +1,5 @@
 #include "host/import/TmpDirectory.h"
+#include "host/scene/Scene.h"
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "host/services/UsageData.h"
@@ -26,12 +27,15 @@ private slots:
 void tst_HostServices::offersWhatPluginsLookFor()
 {
     HostServices::Options options;
+    options.tmpDirectory = "/somewhere";
     options.maxProcesses = 3;
     auto services = std::make_unique<HostServices>(options);
 
     tnScenegraphService *scene = tnScenegraphService::the();
     QVERIFY(scene && scene->allowsDirectLoad());
+    QCOMPARE(scene->rootNode(), services->scene().root());
     QCOMPARE(services->fileService().getMaxParallelProcesses(), 3);
+    QCOMPARE(TmpDirectory::preferred(), options.tmpDirectory);
 
     const auto before = UsageData::the().activities();
     tnInterfaceFactory::the().pulse()->notifyActivity();

@@ -111,8 +111,6 @@ void runCommand(const QString &line)
         std::_Exit(first.toInt());
     } else if (command == "hang") {
         pause();
-    } else if (command == "longwarning") {
-        send("warning", {{"message", QString(first.toInt(), 'x')}});
     } else if (command == "finish") {
         hasFinished = true;
         log("end");

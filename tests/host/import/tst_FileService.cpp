@@ -79,7 +79,7 @@ private slots:
             {"say Segmentation fault", fails(nonsense)},
             {R"(say {"event":"progress","id":999})", fails(nonsense)}, // another file's
             {"finish splendid", fails(nonsense)},
-            {"longwarning 3000000", // one may name very many parts that are missing
+            {"warning " + QByteArray(3000000, 'x'), // one may name very many parts that are missing
              "progress a 0 " + QString(3000000, 'x') + '|' + loaded + "added a|loaded a Success"},
             {"flood\nhang", fails("The converter sent an endless answer while reading a.step.")},
             {"finish success", fails("The converter wrote no file for a.step.")},
