@@ -3,6 +3,7 @@
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
 #include "core/References.h"
+#include "core/Limits.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/ReaderRegistry.h"
@@ -52,6 +53,9 @@ void applySettings(const Settings &settings, Scene &scene)
         removeEmptyGroups(scene.roots);
     if (settings.createLayerGroups)
         createLayerGroups(scene.roots);
+    // Either gives instances meshes of their own.
+    if (settings.flushTransformations || settings.unshareNodes)
+        checkTriangleCount("The scene without shared meshes", triangleCount(scene.roots));
     if (settings.flushTransformations)
         flushTransformations(scene.roots);
     if (settings.unshareNodes)
@@ -96,8 +100,8 @@ Outcome convertOrThrow(const Job &job, Report &report)
     if (!hasGeometry(scene.roots)) {
         if (!loss.empty())
             throw ConversionError(loss + " Nothing else is left of " + fileName(job.input) + ".");
-        throw ConversionError(fileName(job.input)
-                              + " contains no geometry that the settings let through.");
+        throw ConversionError(fileName(job.input) + " contains no geometry"
+                              + (scene.isFiltered ? " that the settings let through." : "."));
     }
     const std::string source =
         job.settings.fullSource ? absolutePath(job.input) : fileName(job.input);

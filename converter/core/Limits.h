@@ -16,6 +16,13 @@ constexpr std::uint64_t nodeBound = 1'000'000;
 /// this many still fits on the stack.
 constexpr int depthBound = 400;
 
+/// The most triangles of a scene, whatever the format. As many fill about 4 GB of an output, which
+/// is the most that its format can hold.
+constexpr std::uint64_t triangleBound = 50'000'000;
+
+/// The most bytes that a compressed file may unpack to; its size says nothing of that.
+constexpr std::uint64_t unpackedBound = 1'000'000'000;
+
 /// The sum of two counts of nodes, 10^18 at most, which is far above the bound.
 inline std::uint64_t nodeSum(std::uint64_t a, std::uint64_t b)
 {
@@ -31,6 +38,16 @@ inline void checkNodeCount(const std::string &what, std::uint64_t count)
         throw ConversionError(what + " repeats its parts too often: at least "
                               + std::to_string(count) + " nodes would arise, and at most "
                               + std::to_string(nodeBound) + " can be converted.");
+}
+
+/// Throws ConversionError when @p count triangles are more than a scene may have. @p what begins
+/// the sentence: it is what has the triangles.
+inline void checkTriangleCount(const std::string &what, std::uint64_t count)
+{
+    if (count > triangleBound)
+        throw ConversionError(what + " has too many triangles: " + std::to_string(count)
+                              + ", and at most " + std::to_string(triangleBound)
+                              + " can be converted.");
 }
 
 } // namespace tnconvert

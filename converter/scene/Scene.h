@@ -73,6 +73,8 @@ struct Scene {
     std::vector<std::string> missingParts;
     /// A sentence for each thing that the file states and the scene lacks.
     std::vector<std::string> losses;
+    /// Whether the settings left out something that could have been drawn.
+    bool isFiltered = false;
 };
 
 } // namespace tnconvert

@@ -214,6 +214,22 @@ bool limitEdgeLength(Primitive &primitive, double maximum, std::size_t triangleB
     return false;
 }
 
+std::uint64_t triangleCount(const Mesh &mesh)
+{
+    std::uint64_t count = 0;
+    for (const Primitive &primitive : mesh.primitives)
+        count += primitive.mode == Primitive::Mode::Triangles ? primitive.indices.size() / 3 : 0;
+    return count;
+}
+
+std::uint64_t triangleCount(const std::vector<Node> &nodes)
+{
+    std::uint64_t count = 0;
+    for (const Node &node : nodes)
+        count += (node.mesh ? triangleCount(*node.mesh) : 0) + triangleCount(node.children);
+    return count;
+}
+
 bool hasGeometry(const std::vector<Node> &nodes)
 {
     return std::any_of(nodes.begin(), nodes.end(), [](const Node &node) {

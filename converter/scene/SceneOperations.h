@@ -3,6 +3,7 @@
 #include "scene/Scene.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace tnconvert {
 
@@ -23,6 +24,10 @@ void createLayerGroups(std::vector<Node> &nodes);
 /// whose vertices have no colours. Neighbours are split alike, so no gaps arise. Stops early, and
 /// returns false, when the mesh would grow past @p triangleBound.
 bool limitEdgeLength(Primitive &primitive, double maximum, std::size_t triangleBound);
+
+/// How many triangles are drawn by a mesh, or by all nodes with each instance counted.
+std::uint64_t triangleCount(const Mesh &mesh);
+std::uint64_t triangleCount(const std::vector<Node> &nodes);
 
 /// Whether any node draws something.
 bool hasGeometry(const std::vector<Node> &nodes);

@@ -3,6 +3,7 @@
 #include "core/ConversionError.h"
 #include "core/Limits.h"
 #include "readers/kernel/Kernel.h"
+#include "readers/kernel/KernelGuard.h"
 #include "readers/kernel/SubStyles.h"
 
 #include <TColStd_HSequenceOfExtendedString.hxx>
@@ -73,6 +74,13 @@ std::vector<Node> DocumentSceneBuilder::build()
     for (const TDF_Label &root : roots)
         nodes.push_back(labelNode(root, Style(), 0));
     return nodes;
+}
+
+FaceTally DocumentSceneBuilder::faces() const
+{
+    FaceTally tally = m_mesher.faces();
+    tally.isFiltered = tally.isFiltered || m_isFiltered;
+    return tally;
 }
 
 std::uint64_t DocumentSceneBuilder::countNodes(const TDF_Label &label, int depth)
@@ -170,8 +178,11 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
     if (!isNew)
         return known->second;
 
-    if (!style.visible && !m_settings.importInvisibleSurfaces && !m_settings.importInvisibleCurves)
+    if (!style.visible && !m_settings.importInvisibleSurfaces
+        && !m_settings.importInvisibleCurves) {
+        m_isFiltered = true;
         return {};
+    }
     m_report.progress(
         m_from + (m_to - m_from) * std::min(1., double(m_known.size()) / m_nodeCounts.Extent()),
         "Tessellating");
@@ -199,7 +210,8 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
             return std::nullopt;
         return materialOf(isCurve ? chosen.curve : chosen.surface);
     };
-    known->second = m_mesher.meshes(shape, look, name);
+    if (!KernelGuard::run([&] { known->second = m_mesher.meshes(shape, look, name); }))
+        m_lostParts.push_back(name);
     return known->second;
 }
 

@@ -28,6 +28,11 @@ public:
 
     std::vector<Node> build();
 
+    /// What became of the faces of all parts, once the scene is built.
+    FaceTally faces() const;
+    /// Names of the parts that the kernel could not tessellate at all.
+    const std::vector<std::string> &lostParts() const { return m_lostParts; }
+
 private:
     Node labelNode(const TDF_Label &label, Style style, int depth);
     void overlay(const TDF_Label &label, Style &style) const;
@@ -45,6 +50,8 @@ private:
     const double m_from;
     const double m_to;
     ShapeMesher m_mesher;
+    bool m_isFiltered = false;
+    std::vector<std::string> m_lostParts;
     std::map<std::string, std::vector<std::shared_ptr<const Mesh>>> m_known;
     NCollection_DataMap<TDF_Label, std::uint64_t, TDF_LabelMapHasher> m_nodeCounts; ///< by part
 };

@@ -2,16 +2,17 @@
 
 #include "core/Report.h"
 #include "core/Settings.h"
+#include "readers/kernel/FaceTally.h"
 #include "scene/Scene.h"
 
-#include <TopTools_DataMapOfShapeInteger.hxx>
-#include <TopoDS_Face.hxx>
 #include <TopoDS_Shape.hxx>
 
 #include <functional>
 #include <optional>
 
 namespace tnconvert {
+
+class ShapeRepair;
 
 /// Tessellates the shapes of the CAD kernel as the settings ask for.
 class ShapeMesher {
@@ -22,25 +23,34 @@ public:
     ShapeMesher(const Settings &settings, Report &report);
 
     /// The shape's faces, and its free edges when curves are wanted. One primitive for each
-    /// material; when geometries are not merged, one mesh for each face.
+    /// material; when geometries are not merged, one mesh for each face. Throws ConversionError
+    /// when all shapes together have too many triangles.
     std::vector<std::shared_ptr<const Mesh>> meshes(const TopoDS_Shape &shape, const Look &look,
                                                     const std::string &name);
 
+    /// What became of the faces of all shapes so far.
+    const FaceTally &faces() const { return m_faces; }
+
 private:
-    TopoDS_Shape repaired(const TopoDS_Shape &shape, TopTools_DataMapOfShapeInteger &originOf,
-                          std::vector<TopoDS_Shape> &origins) const;
+    class Collector;
+
     double safeAngle() const; ///< radians
     double safeDeviation(const TopoDS_Shape &shape);
-    void addFace(const TopoDS_Face &face, Primitive &primitive) const;
-    void addEdge(const TopoDS_Shape &edge, double deviation, Primitive &primitive) const;
+    void addFaces(const ShapeRepair &repair, const Look &look, Collector &collector,
+                  FaceTally &tally);
+    void addFreeEdges(const TopoDS_Shape &shape, const Look &look, Collector &collector,
+                      FaceTally &tally);
+    Primitive segments(const TopoDS_Shape &edge, double deviation) const;
+    void limitChords(Primitive &primitive);
     void warnOnce(bool &wasWarned, const std::string &message);
 
     const Settings &m_settings;
     Report &m_report;
+    FaceTally m_faces;
+    std::uint64_t m_triangles = 0;
     bool m_deviationWarned = false;
     bool m_angleWarned = false;
     bool m_chordWarned = false;
-    bool m_failureWarned = false;
 };
 
 } // namespace tnconvert

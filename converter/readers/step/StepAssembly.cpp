@@ -35,6 +35,7 @@ Scene StepAssembly::read(const std::string &path)
     scene.roots = std::move(load(absolutePath(path), 0, 90).nodes);
     scene.missingParts = std::move(m_missingParts);
     scene.losses = std::move(m_losses);
+    scene.isFiltered = m_isFiltered;
     return scene;
 }
 
@@ -50,6 +51,10 @@ StepAssembly::File &StepAssembly::load(const std::string &path, double from, dou
     file.nodes = file.builder->build();
     if (!file.builder->losses().isEmpty())
         m_losses.push_back(file.builder->losses().sentence(fileName(path)));
+    const FaceTally &faces = file.builder->faces();
+    if (faces.lost > 0)
+        m_losses.push_back(faces.sentence(fileName(path)));
+    m_isFiltered = m_isFiltered || faces.isFiltered || file.builder->isFiltered();
     file.isOpen = false;
     return file;
 }

@@ -45,6 +45,7 @@ private:
     std::uint64_t m_nodeCount = 0;
     std::vector<std::string> m_missingParts;
     std::vector<std::string> m_losses;
+    bool m_isFiltered = false;
 };
 
 } // namespace tnconvert

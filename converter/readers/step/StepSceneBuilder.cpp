@@ -115,7 +115,10 @@ StepSceneBuilder::Meshes StepSceneBuilder::meshesOf(std::size_t number, const St
 {
     const bool isHidden =
         !style.visible && !m_settings.importInvisibleSurfaces && !m_settings.importInvisibleCurves;
-    if (product(number).items.empty() || isHidden)
+    if (product(number).items.empty())
+        return {};
+    m_isFiltered = m_isFiltered || isHidden;
+    if (isHidden)
         return {};
     const auto [known, isNew] = m_meshes.try_emplace(std::to_string(number) + "|" + style.key());
     if (isNew)

@@ -34,6 +34,10 @@ public:
 
     /// What got lost of the document so far.
     const StepLosses &losses() const { return m_losses; }
+    /// What became of the faces so far.
+    const FaceTally &faces() const { return m_mesher.faces(); }
+    /// Whether the settings kept hidden parts out.
+    bool isFiltered() const { return m_isFiltered; }
 
 private:
     using Meshes = std::vector<std::shared_ptr<const Mesh>>;
@@ -63,6 +67,7 @@ private:
     ShapeMesher m_mesher;
     const StepPartTransfer m_transfer;
     StepLosses m_losses;
+    bool m_isFiltered = false;
     std::unordered_map<std::size_t, StepSceneBuilder *> m_files; ///< by product
     std::unordered_map<std::size_t, StepPart> m_parts; ///< by product
     std::map<std::string, Meshes> m_meshes; ///< by product and look
