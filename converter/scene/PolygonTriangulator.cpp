@@ -1,16 +1,19 @@
 #include "scene/PolygonTriangulator.h"
 
+#include <boost/geometry.hpp>
+#include <boost/geometry/geometries/point.hpp>
+#include <boost/geometry/index/rtree.hpp>
+
+#include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <deque>
+#include <optional>
 
 namespace tnconvert {
 
 namespace {
 
 using Triangles = std::vector<std::array<std::uint32_t, 3>>;
-
-/// Cutting ears costs the square of the corners; larger polygons are taken for convex.
-constexpr std::size_t earBound = 4000;
 
 struct Point {
     double x;
@@ -76,58 +79,107 @@ Triangles fan(std::size_t n)
     return result;
 }
 
+/// Cuts off one corner after the other. In a polygon that does not cross itself no more than the
+/// two neighbours of a cut corner can become ears by it, and only reflex corners can stand in the
+/// way of one: each corner is looked at a few times, and what stands in its way is found in a tree.
 class EarCutter {
 public:
     explicit EarCutter(const std::vector<Point> &points)
         : m_points(points)
-        , m_left(points.size())
+        , m_before(points.size())
+        , m_after(points.size())
+        , m_isCut(points.size())
     {
-        std::iota(m_left.begin(), m_left.end(), 0U);
+        std::vector<Entry> reflex;
+        for (std::uint32_t i = 0; i < points.size(); ++i) {
+            m_open.push_back(i);
+            m_before[i] = i > 0 ? i - 1 : std::uint32_t(points.size() - 1);
+            m_after[i] = i + 1 < points.size() ? i + 1 : 0;
+        }
+        for (const std::uint32_t i : m_open) {
+            if (turnAt(i) <= 0)
+                reflex.push_back(entry(i));
+        }
+        m_reflex = Tree(reflex);
     }
 
     Triangles cut()
     {
         Triangles result;
-        while (m_left.size() > 3) {
+        std::uint32_t last = 0;
+        for (std::size_t left = m_points.size(); left > 3; --left) {
             // Without an ear the polygon crosses itself; any corner has to do.
-            std::size_t ear = 0;
-            while (ear < m_left.size() && !isEar(ear))
-                ++ear;
-            if (ear == m_left.size())
-                ear = 0;
-            result.push_back({before(ear), m_left[ear], after(ear)});
-            m_left.erase(m_left.begin() + std::ptrdiff_t(ear));
+            last = nextEar().value_or(m_after[last]);
+            result.push_back({m_before[last], last, m_after[last]});
+            remove(last);
         }
-        result.push_back({m_left[0], m_left[1], m_left[2]});
+        result.push_back({m_before[last], m_after[last], m_after[m_after[last]]});
         return result;
     }
 
 private:
-    std::uint32_t before(std::size_t i) const
-    {
-        return m_left[(i + m_left.size() - 1) % m_left.size()];
-    }
-    std::uint32_t after(std::size_t i) const { return m_left[(i + 1) % m_left.size()]; }
+    using Position = boost::geometry::model::point<double, 2, boost::geometry::cs::cartesian>;
+    using Entry = std::pair<Position, std::uint32_t>;
+    using Tree = boost::geometry::index::rtree<Entry, boost::geometry::index::quadratic<16>>;
 
-    bool isEar(std::size_t i) const
+    Entry entry(std::uint32_t i) const { return {Position(m_points[i].x, m_points[i].y), i}; }
+
+    double turnAt(std::uint32_t i) const
     {
-        const Point &a = m_points[before(i)];
-        const Point &b = m_points[m_left[i]];
-        const Point &c = m_points[after(i)];
-        if (turn(a, b, c) <= 0)
-            return false;
-        for (const std::uint32_t other : m_left) {
-            const Point &p = m_points[other];
-            if (isSame(p, a) || isSame(p, b) || isSame(p, c))
-                continue;
-            if (isWithin(p, a, b, c))
-                return false;
+        return turn(m_points[m_before[i]], m_points[i], m_points[m_after[i]]);
+    }
+
+    std::optional<std::uint32_t> nextEar()
+    {
+        while (!m_open.empty()) {
+            const std::uint32_t corner = m_open.front();
+            m_open.pop_front();
+            if (!m_isCut[corner] && isEar(corner))
+                return corner;
         }
-        return true;
+        return std::nullopt;
+    }
+
+    bool isEar(std::uint32_t i) const
+    {
+        if (turnAt(i) <= 0)
+            return false;
+        const Point &a = m_points[m_before[i]];
+        const Point &b = m_points[i];
+        const Point &c = m_points[m_after[i]];
+        const boost::geometry::model::box<Position> box(
+            {std::min({a.x, b.x, c.x}), std::min({a.y, b.y, c.y})},
+            {std::max({a.x, b.x, c.x}), std::max({a.y, b.y, c.y})});
+        const auto isInTheWay = [&](const Entry &other) {
+            const Point &p = m_points[other.second];
+            return !isSame(p, a) && !isSame(p, b) && !isSame(p, c) && isWithin(p, a, b, c);
+        };
+        namespace index = boost::geometry::index;
+        return m_reflex.qbegin(index::intersects(box) && index::satisfies(isInTheWay))
+            == m_reflex.qend();
+    }
+
+    void remove(std::uint32_t i)
+    {
+        const std::uint32_t neighbours[] = {m_before[i], m_after[i]};
+        m_isCut[i] = true;
+        m_reflex.remove(entry(i));
+        for (const std::uint32_t neighbour : neighbours) {
+            const bool wasReflex = turnAt(neighbour) <= 0;
+            (neighbour == neighbours[0] ? m_after : m_before)[neighbour] =
+                neighbour == neighbours[0] ? neighbours[1] : neighbours[0];
+            if (wasReflex && turnAt(neighbour) > 0)
+                m_reflex.remove(entry(neighbour));
+            m_open.push_back(neighbour);
+        }
     }
 
     const std::vector<Point> &m_points;
-    std::vector<std::uint32_t> m_left;
+    std::vector<std::uint32_t> m_before;
+    std::vector<std::uint32_t> m_after;
+    std::vector<bool> m_isCut;
+    std::deque<std::uint32_t> m_open; ///< corners that may be ears
+    Tree m_reflex;
 };
 
 } // namespace
@@ -141,7 +193,7 @@ Triangles triangulated(const std::vector<Vec3> &corners)
     const std::vector<Point> points = projected(corners);
     if (points.empty())
         return {};
-    if (points.size() > earBound || isConvex(points))
+    if (isConvex(points))
         return fan(points.size());
     return EarCutter(points).cut();
 }

@@ -19,9 +19,9 @@ private slots:
     void polygons()
     {
         std::vector<double> comb{0, 0, 0};
-        for (int i = 0; i < 300; ++i)
+        for (int i = 0; i < 6000; ++i)
             comb.insert(comb.end(), {double(i), i % 2 ? 1. : 9., 0});
-        comb.insert(comb.end(), {299, 0, 0});
+        comb.insert(comb.end(), {5999, 0, 0});
         const struct {
             std::vector<double> coordinates;
             int triangles;
@@ -38,7 +38,7 @@ private slots:
              8,
              8},
             {std::vector<double>(15, 1), 0, 0},
-            {comb, 300, 299 * 5}, // each pair of teeth covers 10 mm²
+            {comb, 6000, 5999 * 5}, // each pair of teeth covers 10 mm²
         };
         for (const auto &[coordinates, triangles, area] : rows) {
             std::vector<Vec3> corners;
@@ -48,7 +48,7 @@ private slots:
             for (const auto &[a, b, c] : triangulated(corners))
                 sum = sum + (corners[b] - corners[a]).cross(corners[c] - corners[a]) * 0.5;
             QCOMPARE(int(triangulated(corners).size()), triangles);
-            QVERIFY2(std::fabs(sum.length() - area) < 1e-9, QByteArray::number(sum.length()));
+            QVERIFY2(std::fabs(sum.length() - area) < 1e-6, QByteArray::number(sum.length()));
         }
     }
 
