@@ -3,6 +3,7 @@
 #include "core/ConversionError.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
+#include "readers/step/StepHeader.h"
 #include "scene/SceneOperations.h"
 
 #include <utility>
@@ -33,6 +34,10 @@ Scene StepAssembly::read(const std::string &path)
     m_references.emplace(path, m_settings.followOutside);
     Scene scene;
     scene.roots = std::move(load(absolutePath(path), 0, 90).nodes);
+    if (!hasGeometry(scene.roots) && !m_isFiltered && isAnalysisModel(path))
+        throw ConversionError(fileName(path)
+                              + " is an analysis model (AP209) that holds finite elements, which "
+                                "are not read, and no shapes.");
     scene.missingParts = std::move(m_missingParts);
     scene.losses = std::move(m_losses);
     scene.isFiltered = m_isFiltered;

@@ -6,6 +6,7 @@
 #include "core/Text.h"
 #include "readers/kernel/KernelGuard.h"
 #include "readers/step/StepDamage.h"
+#include "readers/step/StepHeader.h"
 
 #include <STEPConstruct_ExternRefs.hxx>
 #include <StepBasic_DocumentFile.hxx>
@@ -116,7 +117,8 @@ void StepDocument::noteDamage(Report &report)
     const StepDamage damage(*m_entities);
     if (damage.neededCount() > 0)
         m_losses.add(StepLosses::Kind::Needed, damage.firstNeeded(), damage.neededCount());
-    if (damage.otherCount() > 0)
+    // The kernel knows no finite elements, and takes them for damage.
+    if (damage.otherCount() > 0 && !isAnalysisModel(m_path))
         report.warning(isDamaged + std::to_string(damage.otherCount())
                        + " of its entities are not as they should be, but no shape needs them.");
     if (m_looks->damagedCount() > 0)
