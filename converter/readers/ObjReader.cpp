@@ -4,14 +4,15 @@
 #include "core/FileProbe.h"
 #include "core/References.h"
 #include "core/Text.h"
+#include "readers/obj/ObjFile.h"
 #include "scene/FacetMeshBuilder.h"
+#include "scene/PolygonTriangulator.h"
 
 #include <tiny_obj_loader.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -40,158 +41,6 @@ void checkContent(const std::string &path, std::string_view content)
     throwWrongContent(path, "an Obj file", "its first line has no keyword of this format");
 }
 
-/// Splits the first word off @p text, at the blanks that the library splits at.
-std::string_view nextWord(std::string_view &text)
-{
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(" \t"));
-    text.remove_prefix(word.size());
-    return word;
-}
-
-/// What the library would get wrong without a word: it takes coordinates that are no numbers for
-/// 0, and it knows no lines that continue behind a backslash.
-class ObjPreparation {
-public:
-    ObjPreparation(const std::string &path, std::string &content)
-        : m_path(path)
-        , m_content(content)
-    {
-    }
-
-    void run()
-    {
-        std::size_t line = 1;
-        for (std::size_t begin = 0; begin < m_content.size();) {
-            std::size_t end = lineEnd(begin);
-            std::size_t lineCount = 1;
-            const std::size_t first = m_content.find_first_not_of(" \t", begin);
-            // Names and comments may well end with a backslash of their own.
-            const bool mayContinue =
-                first < end && std::string_view("vflp").find(m_content[first]) != std::string::npos;
-            for (std::size_t last = begin; mayContinue && continues(last, end); ++lineCount) {
-                last = end + newlineLength(end);
-                end = lineEnd(last);
-            }
-            std::size_t length = end - begin;
-            if (lineCount > 1) {
-                join(begin, end);
-                length = lineEnd(begin) - begin;
-            }
-            checkVertex(std::string_view(m_content).substr(begin, length), line);
-            line += lineCount;
-            begin = end + newlineLength(end);
-        }
-    }
-
-private:
-    std::size_t lineEnd(std::size_t begin) const
-    {
-        return std::min(m_content.find_first_of("\r\n", begin), m_content.size());
-    }
-
-    std::size_t newlineLength(std::size_t at) const
-    {
-        return m_content.compare(at, 2, "\r\n") == 0 ? 2 : 1;
-    }
-
-    bool continues(std::size_t begin, std::size_t end) const
-    {
-        return end > begin && end < m_content.size() && m_content[end - 1] == '\\'
-            && std::string_view(m_content).substr(begin, end - begin).find('#')
-            == std::string_view::npos;
-    }
-
-    /// Moves the line ends to the end, so that the lines behind keep their numbers.
-    void join(std::size_t begin, std::size_t end)
-    {
-        std::string joined;
-        std::string newlines;
-        for (std::size_t at = begin; at < end;) {
-            const std::size_t stop = lineEnd(at);
-            if (stop >= end) {
-                joined.append(m_content, at, end - at);
-                break;
-            }
-            joined.append(m_content, at, stop - 1 - at);
-            joined.append(newlineLength(stop), ' ');
-            newlines += '\n';
-            at = stop + newlineLength(stop);
-        }
-        m_content.replace(begin, end - begin, joined + newlines);
-    }
-
-    void checkVertex(std::string_view text, std::size_t line) const
-    {
-        if (nextWord(text) != "v")
-            return;
-        text = text.substr(0, text.find('#'));
-        for (int i = 0; i < 3; ++i) {
-            if (!parseNumber(nextWord(text)))
-                throw ConversionError(fileName(m_path) + " is damaged at line "
-                                      + std::to_string(line)
-                                      + ": a vertex has not three coordinates.");
-        }
-    }
-
-    const std::string &m_path;
-    std::string &m_content;
-};
-
-/// Unlike the library's own reader, one that opens nothing but files, which cannot block.
-class MaterialLibraryReader : public tinyobj::MaterialReader {
-public:
-    MaterialLibraryReader(const std::string &objPath, bool followsOutside)
-        : m_directory(std::filesystem::path(absolutePath(objPath)).parent_path())
-        , m_references(objPath, followsOutside)
-    {
-    }
-
-    /// A sentence for each library that may not be read.
-    std::vector<std::string> losses() const { return {m_losses.begin(), m_losses.end()}; }
-
-    bool operator()(const std::string &name, std::vector<tinyobj::material_t> *materials,
-                    std::map<std::string, int> *indices, std::string *warnings,
-                    std::string *errors) override
-    {
-        // A blank at the end of the line makes an empty name.
-        if (name.empty())
-            return false;
-        try {
-            const std::string path = (m_directory / name).string();
-            if (!m_references.mayFollow(path)) {
-                m_losses.insert("The materials of " + validUtf8(path)
-                                + " are missing: " + m_references.objection(path) + ".");
-                return false;
-            }
-            m_references.check(path);
-            checkReadable(path);
-            std::istringstream stream(std::string(withoutByteOrderMark(readWhole(path))));
-            tinyobj::LoadMtl(indices, materials, &stream, warnings, errors);
-            return true;
-        } catch (const ConversionError &error) {
-            *warnings += std::string(error.what()) + "\n";
-            return false;
-        }
-    }
-
-private:
-    const std::filesystem::path m_directory;
-    const References m_references;
-    std::set<std::string> m_losses; ///< a file may name one library many times
-};
-
-/// The library's messages, one for each line.
-void forEachLine(const std::string &text, const std::function<void(const std::string &)> &use)
-{
-    std::istringstream lines(text);
-    std::string line;
-    while (std::getline(lines, line)) {
-        if (!trimmed(line).empty())
-            use(validUtf8(trimmed(line)));
-    }
-}
-
 Material materialOf(const tinyobj::material_t &stated)
 {
     Material material;
@@ -209,186 +58,239 @@ Material materialOf(const tinyobj::material_t &stated)
     return material;
 }
 
-/// Turns the library's flat lists into meshes.
-class ObjSceneBuilder {
+/// The material libraries of one file.
+class Libraries {
 public:
-    ObjSceneBuilder(const tinyobj::attrib_t &attributes,
-                    const std::vector<tinyobj::material_t> &materials, Report &report)
-        : m_attributes(attributes)
-        , m_hasColors(!attributes.colors.empty()
-                      && attributes.colors.size() == attributes.vertices.size())
+    Libraries(const std::string &objPath, bool followsOutside, Report &report)
+        : m_directory(std::filesystem::path(absolutePath(objPath)).parent_path())
+        , m_references(objPath, followsOutside)
         , m_report(report)
     {
-        for (const tinyobj::material_t &material : materials)
-            m_materials.push_back(materialOf(material));
     }
 
-    Node shapeNode(const tinyobj::shape_t &shape, const Settings &settings)
+    /// @p names stand in one line. A name may have blanks in it, or be one of several.
+    void read(const std::string &names)
+    {
+        std::error_code ignored;
+        if (std::filesystem::exists(m_directory / names, ignored))
+            return readOne(names);
+        std::istringstream words(names);
+        for (std::string name; words >> name;)
+            readOne(name);
+    }
+
+    /// A sentence for each library that may not be read.
+    std::vector<std::string> losses() const { return {m_losses.begin(), m_losses.end()}; }
+
+    /// The material of this name; the usual one, with a warning, where there is none.
+    Material material(const std::string &name) const
+    {
+        const auto found = m_indices.find(name);
+        if (found != m_indices.end())
+            return materialOf(m_materials[std::size_t(found->second)]);
+        m_report.warning("The material " + validUtf8(name) + " is not known.");
+        return {};
+    }
+
+private:
+    void readOne(const std::string &name)
+    {
+        try {
+            const std::string path = (m_directory / name).string();
+            if (!m_references.mayFollow(path)) {
+                m_losses.insert("The materials of " + validUtf8(path)
+                                + " are missing: " + m_references.objection(path) + ".");
+                return;
+            }
+            m_references.check(path);
+            // Other than the library's own way, this opens nothing but files, which cannot block.
+            checkReadable(path);
+            std::istringstream stream(std::string(withoutByteOrderMark(readWhole(path))));
+            std::string warnings;
+            std::string errors;
+            tinyobj::LoadMtl(&m_indices, &m_materials, &stream, &warnings, &errors);
+            std::istringstream lines(warnings + errors);
+            for (std::string line; std::getline(lines, line);) {
+                if (!trimmed(line).empty())
+                    m_report.warning(validUtf8(trimmed(line)));
+            }
+        } catch (const ConversionError &error) {
+            m_report.warning(error.what());
+        }
+    }
+
+    const std::filesystem::path m_directory;
+    const References m_references;
+    Report &m_report;
+    std::set<std::string> m_losses; ///< a file may name one library many times
+    std::map<std::string, int> m_indices;
+    std::vector<tinyobj::material_t> m_materials;
+};
+
+/// Turns the shapes of a file into meshes.
+class ObjSceneBuilder {
+public:
+    ObjSceneBuilder(const ObjFile &file, std::vector<Material> materials)
+        : m_file(file)
+        , m_hasColors(file.colors.size() == file.points.size())
+        , m_materials(std::move(materials))
+    {
+    }
+
+    Node shapeNode(const ObjFile::Shape &shape, const Settings &settings)
     {
         auto mesh = std::make_shared<Mesh>();
         mesh->name = shape.name;
         if (settings.importMeshes)
-            addFacets(shape.mesh, *mesh);
+            addFacets(shape, *mesh);
         if (settings.importCurves)
-            addLines(shape.lines, *mesh);
+            addLines(shape, *mesh);
         Node node;
         node.name = shape.name;
         node.mesh = mesh;
         return node;
     }
 
-    void warnOfDropped()
-    {
-        if (m_dropped > 0)
-            m_report.warning(
-                std::to_string(m_dropped)
-                + " faces with indices out of range or impossible coordinates are left out.");
-    }
+    /// Triangles that the meshes lack because their coordinates are out of all bounds.
+    std::size_t dropped() const { return m_dropped; }
 
 private:
     /// The facets of one material, with the points that they use.
     struct Part {
         FacetMeshBuilder builder;
-        std::unordered_map<int, std::uint32_t> pointOf;
+        std::unordered_map<std::uint32_t, std::uint32_t> pointOf;
     };
 
-    void addFacets(const tinyobj::mesh_t &stated, Mesh &mesh)
+    void addFacets(const ObjFile::Shape &shape, Mesh &mesh)
     {
         const bool hasGroups =
-            std::any_of(stated.smoothing_group_ids.begin(), stated.smoothing_group_ids.end(),
-                        [](unsigned id) { return id != 0; });
+            std::any_of(shape.faces.begin(), shape.faces.end(),
+                        [](const ObjFile::Face &face) { return face.smoothingGroup != 0; });
         std::map<int, Part> parts;
-        for (std::size_t i = 0; i + 2 < stated.indices.size(); i += 3) {
-            const std::size_t face = i / 3;
-            const int id = face < stated.material_ids.size() ? stated.material_ids[face] : -1;
-            Part &part = parts[id];
-            FacetMeshBuilder::Facet facet;
-            for (std::size_t c = 0; c < 3; ++c)
-                facet.corners[c] = corner(stated.indices[i + c], part);
-            if (hasGroups && face < stated.smoothing_group_ids.size()) {
-                facet.smoothingGroup = stated.smoothing_group_ids[face];
-                part.builder.creaseAngle = M_PI;
-            }
-            part.builder.facets.push_back(facet);
-        }
+        for (const ObjFile::Face &face : shape.faces)
+            addFace(face, hasGroups, parts[face.material]);
         for (auto &[id, part] : parts) {
             Primitive primitive = part.builder.build();
             m_dropped += part.builder.droppedFacets();
-            if (id >= 0 && std::size_t(id) < m_materials.size())
+            if (id >= 0)
                 primitive.material = m_materials[std::size_t(id)];
             mesh.primitives.push_back(std::move(primitive));
         }
     }
 
-    FacetMeshBuilder::Corner corner(const tinyobj::index_t &index, Part &part) const
+    void addFace(const ObjFile::Face &face, bool hasGroups, Part &part) const
+    {
+        std::vector<Vec3> positions;
+        for (const ObjFile::Corner &c : face.corners)
+            positions.push_back(m_file.points[c.point]);
+        for (const std::array<std::uint32_t, 3> &triangle : triangulated(positions)) {
+            FacetMeshBuilder::Facet facet;
+            for (std::size_t i = 0; i < 3; ++i)
+                facet.corners[i] = corner(face.corners[triangle[i]], part);
+            if (hasGroups) {
+                facet.smoothingGroup = face.smoothingGroup;
+                part.builder.creaseAngle = M_PI;
+            }
+            part.builder.facets.push_back(facet);
+        }
+    }
+
+    FacetMeshBuilder::Corner corner(const ObjFile::Corner &stated, Part &part) const
     {
         FacetMeshBuilder::Corner result;
-        // An index beyond all points makes the builder drop the facet.
-        result.point = 0xFFFFFFFF;
-        if (!isPoint(index.vertex_index))
-            return result;
         const auto [entry, isNew] =
-            part.pointOf.try_emplace(index.vertex_index, std::uint32_t(part.builder.points.size()));
+            part.pointOf.try_emplace(stated.point, std::uint32_t(part.builder.points.size()));
         if (isNew)
-            part.builder.points.push_back(triple(m_attributes.vertices, index.vertex_index));
+            part.builder.points.push_back(m_file.points[stated.point]);
         result.point = entry->second;
-        if (index.normal_index >= 0
-            && std::size_t(index.normal_index) * 3 + 2 < m_attributes.normals.size())
-            result.normal = triple(m_attributes.normals, index.normal_index);
+        if (stated.normal)
+            result.normal = m_file.normals[*stated.normal];
         if (m_hasColors)
-            result.color = color(index.vertex_index);
+            result.color = color(m_file.colors[stated.point]);
         return result;
     }
 
-    void addLines(const tinyobj::lines_t &stated, Mesh &mesh)
+    void addLines(const ObjFile::Shape &shape, Mesh &mesh) const
     {
         Primitive primitive;
         primitive.mode = Primitive::Mode::Lines;
-        std::size_t start = 0;
-        for (const int count : stated.num_line_vertices) {
-            bool continues = false;
-            for (std::size_t i = start; i < start + std::size_t(count) && i < stated.indices.size();
-                 ++i) {
-                const int index = stated.indices[i].vertex_index;
-                if (!isPoint(index)) {
-                    ++m_dropped;
-                    continues = false;
-                    continue;
-                }
-                const Vec3 p = triple(m_attributes.vertices, index);
+        for (const std::vector<std::uint32_t> &line : shape.lines) {
+            for (std::size_t i = 0; i < line.size(); ++i) {
+                const Vec3 &p = m_file.points[line[i]];
                 const auto vertex = std::uint32_t(primitive.positions.size());
                 primitive.positions.push_back({float(p.x), float(p.y), float(p.z)});
-                if (continues)
+                if (i > 0)
                     primitive.indices.insert(primitive.indices.end(), {vertex - 1, vertex});
-                continues = true;
             }
-            start += std::size_t(count);
         }
         if (!primitive.indices.empty())
             mesh.primitives.push_back(std::move(primitive));
     }
 
-    bool isPoint(int index) const
+    static Rgba8 color(const Vec3 &c)
     {
-        return index >= 0 && std::size_t(index) * 3 + 2 < m_attributes.vertices.size();
-    }
-
-    static Vec3 triple(const std::vector<tinyobj::real_t> &values, int index)
-    {
-        const std::size_t start = std::size_t(index) * 3;
-        return {values[start], values[start + 1], values[start + 2]};
-    }
-
-    Rgba8 color(int index) const
-    {
-        const Vec3 c = triple(m_attributes.colors, index);
         const auto byte = [](double v) {
             return std::uint8_t(std::lround(std::clamp(v, 0.0, 1.0) * 255));
         };
         return {byte(c.x), byte(c.y), byte(c.z), 255};
     }
 
-    const tinyobj::attrib_t &m_attributes;
+    const ObjFile &m_file;
     const bool m_hasColors;
-    Report &m_report;
-    std::vector<Material> m_materials;
+    const std::vector<Material> m_materials;
     std::size_t m_dropped = 0;
 };
+
+/// Tells @p scene what the file states and the scene lacks, or need not have.
+void addLosses(const ObjFile &file, const Settings &settings, std::size_t dropped, Scene &scene)
+{
+    std::size_t faces = 0;
+    bool hasLines = false;
+    for (const ObjFile::Shape &shape : file.shapes) {
+        faces += shape.faces.size();
+        hasLines = hasLines || !shape.lines.empty();
+    }
+    scene.isFiltered =
+        (!settings.importMeshes && faces > 0) || (!settings.importCurves && hasLines);
+    const auto add = [&scene](std::size_t count, const std::string &what) {
+        if (count > 0)
+            scene.losses.push_back(std::to_string(count) + what);
+    };
+    if (settings.importMeshes) {
+        add(file.lostFaces,
+            " of " + std::to_string(faces + file.lostFaces)
+                + " faces have indices out of range or fewer than three corners.");
+        add(dropped, " triangles have impossible coordinates.");
+        add(file.freeForms, " free-form surfaces are not read.");
+    }
+    if (settings.importCurves)
+        add(file.lostLines, " lines have indices out of range or fewer than two points.");
+}
 
 } // namespace
 
 Scene ObjReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     report.progress(0, "Reading");
-    std::string content(withoutByteOrderMark(readWhole(path)));
-    checkContent(path, content);
-    ObjPreparation(path, content).run();
-    tinyobj::attrib_t attributes;
-    std::vector<tinyobj::shape_t> shapes;
-    std::vector<tinyobj::material_t> materials;
-    std::string warnings;
-    std::string errors;
-    std::istringstream stream(content);
-    MaterialLibraryReader libraries(path, settings.followOutside);
-    const bool isRead = tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors,
-                                         &stream, &libraries, /*triangulate*/ true,
-                                         /*default_vcols_fallback*/ false);
-    forEachLine(warnings, [&report](const std::string &line) { report.warning(line); });
-    if (!isRead) {
-        std::string reasons;
-        forEachLine(errors, [&reasons](const std::string &line) { reasons += " " + line; });
-        throw ConversionError(
-            fileName(path) + " is damaged:" + (reasons.empty() ? " it cannot be read." : reasons));
-    }
+    const std::string content = readWhole(path);
+    const std::string_view text = withoutByteOrderMark(content);
+    checkContent(path, text);
+    const ObjFile file = ObjFile::read(text, fileName(path));
     report.progress(60, "Reading");
+    Libraries libraries(path, settings.followOutside, report);
+    for (const std::string &names : file.libraries)
+        libraries.read(names);
+    std::vector<Material> materials;
+    for (const std::string &name : file.materials)
+        materials.push_back(libraries.material(name));
 
     Scene scene;
     scene.up = UpAxis::Y;
     scene.losses = libraries.losses();
-    ObjSceneBuilder builder(attributes, materials, report);
-    for (const tinyobj::shape_t &shape : shapes)
+    ObjSceneBuilder builder(file, std::move(materials));
+    for (const ObjFile::Shape &shape : file.shapes)
         scene.roots.push_back(builder.shapeNode(shape, settings));
-    builder.warnOfDropped();
+    addLosses(file, settings, builder.dropped(), scene);
     return scene;
 }
 

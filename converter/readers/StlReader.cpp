@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/Limits.h"
 #include "core/Text.h"
 #include "scene/FacetMeshBuilder.h"
 
@@ -37,6 +38,12 @@ struct Solid {
     std::vector<Vec3> corners;
 };
 
+/// What a file holds.
+struct StlContent {
+    std::vector<Solid> solids;
+    std::uint64_t announced = 0; ///< triangles, so far as the file says how many
+};
+
 class AsciiStl {
 public:
     AsciiStl(const std::string &path, std::string_view text)
@@ -45,9 +52,10 @@ public:
     {
     }
 
-    std::vector<Solid> parse()
+    StlContent parse()
     {
-        std::vector<Solid> solids;
+        StlContent content;
+        std::vector<Solid> &solids = content.solids;
         std::string_view line;
         bool isOpen = false;
         while (nextLine(line)) {
@@ -67,13 +75,15 @@ public:
                     fail("a facet has not three corners");
             } else if (word == "endsolid") {
                 isOpen = false;
-            } else if (word != "facet" && word != "outer" && word != "color") {
+            } else if (word == "facet") {
+                checkTriangleCount(fileName(m_path), ++content.announced);
+            } else if (word != "outer" && word != "color") {
                 fail("\"" + validUtf8(word) + "\" is no word of this format");
             }
         }
         if (isOpen)
             fail("the file ends within a solid");
-        return solids;
+        return content;
     }
 
 private:
@@ -126,7 +136,7 @@ private:
     std::size_t m_line = 0;
 };
 
-std::vector<Solid> parseBinary(const std::string &content, std::size_t count)
+StlContent parseBinary(const std::string &content, std::size_t count)
 {
     Solid solid;
     solid.corners.reserve(count * 3);
@@ -139,17 +149,19 @@ std::vector<Solid> parseBinary(const std::string &content, std::size_t count)
                 {littleEndianFloat(p), littleEndianFloat(p + 4), littleEndianFloat(p + 8)});
         }
     }
-    return {solid};
+    return {{std::move(solid)}, count};
 }
 
-std::vector<Solid> parse(const std::string &path, const std::string &content, Report &report)
+StlContent parse(const std::string &path, const std::string &content, Scene &scene, Report &report)
 {
     const bool hasHeader = content.size() >= headerSize;
     const std::size_t count = hasHeader ? littleEndian32(content.data() + 80) : 0;
     const std::size_t expected = headerSize + count * facetSize;
     // Binary files may begin with "solid" as well, so the size decides first.
-    if (hasHeader && content.size() == expected)
+    if (hasHeader && content.size() == expected) {
+        checkTriangleCount(fileName(path), count);
         return parseBinary(content, count);
+    }
 
     const std::string_view text = withoutByteOrderMark(content);
     const std::string head = lowerCase(trimmed(text.substr(0, textHeadSize)));
@@ -166,7 +178,13 @@ std::vector<Solid> parse(const std::string &path, const std::string &content, Re
         throw ConversionError(fileName(path) + " is truncated: it announces "
                               + std::to_string(count) + " triangles but has room for only "
                               + std::to_string((content.size() - headerSize) / facetSize) + ".");
-    report.warning("Behind the last triangle stand further bytes; they are left out.");
+    const std::size_t further = content.size() - expected;
+    if (further % facetSize == 0)
+        scene.losses.push_back("Behind the last triangle that is announced there is room for "
+                               + std::to_string(further / facetSize) + " more.");
+    else
+        report.warning("Behind the last triangle stand further bytes; they are left out.");
+    checkTriangleCount(fileName(path), count);
     return parseBinary(content, count);
 }
 
@@ -176,14 +194,17 @@ Scene StlReader::read(const std::string &path, const Settings &settings, Report 
 {
     report.progress(0, "Reading");
     const std::string content = readWhole(path);
-    std::vector<Solid> solids = parse(path, content, report);
-    report.progress(50, "Reading");
-
     Scene scene;
-    if (!settings.importMeshes)
+    StlContent stl = parse(path, content, scene, report);
+    report.progress(50, "Reading");
+    if (!settings.importMeshes) {
+        scene.isFiltered = stl.announced > 0;
         return scene;
+    }
+    std::size_t read = 0;
     std::size_t dropped = 0;
-    for (Solid &solid : solids) {
+    for (Solid &solid : stl.solids) {
+        read += solid.corners.size() / 3;
         FacetMeshBuilder builder;
         builder.points = std::move(solid.corners);
         std::vector<std::uint32_t> indexOf;
@@ -200,9 +221,11 @@ Scene StlReader::read(const std::string &path, const Settings &settings, Report 
         node.mesh = mesh;
         scene.roots.push_back(std::move(node));
     }
+    const std::string ofAll = " of " + std::to_string(stl.announced) + " triangles ";
     if (dropped > 0)
-        report.warning(std::to_string(dropped)
-                       + " triangles with impossible coordinates are left out.");
+        scene.losses.push_back(std::to_string(dropped) + ofAll + "have impossible coordinates.");
+    if (read < stl.announced)
+        scene.losses.push_back(std::to_string(stl.announced - read) + ofAll + "have no corners.");
     return scene;
 }
 

@@ -71,6 +71,14 @@ private slots:
              "damaged at line 2: a vertex"},
             {"Obj: decimal comma", "x.obj", "v 0 0 0\nv 1 0 0\nv 0 1,5 0\nf 1 2 3\n",
              "damaged at line 3: a vertex"},
+            {"Step: finite elements", "x.stp",
+             "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AP209_MULTIDISCIPLINARY_ANALYSIS_AND_DESIGN'))"
+             ";\nENDSEC;\nDATA;\n#1=NODE('1',(),$,$);\nENDSEC;\nEND-ISO-10303-21;\n",
+             "x.stp is an analysis model (AP209)"},
+            {"Step: nothing", "x.stp",
+             "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n"
+             "#1=DIRECTION('',(0.,0.,1.));\nENDSEC;\nEND-ISO-10303-21;\n",
+             "x.stp contains no geometry."},
             {"unknown suffix", "x.xyz", "a", "not known by its suffix"},
         };
         for (const BadFile &file : files)
@@ -88,7 +96,7 @@ private slots:
         QCOMPARE(QDir(fixture.path("")).entryList(QDir::Files).size(), 2);
     }
 
-    /// What is wrong with these costs only a part of the object, or its materials.
+    /// What is wrong with these costs no more than the materials.
     void damagedObjFiles()
     {
         const struct {
@@ -96,8 +104,6 @@ private slots:
             const char *warning;
             int triangles;
         } rows[] = {
-            {"f 1 2 99\nf -9 1 2\nf 1 2 3\n", "2 faces with indices out of range", 1},
-            {"f 1 2 99\n", "1 faces with indices out of range", 0},
             {"mtllib pipe.mtl\nf 1 2 3\n", "pipe.mtl is not a regular file.", 1},
             {"mtllib no.mtl\nf 1 2 3\n", "no.mtl does not exist.", 1},
             {"mtllib no.mtl red.mtl\nusemtl red\nf 1 2 \\\n3\n", "no.mtl does not exist.", 1},
@@ -111,10 +117,6 @@ private slots:
                 fixture.write("x.obj", "v 0 0 +0\n# a\\\nv 1e3 0 0\nv .5 \\\n1 0\n" + content);
             const tnconvert::Outcome outcome = fixture.convert(input);
             QVERIFY2(fixture.warnings.join('\n').contains(warning), content);
-            if (triangles == 0) {
-                verifyFailure(outcome, "no geometry");
-                continue;
-            }
             QCOMPARE(outcome.state, tnconvert::State::Success);
             const ConvertedFile file = fixture.result();
             QCOMPARE(file.triangles, triangles);
@@ -176,6 +178,122 @@ private slots:
         QCOMPARE(read(target), QByteArray("precious"));
         QVERIFY(!QFileInfo(fixture.path("a.glb")).isSymLink());
         QCOMPARE(ConvertedFile(fixture.path("a.glb")).triangles, 192);
+    }
+
+    /// Facets that are stated and cannot be drawn are counted, and the rest is kept.
+    void missingFacets_data()
+    {
+        const QByteArray gear = read("gear.stl");
+        const QByteArray textGear = read("gear-ascii.stl");
+        const int loop = textGear.indexOf("vertex");
+        const QByteArray firstCorners = textGear.mid(loop, textGear.indexOf("endloop") - loop);
+        const QByteArray points = "v 0 0 0\nv 1 0 0\nv 0 1 0\n";
+        const QByteArray square =
+            "#VRML V2.0 utf8\nShape { geometry IndexedFaceSet { coord Coordinate { point [0 0 0 1 "
+            "0 0 1 1 0 0 1 0 nan 0 0] } coordIndex [0 1 2 -1 ";
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("loss");
+        QTest::addColumn<int>("triangles"); // 0: the conversion fails
+        const struct {
+            const char *row;
+            const char *name;
+            QByteArray content;
+            const char *loss;
+            int triangles;
+        } rows[] = {
+            {"STL: count too small", "x.stl", QByteArray(gear).replace(80, 1, QByteArray(1, 100)),
+             "Behind the last triangle that is announced there is room for 92 more.", 100},
+            {"STL: undefined coordinate", "x.stl",
+             QByteArray(gear).replace(96, 4, "\xFF\xFF\xFF\x7F"),
+             "1 of 192 triangles have impossible coordinates.", 191},
+            {"STL: facet without corners", "x.stl", QByteArray(textGear).replace(firstCorners, ""),
+             "1 of 192 triangles have no corners.", 191},
+            {"Obj: indices", "x.obj", points + "f 1 2 99\nf -9 1 2\nf 1 0 2\nf 1 2\nf 1 2 3\n",
+             "4 of 5 faces have indices out of range or fewer than three corners.", 1},
+            {"Obj: free forms", "x.obj", points + "f -3 -2 -1\nsurf 0 1 0 1 1 2 3\n",
+             "1 free-form surfaces are not read.", 1},
+            {"Obj: nothing left", "x.obj", points + "f 1 2 99\n",
+             "1 of 1 faces have indices out of range or fewer than three corners. Nothing else is "
+             "left of x.obj.",
+             0},
+            {"VRML: indices and coordinates", "x.wrl", square + "0 1 9 -1 0 2 4] } }",
+             "Missing faces with indices out of range or impossible coordinates: 2.", 1},
+            {"VRML: unknown name", "x.wrl", square + "] } } USE Wheel",
+             "Missing uses of nodes that are not defined: 1.", 1},
+            {"VRML: heights", "x.wrl",
+             square
+                 + "] } } Shape { geometry ElevationGrid { xDimension 2 zDimension 2 height [0 0 "
+                   "0] } }",
+             "Missing elevation grids without all of their heights: 1.", 1},
+        };
+        for (const auto &row : rows)
+            QTest::newRow(row.row)
+                << QString(row.name) << row.content << QString(row.loss) << row.triangles;
+    }
+
+    void missingFacets()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QByteArray, content);
+        QFETCH(const int, triangles);
+        ConverterFixture fixture;
+        const tnconvert::Outcome outcome = fixture.convert(fixture.write(name, content));
+        QTEST(QString::fromStdString(outcome.message), "loss");
+        QCOMPARE(outcome.state,
+                 triangles > 0 ? tnconvert::State::Incomplete : tnconvert::State::Failure);
+        QVERIFY(triangles == 0 || fixture.result().triangles == triangles);
+    }
+
+    /// Few bytes that would become a lot, which is told before it is done.
+    void bounds()
+    {
+        QByteArray numbers;
+        for (int i = 0; i < 8000; ++i)
+            numbers += QByteArray::number(i) + ' ';
+        ConverterFixture fixture;
+        const QString input =
+            fixture.write("x.wrl",
+                          "#VRML V2.0 utf8\nShape { geometry Extrusion { crossSection [" + numbers
+                              + numbers + "] spine [" + numbers.repeated(3) + "] } }");
+        verifyFailure(fixture.convert(input),
+                      "An extrusion has too many triangles: 128000000, and at most 50000000");
+    }
+
+    /// What the kernel reads past without a word, and a surface that it would fill with triangles.
+    void damagedSurfaces()
+    {
+        const struct {
+            const char *name;
+            const char *sample;
+            const char *sound;
+            const char *damaged;
+            const char *loss; // nothing for a colour
+        } rows[] = {
+            {"x.step", "bracket.step", "#293 = CYLINDRICAL_SURFACE('',#294,5.)",
+             "#293 = CYLINDRICAL_SURFACE('',#294,5.E8)",
+             "1 of 18 faces of x.step could not be tessellated"},
+            {"x.igs", "housing.iges", "P0000099", " 0000099",
+             "x.igs is damaged: it has only 115 of 116 lines marked P. 2 entities of x.igs are "
+             "missing or incomplete, the first is type 144 at D197."},
+            {"x.igs", "housing.iges", "144,5,1,0,7;", "144,7,1,0,7;",
+             "An entity of x.igs is missing or incomplete, type 144 at D3."},
+            {"x.igs", "housing.iges", "144,5,1,0,7; ", "144,5,1,0,23;",
+             "An entity of x.igs is missing or incomplete, type 142 at D7. 1 of 12 faces of x.igs "
+             "could not be tessellated, less than 0.001 % of the area."},
+            {"x.igs", "housing.iges", "    -229       1       0", "    -221       1       0", ""},
+        };
+        for (const auto &[name, sample, sound, damaged, loss] : rows) {
+            const QByteArray content = read(sample).replace(sound, damaged);
+            QVERIFY2(content.contains(damaged), damaged);
+            ConverterFixture fixture;
+            const tnconvert::Outcome outcome = fixture.convert(fixture.write(name, content));
+            QVERIFY2(QString::fromStdString(outcome.message).contains(loss),
+                     outcome.message.c_str());
+            QCOMPARE(outcome.state,
+                     *loss ? tnconvert::State::Incomplete : tnconvert::State::Success);
+            QVERIFY(fixture.result().triangles > 0);
+        }
     }
 
     /// What a shape lacks makes the file incomplete; what no shape needs is but a warning.

@@ -134,8 +134,6 @@ private slots:
             {"external prototype",
              "EXTERNPROTO Far [ field SFFloat a ] \"x.wrl\" Far { a 1 } " + smallBox, 12, unit, 24,
              8},
-            {"damaged indices", faceSet("nan 0 0, " + square, "1 2 3 4 -1 0 1 2 -1 7 1 2 -1 -1"), 2,
-             flat, 1},
             {"carriage returns", faceSet(square, "0\r1\t2,3,,").replace('\n', "\r\n") + "}", 2,
              flat, 1},
         };

@@ -1,3 +1,4 @@
+#include "core/Limits.h"
 #include "readers/vrml/VrmlGeometry.h"
 #include "readers/vrml/VrmlIndexedData.h"
 
@@ -102,8 +103,11 @@ void VrmlGeometry::extrusion(const VrmlNode &vrml, FacetMeshBuilder &builder)
     const std::vector<double> scale = orDefault(vrml.numbers("scale"), {1, 1});
     const std::vector<double> turn = orDefault(vrml.numbers("orientation"), {0, 0, 1, 0});
     const std::size_t corners = section.size() / 2;
-    if (corners < 2 || spine.size() < 2 || scale.size() < 2 || turn.size() < 4)
-        return m_warn("Extrusions without a cross section or spine are left out.");
+    if (corners < 2 || spine.size() < 2 || scale.size() < 2 || turn.size() < 4) {
+        ++m_losses["extrusions without a cross section or spine"];
+        return;
+    }
+    checkTriangleCount("An extrusion", 2 * std::uint64_t(corners) * spine.size());
     const bool isRing = (spine.front() - spine.back()).length() < coincidence && spine.size() > 2;
     const std::vector<Frame> systems = frames(spine, isRing);
 

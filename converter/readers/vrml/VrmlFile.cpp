@@ -2,6 +2,7 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/Limits.h"
 #include "core/Text.h"
 
 #include <memory>
@@ -20,8 +21,12 @@ std::string inflated(const std::string &path)
     std::string content;
     std::string block(1 << 18, '\0');
     int count = 0;
-    while ((count = gzread(file.get(), block.data(), unsigned(block.size()))) > 0)
+    while ((count = gzread(file.get(), block.data(), unsigned(block.size()))) > 0) {
         content.append(block, 0, std::size_t(count));
+        if (content.size() > unpackedBound)
+            throw ConversionError(fileName(path) + " unpacks to more than "
+                                  + std::to_string(unpackedBound) + " bytes; it is not read.");
+    }
     int error = Z_OK;
     gzerror(file.get(), &error);
     if (count < 0 || error == Z_BUF_ERROR)
@@ -31,7 +36,8 @@ std::string inflated(const std::string &path)
 
 } // namespace
 
-std::vector<VrmlNodePtr> readVrmlFile(const std::string &path, const VrmlParser::Warn &warn)
+std::vector<VrmlNodePtr> readVrmlFile(const std::string &path, const VrmlParser::Warn &warn,
+                                      VrmlLosses &losses)
 {
     checkReadable(path);
     const bool isCompressed = readHead(path, 2) == "\x1F\x8B";
@@ -43,7 +49,7 @@ std::vector<VrmlNodePtr> readVrmlFile(const std::string &path, const VrmlParser:
                                 "VRML 2.0 (VRML97).");
     if (text.substr(0, 10) != "#VRML V2.0")
         throwWrongContent(path, "a VRML97 file", "it does not begin with #VRML V2.0 utf8");
-    return VrmlParser(text, fileName(path), warn).parse();
+    return VrmlParser(text, fileName(path), warn, losses).parse();
 }
 
 } // namespace tnconvert

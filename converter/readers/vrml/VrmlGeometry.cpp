@@ -1,5 +1,6 @@
 #include "readers/vrml/VrmlGeometry.h"
 
+#include "core/Limits.h"
 #include "core/Text.h"
 #include "readers/vrml/VrmlIndexedData.h"
 #include "scene/PolygonTriangulator.h"
@@ -29,9 +30,10 @@ std::uint32_t addPoint(FacetMeshBuilder &builder, const Vec3 &point)
 
 } // namespace
 
-VrmlGeometry::VrmlGeometry(const Settings &settings, VrmlParser::Warn warn)
+VrmlGeometry::VrmlGeometry(const Settings &settings, VrmlParser::Warn warn, VrmlLosses &losses)
     : m_settings(settings)
     , m_warn(std::move(warn))
+    , m_losses(losses)
 {
 }
 
@@ -46,21 +48,23 @@ Primitive VrmlGeometry::primitive(const VrmlNode &geometry)
         {"Cylinder", &VrmlGeometry::cylinder},
         {"Cone", &VrmlGeometry::cone},
     };
-    if (geometry.type == "IndexedLineSet")
-        return m_settings.importCurves ? lineSet(geometry) : Primitive();
+    const bool isLineSet = geometry.type == "IndexedLineSet";
+    if (isLineSet && m_settings.importCurves)
+        return lineSet(geometry);
     const auto kind = kinds.find(geometry.type);
-    if (kind == kinds.end()) {
+    if (!isLineSet && kind == kinds.end()) {
         m_warn("Geometry of the kind " + validUtf8(geometry.type) + " is left out.");
         return {};
     }
-    if (!m_settings.importMeshes)
+    m_isFiltered = isLineSet || !m_settings.importMeshes;
+    if (m_isFiltered)
         return {};
     FacetMeshBuilder builder;
     builder.creaseAngle = std::max(0.0, geometry.number("creaseAngle", 0));
     (this->*kind->second)(geometry, builder);
     Primitive result = builder.build();
     if (builder.droppedFacets() > 0)
-        m_warn("Triangles with impossible coordinates are left out.");
+        m_losses["triangles with impossible coordinates"] += builder.droppedFacets();
     return result;
 }
 
@@ -70,7 +74,7 @@ void VrmlGeometry::addPolygon(const std::vector<Corner> &polygon, bool isClockwi
     std::vector<Vec3> positions;
     for (const Corner &corner : polygon) {
         if (corner.point >= builder.points.size() || !builder.points[corner.point].isFinite()) {
-            m_warn("Polygons with indices out of range or impossible coordinates are left out.");
+            ++m_losses["faces with indices out of range or impossible coordinates"];
             return;
         }
         positions.push_back(builder.points[corner.point]);
@@ -87,13 +91,17 @@ void VrmlGeometry::addPolygon(const std::vector<Corner> &polygon, bool isClockwi
 void VrmlGeometry::faceSet(const VrmlNode &vrml, FacetMeshBuilder &builder)
 {
     const VrmlNodePtr coordinates = vrml.child("coord");
-    if (!coordinates)
+    const std::vector<double> &index = vrml.numbers("coordIndex");
+    if (!coordinates) {
+        if (!index.empty())
+            ++m_losses["face sets without coordinates"];
         return;
+    }
+    checkTriangleCount("A face set", index.size() / 3);
     builder.points = vrmlPoints(coordinates->numbers("point"), vrmlUnit);
     const VrmlIndexedData normals(vrml, "normal", "vector", "normalIndex", "normalPerVertex");
     const VrmlIndexedData colors(vrml, "color", "color", "colorIndex", "colorPerVertex");
     const bool isClockwise = !vrml.flag("ccw", true);
-    const std::vector<double> &index = vrml.numbers("coordIndex");
     std::vector<Corner> polygon;
     std::size_t face = 0;
     // One step past the end closes a last face without its -1.
@@ -119,8 +127,13 @@ void VrmlGeometry::elevationGrid(const VrmlNode &vrml, FacetMeshBuilder &builder
     const std::vector<double> &heights = vrml.numbers("height");
     const double statedX = vrml.number("xDimension", 0);
     const double statedZ = vrml.number("zDimension", 0);
-    if (!(statedX >= 2) || !(statedZ >= 2) || statedX * statedZ > double(heights.size()))
-        return m_warn("Elevation grids with missing heights are left out.");
+    if (!(statedX >= 2) || !(statedZ >= 2))
+        return;
+    if (statedX * statedZ > double(heights.size())) {
+        ++m_losses["elevation grids without all of their heights"];
+        return;
+    }
+    checkTriangleCount("An elevation grid", 2 * heights.size());
     const auto columns = std::size_t(statedX);
     const auto rows = std::size_t(statedZ);
     const double spacingX = vrml.number("xSpacing", 1) * vrmlUnit;
@@ -174,7 +187,7 @@ Primitive VrmlGeometry::lineSet(const VrmlNode &vrml)
         }
         const std::uint32_t point = pointIndex(index[i]);
         if (point >= points.size() || !points[point].isFinite()) {
-            m_warn("Lines with indices out of range or impossible coordinates are left out.");
+            ++m_losses["points of lines with indices out of range or impossible coordinates"];
             continues = false;
             continue;
         }

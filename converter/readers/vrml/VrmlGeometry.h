@@ -13,11 +13,16 @@ constexpr double vrmlUnit = 1000;
 /// Makes triangles and lines of VRML geometry nodes.
 class VrmlGeometry {
 public:
-    VrmlGeometry(const Settings &settings, VrmlParser::Warn warn);
+    /// What is missing is added to @p losses, which must outlive the object.
+    VrmlGeometry(const Settings &settings, VrmlParser::Warn warn, VrmlLosses &losses);
 
     /// The geometry without its material. Without indices when the settings leave it out, when
-    /// it is empty, or when its kind is not known.
+    /// it is empty, or when its kind is not known. Throws ConversionError when it would have too
+    /// many triangles.
     Primitive primitive(const VrmlNode &geometry);
+
+    /// Whether the settings kept something out.
+    bool isFiltered() const { return m_isFiltered; }
 
 private:
     using Facets = void (VrmlGeometry::*)(const VrmlNode &, FacetMeshBuilder &);
@@ -38,6 +43,8 @@ private:
 
     const Settings &m_settings;
     const VrmlParser::Warn m_warn;
+    VrmlLosses &m_losses;
+    bool m_isFiltered = false;
 };
 
 } // namespace tnconvert

@@ -8,6 +8,9 @@
 
 namespace tnconvert {
 
+/// How much is missing, by what it is, as in "faces with indices out of range".
+using VrmlLosses = std::map<std::string, std::size_t>;
+
 struct VrmlNode;
 using VrmlNodePtr = std::shared_ptr<const VrmlNode>;
 

@@ -40,10 +40,11 @@ bool isDeclaration(std::string_view word)
 
 } // namespace
 
-VrmlParser::VrmlParser(std::string_view text, std::string fileName, Warn warn)
+VrmlParser::VrmlParser(std::string_view text, std::string fileName, Warn warn, VrmlLosses &losses)
     : m_lexer(text)
     , m_fileName(std::move(fileName))
     , m_warn(std::move(warn))
+    , m_losses(losses)
 {
 }
 
@@ -129,6 +130,7 @@ VrmlNodePtr VrmlParser::node()
         if (const VrmlNodePtr *known = found(&Scope::named, name))
             return *known;
         m_warn("The node " + validUtf8(name) + " is used but not defined; it is left out.");
+        ++m_losses["uses of nodes that are not defined"];
         return nullptr;
     }
     std::string name;

@@ -14,8 +14,8 @@ public:
     using Warn = std::function<void(const std::string &)>;
 
     /// @p text is the file's content, which must outlive the parser; @p fileName stands in
-    /// messages.
-    VrmlParser(std::string_view text, std::string fileName, Warn warn);
+    /// messages. What is missing is added to @p losses, which must outlive the parser too.
+    VrmlParser(std::string_view text, std::string fileName, Warn warn, VrmlLosses &losses);
 
     /// The nodes at the top of the file. Throws ConversionError, with the line, when the text is
     /// damaged or ends too early.
@@ -58,6 +58,7 @@ private:
     VrmlLexer m_lexer;
     const std::string m_fileName;
     const Warn m_warn;
+    VrmlLosses &m_losses;
     std::vector<Scope> m_scopes{1}; ///< the innermost is the last
     int m_depth = 0;
     std::size_t m_copies = 0;

@@ -84,13 +84,16 @@ Scene VrmlSceneBuilder::build(const std::string &path)
     scene.roots = fileNodes(absolutePath(path));
     scene.missingParts = m_missingParts;
     scene.metadata = m_metadata;
+    for (const auto &[what, count] : m_losses)
+        scene.losses.push_back("Missing " + what + ": " + std::to_string(count) + ".");
+    scene.isFiltered = m_isFiltered;
     return scene;
 }
 
 std::vector<Node> VrmlSceneBuilder::fileNodes(const std::string &path)
 {
-    const Nodes nodes =
-        readVrmlFile(path, [this](const std::string &message) { warnOnce(message); });
+    const Nodes nodes = readVrmlFile(
+        path, [this](const std::string &message) { warnOnce(message); }, m_losses);
     m_kept.insert(m_kept.end(), nodes.begin(), nodes.end());
     m_report.progress(m_open.empty() ? 50 : 0, "Tessellating");
     m_open.push_back(path);
@@ -217,6 +220,8 @@ void VrmlSceneBuilder::addSwitch(const VrmlNode &vrml, Node &parent)
         addNodes(choices, node);
         m_isHidden = wasHidden;
         node.visible = false;
+    } else if (!choices.empty()) {
+        m_isFiltered = true;
     }
     parent.children.push_back(std::move(node));
 }
@@ -275,8 +280,12 @@ std::string VrmlSceneBuilder::inlinedPath(const VrmlNode &vrml) const
 void VrmlSceneBuilder::addInline(const VrmlNode &vrml, Node &parent)
 {
     const std::string path = inlinedPath(vrml);
-    if (path.empty() || !m_settings.importReferencedFiles)
+    if (path.empty())
         return;
+    if (!m_settings.importReferencedFiles) {
+        m_isFiltered = true;
+        return;
+    }
     if (std::any_of(m_open.begin(), m_open.end(),
                     [&path](const std::string &open) { return References::isSame(open, path); })) {
         warnOnce("The file " + validUtf8(path) + " inlines itself; it is left out there.");
@@ -347,8 +356,12 @@ std::shared_ptr<const Mesh> VrmlSceneBuilder::meshOf(const VrmlNode &geometry,
     const auto [entry, isNew] = m_shapes.try_emplace({&geometry, appearance});
     if (!isNew)
         return entry->second;
-    VrmlGeometry reader(m_settings, [this](const std::string &message) { warnOnce(message); });
+    VrmlGeometry reader(
+        m_settings, [this](const std::string &message) { warnOnce(message); }, m_losses);
     Primitive primitive = reader.primitive(geometry);
+    m_isFiltered = m_isFiltered || reader.isFiltered();
+    m_triangles += primitive.indices.size() / 3;
+    checkTriangleCount("The file", m_triangles);
     if (primitive.indices.empty())
         return nullptr;
     primitive.material = materialOf(appearance);

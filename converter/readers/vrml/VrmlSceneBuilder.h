@@ -53,6 +53,9 @@ private:
     Report &m_report;
     std::set<std::string> m_warnings;
     std::vector<std::string> m_missingParts;
+    VrmlLosses m_losses;
+    std::uint64_t m_triangles = 0;
+    bool m_isFiltered = false;
     Metadata m_metadata;
     std::map<std::string, std::vector<Node>> m_inlined;
     std::vector<std::string> m_open; ///< the file being read and those that inline it
