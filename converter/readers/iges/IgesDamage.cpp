@@ -158,7 +158,7 @@ private:
 int unreadLines(const IGESData_IGESModel &model)
 {
     constexpr std::string_view syntax = "Syntax error";
-    const Handle(Interface_Check) check = model.GlobalCheck();
+    const Handle(Interface_Check) &check = model.GlobalCheck();
     int count = 0;
     for (int i = 1; i <= check->NbFails(); ++i)
         count += trimmed(check->CFail(i)).substr(0, syntax.size()) == syntax ? 1 : 0;
