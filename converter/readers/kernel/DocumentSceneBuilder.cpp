@@ -210,9 +210,10 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
             return std::nullopt;
         return materialOf(isCurve ? chosen.curve : chosen.surface);
     };
-    if (!KernelGuard::run([&] { known->second = m_mesher.meshes(shape, look, name); }))
+    std::vector<std::shared_ptr<const Mesh>> &meshes = known->second;
+    if (!KernelGuard::run([&] { meshes = m_mesher.meshes(shape, look, name); }))
         m_lostParts.push_back(name);
-    return known->second;
+    return meshes;
 }
 
 void DocumentSceneBuilder::addMetadata(const TDF_Label &label, Node &node) const
