@@ -32,6 +32,17 @@ QByteArray relationship(const char *representations, const char *items)
 const QByteArray usual =
     assembly + wholeShape + occurrence + relationship("#10,#109", "#11,#108") + placing;
 
+/// The solid in a representation of its own, from which a relationship leads to the part's.
+const QByteArray solid = "#10 = ADVANCED_BREP_SHAPE_REPRESENTATION('',(#11,#15),#68);";
+const QByteArray emptyPart = "#10=SHAPE_REPRESENTATION('',(#11),#68);";
+const QByteArray shifted = "#130=ADVANCED_BREP_SHAPE_REPRESENTATION('',(#15),#68);"
+                           "#131=(REPRESENTATION_RELATIONSHIP('','',#130,#10)"
+                           "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION(#132)"
+                           "SHAPE_REPRESENTATION_RELATIONSHIP());"
+                           "#132=ITEM_DEFINED_TRANSFORMATION('','',#11,#133);"
+                           "#133=AXIS2_PLACEMENT_3D('',#134,#13,#14);"
+                           "#134=CARTESIAN_POINT('',(7.,0.,0.));";
+
 /// The representation of the part mapped into the assembly's.
 const QByteArray mapped = assembly
     + "#109=SHAPE_REPRESENTATION('',(#108,#114),#68);"
@@ -91,6 +102,24 @@ private slots:
                     QByteArray(mapped).replace("#113", "#213").replace("#114", "#214") + occurrence
                         + relationship("#10,#109", "#11,#108") + placing)
             << "asm/base" << usualPlace;
+        QTest::newRow("mapped, of no product")
+            << file("#10 = ADVANCED_BREP_SHAPE_REPRESENTATION('',(#11,#15),#68);",
+                    "#10=SHAPE_REPRESENTATION('',(#11,#131),#68);"
+                    "#130=ADVANCED_BREP_SHAPE_REPRESENTATION('solid',(#15),#68);"
+                    "#131=MAPPED_ITEM('',#132,#11);#132=REPRESENTATION_MAP(#11,#130);",
+                    usual)
+            << "asm/base/solid" << usualPlace;
+        QTest::newRow("part shifted in a related representation")
+            << file(solid, emptyPart,
+                    shifted + assembly + wholeShape + occurrence
+                        + relationship("#130,#109", "#11,#108") + placing)
+            << "asm/base" << QVector3D(100, 3, 0);
+        QTest::newRow("mirror and scale")
+            << file({}, {},
+                    QByteArray(mapped).replace("#113,#108", "#113,#150")
+                        + "#150=CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',#151,$,#105,2.,$);"
+                          "#151=DIRECTION('',(-1.,0.,0.));")
+            << "asm/base" << QVector3D(80, 0, 0);
         QTest::newRow("assembly in inches")
             << file({}, {},
                     QByteArray(usual).replace("(#108),#68", "(#108),#124")
@@ -150,6 +179,8 @@ private slots:
                   "#148=SHAPE_REPRESENTATION('',(#11),#68);"
                   "#149=SHAPE_DEFINITION_REPRESENTATION(#112,#148);"
                                     << QStringList(blueName);
+        QTest::newRow("face of a solid that is shifted")
+            << blue + "#146=STYLED_ITEM('',(#140),#17);" + shifted << QStringList({blueName, grey});
         QTest::newRow("hidden") << QByteArray("#146=INVISIBILITY((#75));") << QStringList();
         QTest::newRow("hidden layer")
             << QByteArray("#146=INVISIBILITY((#147));"
@@ -165,8 +196,11 @@ private slots:
     {
         QFETCH(const QByteArray, entities);
         ConverterFixture fixture;
-        fixture.convert(fixture.write("x.step", file({}, {}, usual + entities)),
-                        R"({"RemoveEmptyGroups": false})");
+        const bool isShifted = entities.contains(shifted);
+        fixture.convert(
+            fixture.write("x.step",
+                          file(isShifted ? solid : QByteArray(), emptyPart, usual + entities)),
+            R"({"RemoveEmptyGroups": false})");
         QTEST(fixture.result().colors["asm/base"], "colors");
     }
 

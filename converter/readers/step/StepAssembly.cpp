@@ -6,6 +6,7 @@
 #include "readers/step/StepHeader.h"
 #include "scene/SceneOperations.h"
 
+#include <filesystem>
 #include <utility>
 
 namespace tnconvert {
@@ -18,6 +19,12 @@ std::string joined(const std::vector<std::string> &sentences)
     for (const std::string &sentence : sentences)
         text += (text.empty() ? "" : " ") + sentence;
     return text;
+}
+
+bool isStepName(const std::string &path)
+{
+    const std::string suffix = lowerCase(std::filesystem::path(path).extension().string());
+    return suffix == ".stp" || suffix == ".step" || suffix == ".p21";
 }
 
 } // namespace
@@ -71,6 +78,11 @@ void StepAssembly::loadParts(File &file, double from, double to)
         return;
     const double share = (to - from) / double(references.size());
     for (std::size_t i = 0; i < references.size(); ++i) {
+        // Drawings and other documents of a product are told by their name alone.
+        const bool isPart = isStepName(references[i].file)
+            || file.document->structure().products()[references[i].product].isEmpty();
+        if (!isPart)
+            continue;
         StepSceneBuilder *part =
             loadPart(references[i].file, from + share * double(i), from + share * double(i + 1));
         if (part)

@@ -124,7 +124,7 @@ void StepDocument::noteDamage(Report &report)
     if (m_looks->damagedCount() > 0)
         report.warning(isDamaged + std::to_string(m_looks->damagedCount())
                        + " of its colours cannot be read.");
-    for (const Handle(Standard_Transient) & placement : m_structure->damagedPlacements())
+    for (const Handle(Standard_Transient) & placement : m_structure->lostPlaces())
         m_losses.add(StepLosses::Kind::Place, m_entities->label(placement));
 }
 

@@ -1,5 +1,6 @@
 #include "readers/step/StepFaces.h"
 
+#include <StepGeom_CartesianPoint.hxx>
 #include <StepShape_BrepWithVoids.hxx>
 #include <StepShape_ClosedShell.hxx>
 #include <StepShape_EdgeLoop.hxx>
@@ -18,9 +19,12 @@
 #include <StepShape_OrientedFace.hxx>
 #include <StepShape_OrientedOpenShell.hxx>
 #include <StepShape_ShellBasedSurfaceModel.hxx>
+#include <StepShape_VertexPoint.hxx>
 
 #include <algorithm>
+#include <array>
 #include <map>
+#include <utility>
 
 namespace tnconvert {
 
@@ -54,6 +58,27 @@ void addAll(FaceSets &sets, const List &list)
         add(sets, faces);
 }
 
+using Point = std::array<double, 3>;
+using Ends = std::pair<Point, Point>; ///< the lesser one first
+
+Point pointOf(const Handle(StepShape_Vertex) & vertex)
+{
+    const auto corner = Handle(StepShape_VertexPoint)::DownCast(vertex);
+    const auto point = corner.IsNull()
+        ? Handle(StepGeom_CartesianPoint)()
+        : Handle(StepGeom_CartesianPoint)::DownCast(corner->VertexGeometry());
+    if (point.IsNull() || point->NbCoordinates() != 3)
+        return {};
+    return {point->CoordinatesValue(1), point->CoordinatesValue(2), point->CoordinatesValue(3)};
+}
+
+Ends endsOf(const StepShape_Edge &edge)
+{
+    const Point start = pointOf(edge.EdgeStart());
+    const Point end = pointOf(edge.EdgeEnd());
+    return {std::min(start, end), std::max(start, end)};
+}
+
 } // namespace
 
 std::vector<Handle(StepShape_ConnectedFaceSet)> faceSetsOf(const Handle(StepRepr_RepresentationItem)
@@ -66,6 +91,7 @@ std::vector<Handle(StepShape_ConnectedFaceSet)> faceSetsOf(const Handle(StepRepr
         addAll(sets, hollow->Voids());
     if (const auto hollow = Handle(StepShape_FacetedBrepAndBrepWithVoids)::DownCast(item))
         addAll(sets, hollow->Voids());
+    add(sets, item); // when it is one itself
     if (const auto surfaces = Handle(StepShape_FaceBasedSurfaceModel)::DownCast(item))
         addAll(sets, surfaces->FbsmFaces());
     if (const auto shells = Handle(StepShape_ShellBasedSurfaceModel)::DownCast(item);
@@ -98,12 +124,12 @@ std::vector<Handle(StepShape_Face)> facesOf(const Handle(StepRepr_Representation
 
 double openShareOf(const StepShape_ConnectedFaceSet &faces)
 {
-    std::map<const Standard_Transient *, int> uses;
+    std::map<const StepShape_Edge *, int> uses;
     const auto addLoop = [&uses](const StepShape_EdgeLoop &loop) {
         if (loop.EdgeList().IsNull())
             return;
         for (const Handle(StepShape_OrientedEdge) & edge : *loop.EdgeList()) {
-            if (!edge.IsNull())
+            if (!edge.IsNull() && !edge->EdgeElement().IsNull())
                 ++uses[edge->EdgeElement().get()];
         }
     };
@@ -119,9 +145,17 @@ double openShareOf(const StepShape_ConnectedFaceSet &faces)
                 addLoop(*loop);
         }
     }
-    const auto open =
-        std::count_if(uses.begin(), uses.end(), [](const auto &use) { return use.second == 1; });
-    return uses.empty() ? 0 : double(open) / double(uses.size());
+    // An edge that each of two faces has for itself is open only by name.
+    std::map<Ends, int> open;
+    for (const auto &[edge, count] : uses) {
+        if (count == 1)
+            ++open[endsOf(*edge)];
+    }
+    const auto alone =
+        std::count_if(open.begin(), open.end(), [](const auto &ends) { return ends.second == 1; });
+    if (alone == 0 && !open.empty())
+        return 1;
+    return uses.empty() ? 0 : double(alone) / double(uses.size());
 }
 
 } // namespace tnconvert

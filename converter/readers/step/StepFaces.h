@@ -17,7 +17,7 @@ std::vector<Handle(StepShape_ConnectedFaceSet)> faceSetsOf(const Handle(StepRepr
 std::vector<Handle(StepShape_Face)> facesOf(const Handle(StepRepr_RepresentationItem) & item);
 
 /// The share of the set's edges that bound only one of its faces, as the file has it: 0 when it is
-/// closed, little when a face is missing, and 1 when the faces are not joined at all.
+/// closed, little when a face is missing, and 1 when its faces meet, but in edges of their own.
 double openShareOf(const StepShape_ConnectedFaceSet &faces);
 
 } // namespace tnconvert

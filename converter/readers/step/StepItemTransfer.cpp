@@ -96,9 +96,13 @@ TopoDS_Shape StepItemTransfer::transfer(StepLosses &losses, const Message_Progre
             losses.add(Kind::Shape, m_entities.label(m_item.entity));
         return m_shape;
     }
-    check(own);
+    // What was made of damaged entities may be no better than they are.
+    if (!KernelGuard::run([&] {
+            check(own);
+            place();
+        }))
+        own.add(Kind::Entity, m_entities.label(m_item.entity));
     losses.add(own);
-    place();
     return m_shape;
 }
 
@@ -187,17 +191,16 @@ Handle(Standard_Transient) StepItemTransfer::firstFailure() const
 void StepItemTransfer::place()
 {
     const gp_Trsf &placement = m_item.placement;
-    if (std::abs(placement.ScaleFactor() - 1) > 1e-9 || placement.IsNegative())
+    if (std::abs(placement.ScaleFactor() - 1) > 1e-9)
         m_scaling.emplace(m_shape, placement, Standard_True);
+    else if (placement.Form() != gp_Identity)
+        m_location = TopLoc_Location(placement);
     m_shape = placed(m_shape);
 }
 
 TopoDS_Shape StepItemTransfer::placed(const TopoDS_Shape &shape) const
 {
-    if (m_scaling)
-        return m_scaling->ModifiedShape(shape);
-    return m_item.placement.Form() == gp_Identity ? shape
-                                                  : shape.Moved(TopLoc_Location(m_item.placement));
+    return m_scaling ? m_scaling->ModifiedShape(shape) : shape.Moved(m_location);
 }
 
 void StepItemTransfer::addLooks(const StepLooks &looks, bool withItem, SubStyles &styles) const

@@ -9,6 +9,7 @@
 #include <Message_ProgressRange.hxx>
 #include <STEPControl_ActorRead.hxx>
 #include <StepShape_Face.hxx>
+#include <TopLoc_Location.hxx>
 #include <TopoDS_Shape.hxx>
 #include <Transfer_TransientProcess.hxx>
 
@@ -54,7 +55,8 @@ private:
     const Handle(Transfer_TransientProcess) m_process;
     TopoDS_Shape m_shape;
     std::vector<Face> m_added; ///< faces that were made one by one
-    std::optional<BRepBuilderAPI_Transform> m_scaling; ///< what no location can hold
+    TopLoc_Location m_location; ///< one for all: two of the same place are taken for different ones
+    std::optional<BRepBuilderAPI_Transform> m_scaling; ///< instead, for what no location can hold
 };
 
 } // namespace tnconvert

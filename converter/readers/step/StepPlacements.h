@@ -24,14 +24,16 @@ public:
 
     /// From the coordinates of the representation that is mapped to those of @p parent, which has
     /// the item.
-    gp_Trsf of(const StepRepr_MappedItem &item, const Handle(StepRepr_Representation) & parent);
+    gp_Trsf of(const Handle(StepRepr_MappedItem) & item,
+               const Handle(StepRepr_Representation) & parent);
 
-    /// The placements that turned out to be damaged.
+    /// The relationships and mapped items whose placements are damaged.
     const std::vector<Handle(Standard_Transient)> &damaged() const { return m_damaged; }
 
 private:
     gp_Trsf systemOf(const Handle(Standard_Transient) & placement,
-                     const Handle(StepRepr_Representation) & representation);
+                     const Handle(StepRepr_Representation) & representation,
+                     const Handle(Standard_Transient) & of);
     double lengthFactor(const Handle(StepRepr_Representation) & representation);
     bool has(const Handle(StepRepr_Representation) & representation,
              const Handle(Standard_Transient) & item);

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -42,7 +43,7 @@ const StepProduct &StepSceneBuilder::product(std::size_t number) const
 
 std::vector<Node> StepSceneBuilder::build()
 {
-    std::vector<Node> nodes = build({}, nullptr);
+    std::vector<Node> nodes = build({}, {});
     StepValidation(m_document, [this](std::size_t number) -> std::optional<TopoDS_Shape> {
         if (m_files.count(number) > 0)
             return std::nullopt;
@@ -51,47 +52,60 @@ std::vector<Node> StepSceneBuilder::build()
     return nodes;
 }
 
-std::vector<Node> StepSceneBuilder::build(const Style &inherited, const Style *occurrence)
+std::vector<Node> StepSceneBuilder::build(const Style &inherited, const Style &occurrence)
 {
     std::vector<Node> nodes;
     for (std::size_t i = 0; i < m_document.structure().products().size(); ++i) {
-        if (!product(i).isUsed)
+        // Documents are products as well, without any shape.
+        const bool isNothing =
+            product(i).representations.empty() && product(i).isEmpty() && m_files.count(i) == 0;
+        if (!product(i).isUsed && !isNothing)
             nodes.push_back(productNode(i, inherited, occurrence));
     }
     return nodes;
 }
 
 Node StepSceneBuilder::productNode(std::size_t number, const Style &inherited,
-                                   const Style *occurrence)
+                                   const Style &occurrence)
 {
     checkNodeCount("The assembly", ++m_nodeCount);
     Node node;
     node.name = product(number).name;
-    const auto file = m_files.find(number);
-    if (file != m_files.end()) {
-        std::vector<Node> roots = file->second->build(inherited, occurrence);
-        if (roots.size() == 1)
-            return std::move(roots.front());
-        node.children = std::move(roots);
-        return node;
-    }
     Style style = inherited;
     style.overlay(lookOf(product(number)));
-    if (occurrence)
-        style.overlay(*occurrence);
+    style.overlay(occurrence);
     node.visible = style.visible;
     node.layer = layerOf(product(number));
     if (m_settings.importMetadata)
         node.metadata = metadataOf(product(number));
     addMeshes(number, style, node);
     addOccurrences(number, style, node);
+    const auto file = m_files.find(number);
+    if (file != m_files.end())
+        addFile(*file->second, inherited, occurrence, node);
     return node;
+}
+
+/// A product with nothing of its own is what its file has.
+void StepSceneBuilder::addFile(StepSceneBuilder &file, const Style &inherited,
+                               const Style &occurrence, Node &node) const
+{
+    std::vector<Node> roots = file.build(inherited, occurrence);
+    if (roots.size() == 1 && !node.mesh && node.children.empty()) {
+        const std::string name = std::move(node.name);
+        node = std::move(roots.front());
+        if (!name.empty())
+            node.name = name;
+        return;
+    }
+    std::move(roots.begin(), roots.end(), std::back_inserter(node.children));
 }
 
 void StepSceneBuilder::addMeshes(std::size_t number, const Style &style, Node &node)
 {
     const Meshes meshes = meshesOf(number, style);
-    if (meshes.size() == 1 && product(number).occurrences.empty()) {
+    const bool isAlone = product(number).occurrences.empty() && m_files.count(number) == 0;
+    if (meshes.size() == 1 && isAlone) {
         node.mesh = meshes.front();
         return;
     }
@@ -105,9 +119,16 @@ void StepSceneBuilder::addMeshes(std::size_t number, const Style &style, Node &n
 void StepSceneBuilder::addOccurrences(std::size_t number, const Style &style, Node &node)
 {
     for (const StepOccurrence &occurrence : product(number).occurrences) {
-        node.children.push_back(
-            productNode(occurrence.product, style, m_document.looks().find(occurrence.entity)));
-        node.children.back().transform = transformOf(occurrence.placement);
+        Style stated;
+        for (const Handle(Standard_Transient) & entity : occurrence.entities) {
+            if (const Style *look = m_document.looks().find(entity))
+                stated.overlay(*look);
+        }
+        node.children.push_back(productNode(occurrence.product, style, stated));
+        Node &child = node.children.back();
+        child.transform = transformOf(occurrence.placement);
+        if (child.name.empty())
+            child.name = node.name;
     }
 }
 
@@ -179,14 +200,18 @@ TopoDS_Shape StepSceneBuilder::withoutBadFaces(const TopoDS_Shape &shape,
     std::vector<TopoDS_Shape> faces;
     for (TopExp_Explorer face(shape, TopAbs_FACE); face.More(); face.Next())
         faces.push_back(face.Current());
+    BRep_Builder builder;
+    TopoDS_Compound survived;
+    builder.MakeCompound(survived);
     const std::vector<TopoDS_Shape> tried = makeForked(faces.size(), [&](std::size_t i) {
         const BRepMesh_IncrementalMesh mesh(faces[i], m_settings.chordDeviation, false,
                                             m_settings.normalTolerance * M_PI / 180);
-        return faces[i];
+        return TopoDS_Shape(survived);
     });
-    BRep_Builder builder;
     TopoDS_Compound sound;
     builder.MakeCompound(sound);
+    for (TopExp_Explorer edge(shape, TopAbs_EDGE, TopAbs_FACE); edge.More(); edge.Next())
+        builder.Add(sound, edge.Current());
     for (std::size_t i = 0; i < faces.size(); ++i) {
         if (tried[i].IsNull())
             m_losses.add(StepLosses::Kind::Face, "of \"" + product.name + "\"");

@@ -42,10 +42,12 @@ public:
 private:
     using Meshes = std::vector<std::shared_ptr<const Mesh>>;
 
-    /// @p inherited is what the assemblies above state, @p occurrence what the occurrence does, or
-    /// null: the one gives way to the product's own look, the other does not.
-    std::vector<Node> build(const Style &inherited, const Style *occurrence);
-    Node productNode(std::size_t number, const Style &inherited, const Style *occurrence);
+    /// @p inherited is what the assemblies above state, @p occurrence what the occurrence does: the
+    /// one gives way to the product's own look, the other does not.
+    std::vector<Node> build(const Style &inherited, const Style &occurrence);
+    Node productNode(std::size_t number, const Style &inherited, const Style &occurrence);
+    void addFile(StepSceneBuilder &file, const Style &inherited, const Style &occurrence,
+                 Node &node) const;
     void addMeshes(std::size_t number, const Style &style, Node &node);
     void addOccurrences(std::size_t number, const Style &style, Node &node);
     Meshes meshesOf(std::size_t number, const Style &style);

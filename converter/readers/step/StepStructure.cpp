@@ -1,7 +1,5 @@
 #include "readers/step/StepStructure.h"
 
-#include "core/ConversionError.h"
-#include "core/Limits.h"
 #include "core/Text.h"
 #include "readers/step/StepNodeCount.h"
 
@@ -9,22 +7,35 @@
 #include <StepBasic_ProductDefinitionFormation.hxx>
 #include <StepRepr_HArray1OfRepresentationItem.hxx>
 #include <StepRepr_MappedItem.hxx>
+#include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_ProductDefinitionShape.hxx>
+#include <StepRepr_PropertyDefinitionRepresentation.hxx>
 #include <StepRepr_RepresentationMap.hxx>
+#include <StepRepr_ShapeAspect.hxx>
 #include <StepRepr_ShapeRepresentationRelationship.hxx>
+#include <StepShape_Block.hxx>
 #include <StepShape_BooleanResult.hxx>
+#include <StepShape_ConnectedFaceSet.hxx>
 #include <StepShape_ContextDependentShapeRepresentation.hxx>
 #include <StepShape_EdgeBasedWireframeModel.hxx>
 #include <StepShape_Face.hxx>
 #include <StepShape_FaceBasedSurfaceModel.hxx>
 #include <StepShape_GeometricSet.hxx>
+#include <StepShape_RightAngularWedge.hxx>
+#include <StepShape_RightCircularCone.hxx>
+#include <StepShape_RightCircularCylinder.hxx>
 #include <StepShape_ShapeDefinitionRepresentation.hxx>
 #include <StepShape_ShapeRepresentation.hxx>
 #include <StepShape_ShellBasedSurfaceModel.hxx>
 #include <StepShape_SolidModel.hxx>
+#include <StepShape_Sphere.hxx>
+#include <StepShape_Torus.hxx>
 #include <TCollection_HAsciiString.hxx>
 
 #include <algorithm>
+#include <deque>
+#include <map>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -47,17 +58,28 @@ std::string nameOf(const StepBasic_ProductDefinition &definition)
     return {};
 }
 
+/// What has a shape of its own, be it one that the kernel can make or not.
 bool isShape(const Handle(StepRepr_RepresentationItem) & item)
 {
     for (const Handle(Standard_Type) & type :
          {STANDARD_TYPE(StepShape_SolidModel), STANDARD_TYPE(StepShape_ShellBasedSurfaceModel),
           STANDARD_TYPE(StepShape_FaceBasedSurfaceModel), STANDARD_TYPE(StepShape_BooleanResult),
           STANDARD_TYPE(StepShape_Face), STANDARD_TYPE(StepShape_GeometricSet),
-          STANDARD_TYPE(StepShape_EdgeBasedWireframeModel)}) {
+          STANDARD_TYPE(StepShape_EdgeBasedWireframeModel),
+          STANDARD_TYPE(StepShape_ConnectedFaceSet), STANDARD_TYPE(StepShape_Block),
+          STANDARD_TYPE(StepShape_RightAngularWedge), STANDARD_TYPE(StepShape_Sphere),
+          STANDARD_TYPE(StepShape_Torus), STANDARD_TYPE(StepShape_RightCircularCone),
+          STANDARD_TYPE(StepShape_RightCircularCylinder)}) {
         if (item->IsKind(type))
             return true;
     }
     return false;
+}
+
+bool isBody(const Handle(StepRepr_RepresentationItem) & item)
+{
+    return isShape(item) && !item->IsKind(STANDARD_TYPE(StepShape_Face))
+        && !item->IsKind(STANDARD_TYPE(StepShape_ConnectedFaceSet));
 }
 
 /// The items that are there.
@@ -84,8 +106,6 @@ public:
     {
     }
 
-    const StepPlacements &placements() const { return m_placements; }
-
     std::vector<StepProduct> build()
     {
         addProducts();
@@ -94,15 +114,33 @@ public:
         for (std::size_t i = 0; i < m_products.size(); ++i)
             collectRelated(i);
         addOccurrences();
-        for (std::size_t i = 0; i < m_products.size(); ++i)
-            addItems(i);
+        addAllItems();
+        addAspects();
         addLooseRepresentations();
+        addAllItems();
         return std::move(m_products);
+    }
+
+    /// After build().
+    std::vector<Handle(Standard_Transient)> lostPlaces(const std::vector<StepProduct> &products)
+    {
+        std::vector<Handle(Standard_Transient)> lost = m_placements.damaged();
+        // Files that place nothing at all mean it so.
+        if (m_placing.empty() && !m_isMapping)
+            return lost;
+        for (const auto &[pair, waiting] : m_unplaced) {
+            for (const std::size_t number : waiting) {
+                if (!products[pair.second].isEmpty())
+                    lost.push_back(products[pair.first].occurrences[number].entities.front());
+            }
+        }
+        return lost;
     }
 
 private:
     using Entity = const Standard_Transient *;
     using Relationship = Handle(StepRepr_ShapeRepresentationRelationship);
+    using Pair = std::pair<std::size_t, std::size_t>; ///< a product and one that occurs in it
 
     /// A representation of a product, in the coordinates of the product's first one.
     struct Placed {
@@ -122,19 +160,34 @@ private:
 
     void addRepresentations()
     {
-        for (const auto &entity : m_entities.all<StepShape_ShapeDefinitionRepresentation>()) {
+        for (const auto &entity : m_entities.all<StepRepr_PropertyDefinitionRepresentation>()) {
             const Handle(StepRepr_Representation) representation = entity->UsedRepresentation();
             m_isDefined.insert(representation.get());
             const auto shape =
                 Handle(StepRepr_PropertyDefinition)::DownCast(entity->Definition().Value());
-            if (shape.IsNull() || representation.IsNull())
+            if (shape.IsNull() || representation.IsNull()
+                || !entity->IsKind(STANDARD_TYPE(StepShape_ShapeDefinitionRepresentation)))
                 continue;
-            const auto product = m_numbers.find(shape->Definition().Value().get());
-            if (product == m_numbers.end())
-                continue;
-            m_products[product->second].representations.push_back(representation);
-            m_owners.emplace(representation.get(), product->second);
+            const Handle(Standard_Transient) subject = shape->Definition().Value();
+            const auto product = m_numbers.find(subject.get());
+            if (product != m_numbers.end())
+                own(product->second, representation, gp_Trsf());
+            else if (const auto aspect = Handle(StepRepr_ShapeAspect)::DownCast(subject))
+                m_aspects.emplace_back(aspect, representation);
         }
+        for (StepProduct &product : m_products) {
+            for (const Placed &placed : m_placed[std::size_t(&product - m_products.data())])
+                product.representations.push_back(placed.representation);
+        }
+    }
+
+    void own(std::size_t product, const Handle(StepRepr_Representation) & representation,
+             const gp_Trsf &placement)
+    {
+        if (!m_places.emplace(std::make_pair(product, representation.get()), placement).second)
+            return;
+        m_owners.emplace(representation.get(), product);
+        m_placed[product].push_back({representation, placement});
     }
 
     /// The relationships that place an occurrence, and the others by the two they connect.
@@ -158,35 +211,23 @@ private:
         }
     }
 
-    /// A product's representations and those that relationships tie to them, up to what is defined
-    /// as another product's.
+    /// What relationships tie to a product's representations, up to what is defined as something
+    /// else's.
     void collectRelated(std::size_t product)
     {
-        std::vector<Placed> &all = m_placed[product];
-        std::unordered_set<Entity> known;
-        for (const auto &representation : m_products[product].representations) {
-            if (known.insert(representation.get()).second)
-                all.push_back({representation, gp_Trsf()});
-        }
-        const auto add = [&](const Handle(StepRepr_Representation) & representation,
-                             const gp_Trsf &placement) {
-            if (m_isDefined.count(representation.get()) == 0
-                && known.insert(representation.get()).second) {
-                m_owners.emplace(representation.get(), product);
-                all.push_back({representation, placement});
-            }
-        };
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const Placed from = all[i];
+        for (std::size_t i = 0; i < m_placed[product].size(); ++i) {
+            const Placed from = m_placed[product][i];
             const auto related = m_related.find(from.representation.get());
             if (related == m_related.end())
                 continue;
             for (const Relationship &relationship : related->second) {
+                const bool isFirst = relationship->Rep1() == from.representation;
+                const Handle(StepRepr_Representation) other =
+                    isFirst ? relationship->Rep2() : relationship->Rep1();
+                if (m_isDefined.count(other.get()) > 0)
+                    continue;
                 const gp_Trsf placement = m_placements.of(relationship);
-                if (relationship->Rep1() == from.representation)
-                    add(relationship->Rep2(), from.placement * placement.Inverted());
-                else
-                    add(relationship->Rep1(), from.placement * placement);
+                own(product, other, from.placement * (isFirst ? placement.Inverted() : placement));
             }
         }
     }
@@ -198,128 +239,167 @@ private:
             const auto part = m_numbers.find(entity->RelatedProductDefinition().get());
             if (whole == m_numbers.end() || part == m_numbers.end())
                 continue;
-            StepOccurrence occurrence{part->second, entity, gp_Trsf()};
+            const Pair pair(whole->second, part->second);
+            StepOccurrence occurrence{part->second, gp_Trsf(), {}};
+            occurrence.entities.emplace_back(entity);
             const auto placing = m_placing.find(entity.get());
-            if (placing != m_placing.end())
-                occurrence.placement = placementOf(placing->second, whole->second, part->second);
-            else
-                m_unplaced[whole->second][part->second].push_back(
-                    m_products[whole->second].occurrences.size());
+            if (placing == m_placing.end()) {
+                m_unplaced[pair].push_back(m_products[whole->second].occurrences.size());
+            } else {
+                occurrence.placement = placementOf(placing->second, pair);
+                m_isPlaced.insert(pair);
+            }
             m_products[whole->second].occurrences.push_back(occurrence);
             m_products[part->second].isUsed = true;
         }
     }
 
-    gp_Trsf placementOf(const Relationship &relationship, std::size_t whole, std::size_t part)
+    /// The two may be given the wrong way round, and each stand elsewhere in its product.
+    gp_Trsf placementOf(const Relationship &relationship, const Pair &pair)
     {
-        const gp_Trsf placement = m_placements.of(relationship);
-        const bool isTurned = owns(whole, relationship->Rep1()) && owns(part, relationship->Rep2());
-        return isTurned ? placement.Inverted() : placement;
+        const auto place = [this](std::size_t product, const auto &representation) {
+            const auto found = m_places.find(std::make_pair(product, representation.get()));
+            return found == m_places.end() ? nullptr : &found->second;
+        };
+        Handle(StepRepr_Representation) from = relationship->Rep1();
+        Handle(StepRepr_Representation) to = relationship->Rep2();
+        gp_Trsf placement = m_placements.of(relationship);
+        if (place(pair.first, from) && place(pair.second, to)) {
+            std::swap(from, to);
+            placement.Invert();
+        }
+        if (const gp_Trsf *inPart = place(pair.second, from))
+            placement = placement * inPart->Inverted();
+        if (const gp_Trsf *inWhole = place(pair.first, to))
+            placement = *inWhole * placement;
+        return placement;
     }
 
-    bool owns(std::size_t product, const Handle(StepRepr_Representation) & representation) const
+    /// Of all products whose items were not looked at yet; mapped items bring further ones.
+    void addAllItems()
     {
-        const auto owner = m_owners.find(representation.get());
-        return owner != m_owners.end() && owner->second == product;
-    }
-
-    void addItems(std::size_t product)
-    {
-        for (const Placed &placed : m_placed[product])
-            addItems(product, placed.representation, placed.placement, 0);
-    }
-
-    void addItems(std::size_t product, const Handle(StepRepr_Representation) & representation,
-                  const gp_Trsf &placement, int depth)
-    {
-        if (depth > depthBound)
-            throw ConversionError("The mapped items are nested too deeply.");
-        m_isReached.insert(representation.get());
-        for (const auto &item : itemsOf(representation)) {
-            const auto mapped = Handle(StepRepr_MappedItem)::DownCast(item);
-            if (mapped.IsNull() && !isShape(item))
-                continue;
-            checkNodeCount("The file", ++m_itemCount);
-            if (mapped.IsNull())
-                m_products[product].items.push_back({item, representation, placement});
-            else
-                addMapped(product, *mapped, representation, placement, depth);
+        for (; m_next < m_products.size(); ++m_next) {
+            // A copy: what is mapped adds to the table.
+            const std::vector<Placed> representations = m_placed[m_next];
+            for (const Placed &placed : representations)
+                addItems(m_next, placed);
         }
     }
 
-    void addMapped(std::size_t product, const StepRepr_MappedItem &item,
-                   const Handle(StepRepr_Representation) & parent, const gp_Trsf &parentPlacement,
-                   int depth)
+    void addItems(std::size_t product, const Placed &placed)
     {
-        const Handle(StepRepr_RepresentationMap) map = item.MappingSource();
-        if (map.IsNull() || map->MappedRepresentation().IsNull())
-            return;
-        const gp_Trsf placement = parentPlacement * m_placements.of(item, parent);
-        const auto owner = m_owners.find(map->MappedRepresentation().get());
-        if (owner == m_owners.end() || owner->second == product)
-            addItems(product, map->MappedRepresentation(), placement, depth + 1);
-        else
-            placeOccurrence(product, owner->second, placement);
+        for (const auto &item : itemsOf(placed.representation)) {
+            if (const auto mapped = Handle(StepRepr_MappedItem)::DownCast(item)) {
+                addMapped(product, mapped, placed);
+            } else if (isShape(item)) {
+                m_products[product].items.push_back(
+                    {item, placed.representation, placed.placement});
+                m_isTaken.insert(item.get());
+            }
+        }
     }
 
-    /// A mapped item of a product's representation is the other way to place an occurrence, beside
-    /// the usual one or without any.
-    void placeOccurrence(std::size_t whole, std::size_t part, const gp_Trsf &placement)
+    void addMapped(std::size_t product, const Handle(StepRepr_MappedItem) & item,
+                   const Placed &parent)
     {
-        std::vector<StepOccurrence> &occurrences = m_products[whole].occurrences;
-        auto &unplaced = m_unplaced[whole];
-        const auto waiting = unplaced.find(part);
-        if (waiting != unplaced.end() && !waiting->second.empty()) {
-            occurrences[waiting->second.front()].placement = placement;
-            waiting->second.erase(waiting->second.begin());
-        } else if (waiting == unplaced.end()
-                   && std::none_of(occurrences.begin(), occurrences.end(), [part](const auto &o) {
-                          return o.entity && o.product == part;
-                      })) {
-            occurrences.push_back({part, {}, placement});
-            m_products[part].isUsed = true;
+        const Handle(StepRepr_RepresentationMap) map = item->MappingSource();
+        if (map.IsNull() || map->MappedRepresentation().IsNull())
+            return;
+        m_isMapping = true;
+        const auto [owner, isNew] =
+            m_owners.emplace(map->MappedRepresentation().get(), m_products.size());
+        if (isNew)
+            addUnowned(map->MappedRepresentation());
+        placeOccurrence(Pair(product, owner->second), item,
+                        parent.placement * m_placements.of(item, parent.representation));
+    }
+
+    /// A mapped item is the other way to place an occurrence, beside the usual one or without any.
+    void placeOccurrence(const Pair &pair, const Handle(StepRepr_MappedItem) & item,
+                         const gp_Trsf &placement)
+    {
+        std::vector<StepOccurrence> &occurrences = m_products[pair.first].occurrences;
+        const auto unplaced = m_unplaced.find(pair);
+        if (unplaced != m_unplaced.end() && !unplaced->second.empty()) {
+            StepOccurrence &waiting = occurrences[unplaced->second.front()];
+            unplaced->second.pop_front();
+            waiting.placement = placement;
+            waiting.entities.emplace_back(item);
+        } else if (m_isPlaced.count(pair) == 0) {
+            occurrences.push_back({pair.second, placement, {}});
+            occurrences.back().entities.emplace_back(item);
+            m_products[pair.second].isUsed = true;
+        }
+    }
+
+    std::size_t addUnowned(const Handle(StepRepr_Representation) & representation)
+    {
+        m_products.emplace_back();
+        if (!representation->Name().IsNull())
+            m_products.back().name = validUtf8(representation->Name()->ToCString());
+        m_products.back().representations.push_back(representation);
+        own(m_products.size() - 1, representation, gp_Trsf());
+        collectRelated(m_products.size() - 1);
+        return m_products.size() - 1;
+    }
+
+    /// Some programs tie bodies to their product only by an aspect of its shape.
+    void addAspects()
+    {
+        for (const auto &[aspect, representation] : m_aspects) {
+            const Handle(StepRepr_ProductDefinitionShape) shape = aspect->OfShape();
+            const auto product = shape.IsNull() ? m_numbers.end()
+                                                : m_numbers.find(shape->Definition().Value().get());
+            if (product == m_numbers.end())
+                continue;
+            for (const auto &item : itemsOf(representation)) {
+                if (isBody(item) && m_isTaken.insert(item.get()).second)
+                    m_products[product->second].items.push_back({item, representation, gp_Trsf()});
+            }
         }
     }
 
     /// Shapes that no product has; some programs write such files.
     void addLooseRepresentations()
     {
+        std::unordered_set<Entity> mapped;
+        for (const auto &map : m_entities.all<StepRepr_RepresentationMap>())
+            mapped.insert(map->MappedRepresentation().get());
         for (const auto &representation : m_entities.all<StepShape_ShapeRepresentation>()) {
-            if (m_isReached.count(representation.get()) > 0
+            if (m_owners.count(representation.get()) > 0 || mapped.count(representation.get()) > 0
                 || m_isDefined.count(representation.get()) > 0)
                 continue;
             const std::vector<Handle(StepRepr_RepresentationItem)> items = itemsOf(representation);
-            if (std::none_of(items.begin(), items.end(), isShape))
-                continue;
-            m_products.emplace_back();
-            if (!representation->Name().IsNull())
-                m_products.back().name = validUtf8(representation->Name()->ToCString());
-            m_products.back().representations.push_back(representation);
-            addItems(m_products.size() - 1, representation, gp_Trsf(), 0);
+            if (std::any_of(items.begin(), items.end(), [](const auto &item) {
+                    return isShape(item) || item->IsKind(STANDARD_TYPE(StepRepr_MappedItem));
+                }))
+                addUnowned(representation);
         }
     }
 
     const StepEntities &m_entities;
     StepPlacements m_placements;
     std::vector<StepProduct> m_products;
+    std::size_t m_next = 0; ///< product whose items are not known yet
     std::unordered_map<Entity, std::size_t> m_numbers; ///< of products, by their definition
-    std::unordered_map<Entity, std::size_t> m_owners; ///< the product of a representation
+    std::unordered_map<Entity, std::size_t> m_owners; ///< the first product of a representation
     std::unordered_set<Entity> m_isDefined; ///< representations that are said to be of something
-    std::unordered_set<Entity> m_isReached; ///< representations whose items were taken
+    std::unordered_set<Entity> m_isTaken; ///< items that are some product's
+    std::vector<std::pair<Handle(StepRepr_ShapeAspect), Handle(StepRepr_Representation)>> m_aspects;
     std::unordered_map<Entity, Relationship> m_placing; ///< by occurrence
     std::unordered_map<Entity, std::vector<Relationship>> m_related; ///< by representation
     std::unordered_map<std::size_t, std::vector<Placed>> m_placed; ///< by product
-    /// By product and the product that occurs in it, the occurrences without a placement.
-    std::unordered_map<std::size_t, std::unordered_map<std::size_t, std::vector<std::size_t>>>
-        m_unplaced;
-    std::uint64_t m_itemCount = 0;
+    std::map<std::pair<std::size_t, Entity>, gp_Trsf> m_places; ///< the same by representation
+    std::set<Pair> m_isPlaced; ///< by a relationship
+    std::map<Pair, std::deque<std::size_t>> m_unplaced; ///< occurrences, by their number
+    bool m_isMapping = false; ///< there are mapped items
 };
 
 StepStructure::StepStructure(const StepEntities &entities)
 {
     Builder builder(entities);
     m_products = builder.build();
-    m_damagedPlacements = builder.placements().damaged();
+    m_lostPlaces = builder.lostPlaces(m_products);
     m_nodeCount = countNodes(m_products);
 }
 

@@ -4,7 +4,6 @@
 #include "readers/step/StepPlacements.h"
 
 #include <StepBasic_ProductDefinition.hxx>
-#include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_Representation.hxx>
 #include <StepRepr_RepresentationItem.hxx>
 
@@ -25,17 +24,21 @@ struct StepItem {
 /// A product within another one.
 struct StepOccurrence {
     std::size_t product = 0;
-    Handle(StepRepr_NextAssemblyUsageOccurrence) entity; ///< null when only a mapped item states it
     gp_Trsf placement; ///< mm
+    /// What states it: a usage occurrence, a mapped item or both.
+    std::vector<Handle(Standard_Transient)> entities;
 };
 
 struct StepProduct {
     std::string name;
-    Handle(StepBasic_ProductDefinition) entity; ///< null for shapes that no product has
+    /// Null for shapes that no product has, and for representations that others map into theirs.
+    Handle(StepBasic_ProductDefinition) entity;
     std::vector<Handle(StepRepr_Representation)> representations;
     std::vector<StepItem> items;
     std::vector<StepOccurrence> occurrences;
     bool isUsed = false; ///< occurs within another one
+
+    bool isEmpty() const { return items.empty() && occurrences.empty(); }
 
     /// What its entities state about the whole of it: its definition and, when there is but one,
     /// its item.
@@ -53,7 +56,7 @@ struct StepProduct {
 class StepStructure {
 public:
     /// Occurrences whose product is missing are left out. Throws ConversionError when a product
-    /// contains itself, is nested too deeply or consists of more items than can be converted.
+    /// contains itself or is nested too deeply.
     explicit StepStructure(const StepEntities &entities);
 
     const std::vector<StepProduct> &products() const { return m_products; }
@@ -62,17 +65,15 @@ public:
     /// it, and the count ends at 10^18.
     std::uint64_t nodeCount() const { return m_nodeCount; }
 
-    /// Placements that could not be read; what they place stands where its product has its origin.
-    const std::vector<Handle(Standard_Transient)> &damagedPlacements() const
-    {
-        return m_damagedPlacements;
-    }
+    /// What states a place that could not be read, or should state one and does not; what it places
+    /// stands where its product has its origin.
+    const std::vector<Handle(Standard_Transient)> &lostPlaces() const { return m_lostPlaces; }
 
 private:
     class Builder;
 
     std::vector<StepProduct> m_products;
-    std::vector<Handle(Standard_Transient)> m_damagedPlacements;
+    std::vector<Handle(Standard_Transient)> m_lostPlaces;
     std::uint64_t m_nodeCount = 0;
 };
 
