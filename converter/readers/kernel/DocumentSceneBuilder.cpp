@@ -8,16 +8,11 @@
 
 #include <TColStd_HSequenceOfExtendedString.hxx>
 #include <TCollection_AsciiString.hxx>
-#include <TDF_AttributeIterator.hxx>
 #include <TDF_LabelSequence.hxx>
 #include <TDF_Tool.hxx>
 #include <TDataStd_Name.hxx>
-#include <TDataStd_NamedData.hxx>
 #include <TopoDS_Iterator.hxx>
-#include <XCAFDoc_Area.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
-#include <XCAFDoc_MaterialTool.hxx>
-#include <XCAFDoc_Volume.hxx>
 
 #include <algorithm>
 
@@ -145,8 +140,6 @@ Node DocumentSceneBuilder::labelNode(const TDF_Label &label, Style style, int de
     if (node.layer.empty())
         node.layer = layerOf(part);
     node.visible = style.visible;
-    if (m_settings.importMetadata)
-        addMetadata(part, node);
 
     if (XCAFDoc_ShapeTool::IsAssembly(part)) {
         TDF_LabelSequence components;
@@ -200,41 +193,13 @@ DocumentSceneBuilder::partMeshes(const TDF_Label &part, const Style &style, cons
             subStyle.visible = false;
         subStyles.add(XCAFDoc_ShapeTool::GetShape(sub), subStyle);
     }
-    const auto look = [&](const TopoDS_Shape &piece) -> std::optional<Material> {
-        const Style *own = subStyles.find(piece);
-        const Style &chosen = own ? *own : style;
-        const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
-        const bool showsHidden =
-            isCurve ? m_settings.importInvisibleCurves : m_settings.importInvisibleSurfaces;
-        if (!chosen.visible && !showsHidden)
-            return std::nullopt;
-        return materialOf(isCurve ? chosen.curve : chosen.surface);
+    const auto look = [&](const TopoDS_Shape &piece) {
+        return materialOf(piece, style, subStyles, m_settings);
     };
     std::vector<std::shared_ptr<const Mesh>> &meshes = known->second;
     if (!KernelGuard::run([&] { meshes = m_mesher.meshes(shape, look, name); }))
         m_lostParts.push_back(name);
     return meshes;
-}
-
-void DocumentSceneBuilder::addMetadata(const TDF_Label &label, Node &node) const
-{
-    Standard_Real value = 0;
-    if (XCAFDoc_Area::Get(label, value))
-        node.metadata.emplace_back("area", std::to_string(value));
-    if (XCAFDoc_Volume::Get(label, value))
-        node.metadata.emplace_back("volume", std::to_string(value));
-    const Standard_Real density = XCAFDoc_MaterialTool::GetDensityForShape(label);
-    if (density > 0)
-        node.metadata.emplace_back("density", std::to_string(density));
-    Handle(TDataStd_NamedData) data;
-    if (!label.FindAttribute(TDataStd_NamedData::GetID(), data))
-        return;
-    data->LoadDeferredData();
-    if (!data->HasStrings())
-        return;
-    const TDataStd_DataMapOfStringString &strings = data->GetStringsContainer();
-    for (TDataStd_DataMapIteratorOfDataMapOfStringString it(strings); it.More(); it.Next())
-        node.metadata.emplace_back(kernelText(it.Key()), kernelText(it.Value()));
 }
 
 } // namespace tnconvert

@@ -39,7 +39,6 @@ private:
     std::vector<std::shared_ptr<const Mesh>> partMeshes(const TDF_Label &part, const Style &style,
                                                         const std::string &name);
     std::string layerOf(const TDF_Label &label) const;
-    void addMetadata(const TDF_Label &label, Node &node) const;
     std::uint64_t countNodes(const TDF_Label &label, int depth);
 
     Handle(XCAFDoc_ShapeTool) m_shapes;

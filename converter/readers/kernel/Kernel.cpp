@@ -6,7 +6,7 @@
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Message_Printer.hxx>
-#include <STEPCAFControl_Controller.hxx>
+#include <STEPControl_Controller.hxx>
 #include <TCollection_AsciiString.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 
@@ -17,7 +17,7 @@ void prepareKernel()
     static const bool isPrepared = [] {
         Message::DefaultMessenger()->RemovePrinters(STANDARD_TYPE(Message_Printer));
         // The readers' parameters exist only after this.
-        STEPCAFControl_Controller::Init();
+        STEPControl_Controller::Init();
         Interface_Static::SetCVal("xstep.cascade.unit", "MM");
         return true;
     }();

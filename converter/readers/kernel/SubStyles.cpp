@@ -32,4 +32,18 @@ void SubStyles::set(const TopoDS_Shape &shape, const Style &style, bool isOwn)
     }
 }
 
+std::optional<Material> materialOf(const TopoDS_Shape &piece, const Style &ofPart,
+                                   const SubStyles &own, const Settings &settings)
+{
+    Style style = ofPart;
+    if (const Style *stated = own.find(piece))
+        style.overlay(*stated);
+    const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
+    const bool showsHidden =
+        isCurve ? settings.importInvisibleCurves : settings.importInvisibleSurfaces;
+    if (!style.visible && !showsHidden)
+        return std::nullopt;
+    return materialOf(isCurve ? style.curve : style.surface);
+}
+
 } // namespace tnconvert

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/Settings.h"
 #include "readers/kernel/Style.h"
 
 #include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopoDS_Shape.hxx>
 
+#include <optional>
 #include <vector>
 
 namespace tnconvert {
@@ -28,5 +30,9 @@ private:
     TopTools_DataMapOfShapeInteger m_indices;
     std::vector<Entry> m_styles;
 };
+
+/// What a face or edge of a part is drawn with; nothing when the settings leave it out.
+std::optional<Material> materialOf(const TopoDS_Shape &piece, const Style &ofPart,
+                                   const SubStyles &own, const Settings &settings);
 
 } // namespace tnconvert

@@ -172,16 +172,8 @@ StepSceneBuilder::Meshes StepSceneBuilder::meshed(const StepPart &part, const St
     if (part.shape.IsNull())
         return {};
     m_report.progress(progressOfNextPart().first, "Tessellating");
-    const auto look = [&](const TopoDS_Shape &piece) -> std::optional<Material> {
-        Style chosen = style;
-        if (const Style *own = part.subStyles.find(piece))
-            chosen.overlay(*own);
-        const bool isCurve = piece.ShapeType() == TopAbs_EDGE;
-        const bool showsHidden =
-            isCurve ? m_settings.importInvisibleCurves : m_settings.importInvisibleSurfaces;
-        if (!chosen.visible && !showsHidden)
-            return std::nullopt;
-        return materialOf(isCurve ? chosen.curve : chosen.surface);
+    const auto look = [&](const TopoDS_Shape &piece) {
+        return materialOf(piece, style, part.subStyles, m_settings);
     };
     Meshes meshes;
     const auto mesh = [&](const TopoDS_Shape &shape) {
