@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tnconvert {
 
@@ -115,7 +116,9 @@ bool Transform::isIdentity() const
 
 bool Transform::isFinite() const
 {
-    return std::all_of(m_values.begin(), m_values.end(), [](double v) { return std::isfinite(v); });
+    return std::all_of(m_values.begin(), m_values.end(), [](double v) {
+        return std::fabs(v) <= double(std::numeric_limits<float>::max());
+    });
 }
 
 bool Transform::isDecomposable() const

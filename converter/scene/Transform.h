@@ -47,6 +47,7 @@ public:
     /// Negative for mirroring transformations.
     double determinant() const;
     bool isIdentity() const;
+    /// Whether all values are finite as floats too, which is how outputs are read.
     bool isFinite() const;
     /// Whether the axes stay perpendicular, so that translation, rotation and scale describe it.
     bool isDecomposable() const;

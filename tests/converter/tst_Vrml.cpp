@@ -108,6 +108,8 @@ private slots:
             // Readers turn the triangles of mirrored nodes, so that their volume seems negative.
             {"mirror", "Transform { scale -1 1 1 translation .002 0 0 children " + smallBox + "}",
              12, Box{{1, -1, -1}, {3, 1, 1}}, 24},
+            {"impossible place", "Transform { translation 1e36 0 0 children " + smallBox + "}", 12,
+             unit, 24, 8},
             {"instance", "Transform { translation .01 0 0 children DEF B " + smallBox + "} USE B",
              24, Box{{-1, -1, -1}, {11, 1, 1}}, 48, 16},
             {"level of detail", "LOD { range [1 2] level [ " + smallBox + shape("Box { }") + " ] }",

@@ -184,22 +184,25 @@ void VrmlSceneBuilder::addTransform(const VrmlNode &vrml, Node &parent)
         Transform::translation(vector(vrml, "translation", {}) * vrmlUnit + center)
         * rotation(vrml, "rotation", 1) * rotation(vrml, "scaleOrientation", 1);
     const Transform scale = Transform::scaling(usableScale(vrml));
+    const Transform placed = outer * scale;
     const Transform inner =
         rotation(vrml, "scaleOrientation", -1) * Transform::translation(center * -1);
+    const Transform whole = placed * inner;
 
     Node node;
     node.name = vrml.name;
     node.visible = !m_isHidden;
-    node.transform = outer * scale * inner;
-    if (!node.transform.isFinite())
-        node.transform = Transform();
-    if (node.transform.isDecomposable()) {
+    if (!placed.isFinite() || !inner.isFinite() || !whole.isFinite()) {
+        warnOnce("Transformations with impossible values are left out.");
+        addNodes(vrml.children("children"), node);
+    } else if (whole.isDecomposable()) {
+        node.transform = whole;
         addNodes(vrml.children("children"), node);
     } else {
         // A skewed system cannot be stated by one node of the output, but by two.
         Node content;
         content.transform = inner;
-        node.transform = outer * scale;
+        node.transform = placed;
         addNodes(vrml.children("children"), content);
         node.children.push_back(std::move(content));
     }
