@@ -15,6 +15,7 @@ set(TN_PLUGIN_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/plugins")
 set(TN_PLUGIN_INSTALL_DIR "${CMAKE_INSTALL_LIBDIR}/tnhost/plugins")
 
 option(TN_SANITIZE "Build with the address, undefined behaviour and leak sanitizers" OFF)
+option(TN_FUZZ "Build what fuzzing needs; clang only" OFF)
 
 find_program(CCACHE ccache)
 if(CCACHE)
@@ -34,4 +35,10 @@ if(TN_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                       -fno-omit-frame-pointer -O1)
   add_link_options(-fsanitize=address,undefined)
+endif()
+if(TN_FUZZ)
+  # Casts are checked as well: readers turn stated numbers into counts.
+  set(fuzzChecks address,undefined,float-cast-overflow)
+  add_compile_options(-fsanitize=fuzzer-no-link,${fuzzChecks} -fno-sanitize-recover=all -O1)
+  add_link_options(-fsanitize=${fuzzChecks})
 endif()

@@ -32,11 +32,11 @@ public:
         more.insert("output", output);
         send(QJsonDocument(more).toJson(QJsonDocument::Compact));
     }
-    /// The next event; empty when none comes or when the line is no JSON object.
-    QJsonObject next()
+    /// The next event; empty when none comes in time or when the line is no JSON object.
+    QJsonObject next(int milliseconds = patience)
     {
         while (!canReadLine()) {
-            if (!waitForReadyRead(patience))
+            if (!waitForReadyRead(milliseconds))
                 return {};
         }
         return QJsonDocument::fromJson(readLine()).object();
