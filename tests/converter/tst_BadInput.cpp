@@ -318,6 +318,12 @@ private slots:
             << ""
             << "x.step is damaged: 2 of its entities are not as they should be, but no shape needs "
                "them.";
+        QTest::newRow("number twice")
+            << QByteArray("#25 = CARTESIAN_POINT(") << QByteArray("#23 = CARTESIAN_POINT(") //
+            << "x.step is damaged: 1 entity has the number of another one, #23; 1 entity that its "
+               "shapes need cannot be read, #24 VERTEX_POINT; 5 of 18 faces could not be read, the "
+               "first is #17 ADVANCED_FACE."
+            << "";
         QTest::newRow("face left out")
             << QByteArray("CLOSED_SHELL('',(#17,") << QByteArray("CLOSED_SHELL('',(")
             << "x.step is damaged: 1 solid has a hole in its surface, #15 MANIFOLD_SOLID_BREP."

@@ -1,6 +1,5 @@
 #include "HostileRun.h"
 
-#include <QRegularExpression>
 #include <QtTest>
 
 /// Whatever is wrong with a file: the worker answers, and keeps its promises.
@@ -12,31 +11,13 @@ private:
     const HostileFiles m_files{20261123};
     HostileRun m_run{20};
 
-    /// Whether two entities of a Step file have the same number: some memory lets the kernel run on
-    /// such a file without end, now and then, so that only the program for use by hand takes it.
-    static bool hasTwins(const HostileFile &file)
-    {
-        static const QRegularExpression entity("(?m)^\\s*#\\d+(?=\\s*=)");
-        for (const QByteArray &content : file.files) {
-            QSet<QString> known;
-            for (auto all = entity.globalMatch(content); all.hasNext();) {
-                const QString name = all.next().captured().trimmed();
-                if (known.contains(name))
-                    return true;
-                known.insert(name);
-            }
-        }
-        return false;
-    }
-
 private slots:
     void damagedFiles_data()
     {
         QTest::addColumn<int>("number");
         for (int i = 0; i < fileCount; ++i) {
-            const HostileFile file = m_files.file(i);
-            if (file.format != "Step" || !hasTwins(file))
-                QTest::addRow("%d, %s", i, qPrintable(file.damage)) << i;
+            const QString damage = m_files.file(i).damage;
+            QTest::addRow("%d, %s", i, qPrintable(damage)) << i;
         }
     }
 

@@ -7,6 +7,7 @@
 #include "readers/kernel/KernelGuard.h"
 #include "readers/step/StepDamage.h"
 #include "readers/step/StepHeader.h"
+#include "readers/step/StepNumbers.h"
 
 #include <STEPConstruct_ExternRefs.hxx>
 #include <StepBasic_DocumentFile.hxx>
@@ -18,6 +19,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 namespace tnconvert {
 
@@ -35,8 +37,13 @@ void checkStepFile(const std::string &path)
 }
 
 /// Unlike the reader's own ReadFile, one that takes no byte order mark for damage.
-bool readFile(STEPControl_Reader &reader, const std::string &path)
+bool readFile(STEPControl_Reader &reader, const std::string &path, const StepNumbers &numbers)
 {
+    if (numbers.twinCount() > 0) {
+        std::istringstream text(
+            std::string(withoutByteOrderMark(numbers.renumbered(readWhole(path)))));
+        return reader.ReadStream(path.c_str(), text) == IFSelect_RetDone;
+    }
     const std::string head = readHead(path, 3);
     std::ifstream file(path, std::ios::binary);
     file.seekg(std::streamoff(head.size() - withoutByteOrderMark(head).size()));
@@ -96,8 +103,11 @@ StepDocument::StepDocument(const std::string &path, Report &report)
 
 void StepDocument::readEntities()
 {
+    const StepNumbers numbers(m_path);
+    if (numbers.twinCount() > 0)
+        m_losses.add(StepLosses::Kind::Twin, numbers.firstTwin(), numbers.twinCount());
     bool isRead = false;
-    KernelGuard::run([&] { isRead = readFile(m_reader, m_path); });
+    KernelGuard::run([&] { isRead = readFile(m_reader, m_path, numbers); });
     if (!isRead)
         throw ConversionError(fileName(m_path) + " is damaged: its data section cannot be read.");
     m_entities.emplace(m_reader.WS());

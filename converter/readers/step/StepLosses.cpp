@@ -14,6 +14,7 @@ struct Text {
 
 /// By kind.
 constexpr Text texts[] = {
+    {"entity has the number of another one", "entities have the numbers of others"},
     {"entity that its shapes need cannot be read", "entities that its shapes need cannot be read"},
     {"shape could not be read", "shapes could not be read"},
     {"face could not be read", "faces could not be read"},

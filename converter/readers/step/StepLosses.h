@@ -10,6 +10,7 @@ namespace tnconvert {
 class StepLosses {
 public:
     enum class Kind {
+        Twin, ///< an entity with the number of another one
         Needed, ///< an entity that shapes or places need
         Shape, ///< a solid or surface model that gave nothing
         Face, ///< of one that gave something
