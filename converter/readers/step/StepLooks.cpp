@@ -4,6 +4,7 @@
 #include "readers/kernel/KernelGuard.h"
 
 #include <STEPConstruct_Styles.hxx>
+#include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_PropertyDefinition.hxx>
 #include <StepRepr_Representation.hxx>
 #include <StepShape_ShapeDefinitionRepresentation.hxx>
@@ -19,6 +20,7 @@
 #include <StepVisual_HArray1OfRenderingPropertiesSelect.hxx>
 #include <StepVisual_HArray1OfSurfaceStyleElementSelect.hxx>
 #include <StepVisual_Invisibility.hxx>
+#include <StepVisual_OverRidingStyledItem.hxx>
 #include <StepVisual_PresentationLayerAssignment.hxx>
 #include <StepVisual_PresentationStyleByContext.hxx>
 #include <StepVisual_PresentationStyleSelect.hxx>
@@ -33,17 +35,20 @@
 #include <StepVisual_SurfaceStyleUsage.hxx>
 #include <TCollection_HAsciiString.hxx>
 
+#include <algorithm>
+
 namespace tnconvert {
 
 namespace {
 
 using Color = std::optional<Quantity_ColorRGBA>;
 
+/// A side's transparency is stated once, before or behind its other colours.
 void setColor(Color &color, const Handle(StepVisual_Colour) & stated)
 {
     Quantity_Color decoded;
     if (!stated.IsNull() && STEPConstruct_Styles::DecodeColor(stated, decoded))
-        color = Quantity_ColorRGBA(decoded);
+        color = Quantity_ColorRGBA(decoded, color ? color->Alpha() : 1.0F);
 }
 
 void setCurve(Style &style, const Handle(Standard_Transient) & stated)
@@ -113,7 +118,10 @@ Style decoded(const StepVisual_PresentationStyleAssignment &assignment)
 StepLooks::StepLooks(const StepEntities &entities)
 {
     addOccurrences(entities);
-    const auto styled = entities.all<StepVisual_StyledItem>();
+    auto styled = entities.all<StepVisual_StyledItem>();
+    std::stable_partition(styled.begin(), styled.end(), [](const auto &one) {
+        return !one->IsKind(STANDARD_TYPE(StepVisual_OverRidingStyledItem));
+    });
     std::size_t next = 0;
     while (!KernelGuard::run([&] {
         while (next < styled.size())
@@ -129,10 +137,24 @@ void StepLooks::addOccurrences(const StepEntities &entities)
     for (const auto &entity : entities.all<StepShape_ShapeDefinitionRepresentation>()) {
         const auto shape =
             Handle(StepRepr_PropertyDefinition)::DownCast(entity->Definition().Value());
-        if (!shape.IsNull())
-            m_occurrences.emplace(entity->UsedRepresentation().get(),
-                                  shape->Definition().Value().get());
+        if (shape.IsNull())
+            continue;
+        if (const auto occurrence =
+                Handle(StepRepr_NextAssemblyUsageOccurrence)::DownCast(shape->Definition().Value()))
+            m_occurrences.emplace(entity->UsedRepresentation().get(), occurrence.get());
     }
+}
+
+StepLooks::Entity StepLooks::targetOf(const StepVisual_StyledItem &styled,
+                                      const Handle(StepVisual_PresentationStyleAssignment)
+                                          & assignment) const
+{
+    if (const auto context = Handle(StepVisual_PresentationStyleByContext)::DownCast(assignment)) {
+        const auto occurrence = m_occurrences.find(context->StyleContext().Value().get());
+        if (occurrence != m_occurrences.end())
+            return occurrence->second;
+    }
+    return styled.ItemAP242().Value().get();
 }
 
 void StepLooks::addStyle(const StepVisual_StyledItem &styled)
@@ -140,18 +162,8 @@ void StepLooks::addStyle(const StepVisual_StyledItem &styled)
     if (styled.Styles().IsNull())
         return;
     for (const Handle(StepVisual_PresentationStyleAssignment) & assignment : *styled.Styles()) {
-        if (assignment.IsNull())
-            continue;
-        Entity target = styled.ItemAP242().Value().get();
-        if (const auto context =
-                Handle(StepVisual_PresentationStyleByContext)::DownCast(assignment)) {
-            const auto occurrence = m_occurrences.find(context->StyleContext().Value().get());
-            if (occurrence == m_occurrences.end())
-                continue;
-            target = occurrence->second;
-        }
-        if (target)
-            m_styles[target].overlay(lookOf(assignment));
+        if (!assignment.IsNull())
+            m_styles[targetOf(styled, assignment)].overlay(lookOf(assignment));
     }
 }
 
@@ -173,6 +185,16 @@ void StepLooks::addLayers(const StepEntities &entities)
     }
 }
 
+void StepLooks::hide(const StepVisual_StyledItem &styled)
+{
+    if (styled.Styles().IsNull()) {
+        m_styles[targetOf(styled, {})].visible = false;
+        return;
+    }
+    for (const Handle(StepVisual_PresentationStyleAssignment) & assignment : *styled.Styles())
+        m_styles[targetOf(styled, assignment)].visible = false;
+}
+
 void StepLooks::hide(const StepEntities &entities)
 {
     for (const auto &invisibility : entities.all<StepVisual_Invisibility>()) {
@@ -181,7 +203,7 @@ void StepLooks::hide(const StepEntities &entities)
         for (const StepVisual_InvisibleItem &item : *invisibility->InvisibleItems()) {
             const Handle(Standard_Transient) value = item.Value();
             if (const auto styled = Handle(StepVisual_StyledItem)::DownCast(value)) {
-                m_styles[styled->ItemAP242().Value().get()].visible = false;
+                hide(*styled);
             } else if (const auto layer =
                            Handle(StepVisual_PresentationLayerAssignment)::DownCast(value);
                        layer && !layer->AssignedItems().IsNull()) {

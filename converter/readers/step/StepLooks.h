@@ -29,9 +29,14 @@ public:
 private:
     using Entity = const Standard_Transient *;
 
+    /// What a styled item gives one of its looks to: its item, or the occurrence that the look's
+    /// context stands for.
+    Entity targetOf(const StepVisual_StyledItem &styled,
+                    const Handle(StepVisual_PresentationStyleAssignment) & assignment) const;
     void addStyle(const StepVisual_StyledItem &styled);
     void addOccurrences(const StepEntities &entities);
     void addLayers(const StepEntities &entities);
+    void hide(const StepVisual_StyledItem &styled);
     void hide(const StepEntities &entities);
     const Style &lookOf(const Handle(StepVisual_PresentationStyleAssignment) & assignment);
 
