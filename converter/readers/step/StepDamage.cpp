@@ -5,6 +5,7 @@
 #include <Interface_Graph.hxx>
 #include <StepBasic_ProductDefinition.hxx>
 #include <StepRepr_NextAssemblyUsageOccurrence.hxx>
+#include <StepRepr_ProductDefinitionShape.hxx>
 #include <StepRepr_PropertyDefinition.hxx>
 #include <StepRepr_RepresentationContext.hxx>
 #include <StepRepr_ShapeRepresentationRelationship.hxx>
@@ -49,6 +50,13 @@ bool endsShape(const Handle(Standard_Transient) & entity)
                     STANDARD_TYPE(StepBasic_ProductDefinition)});
 }
 
+/// What is needed for itself among those: without the product that it refers to the shape has no
+/// place.
+bool tiesShape(const Handle(Standard_Transient) & entity)
+{
+    return entity->IsKind(STANDARD_TYPE(StepRepr_ProductDefinitionShape));
+}
+
 /// For each entity by its number, whether it is reached from one that begins a shape.
 std::vector<bool> neededEntities(const Interface_InterfaceModel &model,
                                  const Interface_Graph &graph)
@@ -69,8 +77,11 @@ std::vector<bool> neededEntities(const Interface_InterfaceModel &model,
         const Handle(Standard_Transient) &entity = model.Value(open.back());
         open.pop_back();
         for (Interface_EntityIterator it = graph.Shareds(entity); it.More(); it.Next()) {
+            const int number = model.Number(it.Value());
             if (!endsShape(it.Value()))
-                reach(model.Number(it.Value()));
+                reach(number);
+            else if (tiesShape(it.Value()))
+                isNeeded[std::size_t(number)] = true;
         }
     }
     return isNeeded;
