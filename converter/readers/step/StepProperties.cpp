@@ -35,25 +35,28 @@ std::string text(const Handle(TCollection_HAsciiString) & string)
     return string.IsNull() ? std::string() : validUtf8(string->ToCString());
 }
 
-/// Millimetres for one of the unit, or 1 when it is no length.
-double lengthFactor(const Handle(StepBasic_NamedUnit) & unit)
+/// Millimetres for one of the unit; nothing when it is no length.
+std::optional<double> lengthFactor(const Handle(StepBasic_NamedUnit) & unit)
 {
     STEPConstruct_UnitContext context;
     if (unit.IsNull() || context.ComputeFactors(unit) != 0 || !context.LengthDone())
-        return 1;
+        return std::nullopt;
     return context.LengthFactor();
 }
 
-/// An area in mm², a volume in mm³; what has no such unit as it stands.
-double inMillimetres(const StepBasic_MeasureWithUnit &measure)
+/// An area in mm², a volume in mm³; nothing when its unit is none that is made of lengths.
+std::optional<double> inMillimetres(const StepBasic_MeasureWithUnit &measure)
 {
-    double value = measure.ValueComponent();
     const auto unit = Handle(StepBasic_DerivedUnit)::DownCast(measure.UnitComponent().Value());
     if (unit.IsNull() || unit->Elements().IsNull())
-        return value;
+        return std::nullopt;
+    double value = measure.ValueComponent();
     for (const Handle(StepBasic_DerivedUnitElement) & element : *unit->Elements()) {
-        if (!element.IsNull())
-            value *= std::pow(lengthFactor(element->Unit()), element->Exponent());
+        const std::optional<double> factor =
+            element.IsNull() ? std::nullopt : lengthFactor(element->Unit());
+        if (!factor)
+            return std::nullopt;
+        value *= std::pow(*factor, element->Exponent());
     }
     return value;
 }
@@ -73,15 +76,15 @@ constexpr Values validated[] = {
 void addMeasure(StepProperties::OfProduct &product, const std::string &name,
                 const StepBasic_MeasureWithUnit &measure)
 {
-    const double value = inMillimetres(measure);
+    const std::optional<double> value = inMillimetres(measure);
     std::string key = name;
     for (const Values &values : validated) {
-        if (name != values.item)
+        if (!value || name != values.item)
             continue;
         product.measured.*values.value = value;
         key = values.key;
     }
-    product.metadata.emplace_back(key, std::to_string(value));
+    product.metadata.emplace_back(key, std::to_string(value.value_or(measure.ValueComponent())));
 }
 
 /// The factor to millimetres of a representation's points.

@@ -4,10 +4,10 @@
 
 #include <BRepGProp.hxx>
 #include <GProp_GProps.hxx>
+#include <TopExp_Explorer.hxx>
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 #include <utility>
 
 namespace tnconvert {
@@ -18,6 +18,23 @@ bool isNear(double value, double stated)
 {
     return std::abs(value - stated)
         <= StepValidation::tolerance * std::max(std::abs(value), std::abs(stated));
+}
+
+std::string difference(const std::string &what, double value, double stated)
+{
+    return what + " " + std::to_string(value) + " instead of " + std::to_string(stated);
+}
+
+/// The area of a shape's solids, or of its faces that bound none.
+double areaOf(const TopoDS_Shape &shape, TopAbs_ShapeEnum kind, TopAbs_ShapeEnum avoided)
+{
+    double area = 0;
+    for (TopExp_Explorer pieces(shape, kind, avoided); pieces.More(); pieces.Next()) {
+        GProp_GProps properties;
+        BRepGProp::SurfaceProperties(pieces.Current(), properties);
+        area += properties.Mass();
+    }
+    return area;
 }
 
 } // namespace
@@ -50,12 +67,10 @@ std::string StepValidation::differenceOf(std::size_t product,
     const Mass &mass = massOf(product);
     if (!mass.isKnown)
         return {};
-    for (const auto &[what, value, of] : {std::make_tuple("area", mass.area, stated.area),
-                                          std::make_tuple("volume", mass.volume, stated.volume)}) {
-        if (of && !isNear(value, *of))
-            return std::string(what) + " " + std::to_string(value) + " instead of "
-                + std::to_string(*of);
-    }
+    if (stated.area && !isNear(mass.area, *stated.area) && !isNear(mass.solidArea, *stated.area))
+        return difference("area", mass.area, *stated.area);
+    if (stated.volume && !isNear(mass.volume, *stated.volume))
+        return difference("volume", mass.volume, *stated.volume);
     if (stated.centroid && mass.volume > 0) {
         const gp_XYZ centroid = mass.moment / mass.volume;
         const double size = std::max(std::cbrt(mass.volume), stated.centroid->Modulus());
@@ -78,13 +93,12 @@ StepValidation::Mass StepValidation::measured(std::size_t product)
     const std::optional<TopoDS_Shape> shape = m_shapeOf(product);
     mass.isKnown = shape.has_value();
     if (shape && !shape->IsNull()) {
-        GProp_GProps area;
         GProp_GProps volume;
         mass.isKnown = KernelGuard::run([&] {
-            BRepGProp::SurfaceProperties(*shape, area);
+            mass.solidArea = areaOf(*shape, TopAbs_SOLID, TopAbs_SHAPE);
+            mass.area = mass.solidArea + areaOf(*shape, TopAbs_FACE, TopAbs_SOLID);
             BRepGProp::VolumeProperties(*shape, volume, /*onlyClosed*/ true);
         });
-        mass.area = area.Mass();
         mass.volume = volume.Mass();
         mass.moment = volume.CentreOfMass().XYZ() * volume.Mass();
     }
@@ -95,6 +109,7 @@ StepValidation::Mass StepValidation::measured(std::size_t product)
         const double volume = part.volume * scale * scale * scale;
         mass.isKnown = mass.isKnown && part.isKnown;
         mass.area += part.area * scale * scale;
+        mass.solidArea += part.solidArea * scale * scale;
         mass.volume += volume;
         if (part.volume > 0) {
             gp_XYZ centroid = part.moment / part.volume;

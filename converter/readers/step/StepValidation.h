@@ -34,6 +34,7 @@ private:
     /// What can be added up over the parts of an assembly.
     struct Mass {
         double area = 0;
+        double solidArea = 0; ///< without surfaces that bound no solid
         double volume = 0;
         gp_XYZ moment; ///< centroid times volume
         bool isKnown = true;
