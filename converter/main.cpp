@@ -1,4 +1,5 @@
 #include "conversion/Converter.h"
+#include "core/ForkedProcess.h"
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"

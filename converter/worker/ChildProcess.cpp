@@ -1,12 +1,10 @@
 #include "worker/ChildProcess.h"
 
 #include "core/ConversionError.h"
-#include "worker/ProcessSetup.h"
+#include "core/ForkedProcess.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <exception>
 #include <system_error>
 
 #include <fcntl.h>
@@ -26,37 +24,34 @@ void hoardMemory()
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
 }
 
-[[noreturn]] void doAndEnd(const std::function<void()> &work, pid_t parent)
+/// What stands in there is for the parent.
+void leaveInput()
 {
-    dieWithParent(parent);
-    hoardMemory();
-    // What stands in there is for the parent.
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (nothing < 0 || dup2(nothing, STDIN_FILENO) < 0)
         close(STDIN_FILENO);
-    int status = EXIT_SUCCESS;
+}
+
+int statusOf(const std::function<void()> &work)
+{
     try {
-        work();
-    } catch (const std::exception &) {
-        status = EXIT_FAILURE;
+        return ForkedProcess([&work] {
+                   hoardMemory();
+                   leaveInput();
+                   work();
+               })
+            .wait();
+    } catch (const std::system_error &error) {
+        throw ConversionError(
+            "No process can be started for the conversion: " + error.code().message() + ".");
     }
-    // The static objects are the parent's, and freeing all memory piece by piece takes time.
-    std::_Exit(status);
 }
 
 } // namespace
 
 void ChildProcess::run(const std::function<void()> &work)
 {
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child < 0)
-        throw ConversionError("No process can be started for the conversion: "
-                              + std::generic_category().message(errno) + ".");
-    if (child == 0)
-        doAndEnd(work, parent);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+    const int status = statusOf(work);
     if (WIFSIGNALED(status)) {
         std::signal(WTERMSIG(status), SIG_DFL);
         std::raise(WTERMSIG(status));

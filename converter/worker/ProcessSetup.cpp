@@ -7,7 +7,6 @@
 #include <iterator>
 
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -91,14 +90,6 @@ void limitResources()
     }
     // A file that grows past the limit fails its writing, which has a sentence of its own.
     std::signal(SIGXFSZ, SIG_IGN);
-}
-
-void dieWithParent(pid_t parent)
-{
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // The parent may have ended just before.
-    if (getppid() != parent)
-        std::_Exit(1);
 }
 
 } // namespace tnconvert

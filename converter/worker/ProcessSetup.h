@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <sys/types.h>
-
 namespace tnconvert {
 
 /// Takes the standard output for the program's own lines and hands everyone else's output (the
@@ -15,9 +13,6 @@ int takeStandardOutput();
 /// enough memory" before it takes the machine down, the size of a file, open files; and no core
 /// dumps.
 void limitResources();
-
-/// Makes the system kill this process when @p parent ends, which started it.
-void dieWithParent(pid_t parent);
 
 /// Makes a crash of this process print @p sentence to the standard error first. The process ends
 /// all the same: nothing in it can be trusted any more.

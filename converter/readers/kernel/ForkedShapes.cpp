@@ -1,25 +1,69 @@
 #include "readers/kernel/ForkedShapes.h"
 
+#include "core/ForkedProcess.h"
 #include "readers/kernel/KernelGuard.h"
 
 #include <BinTools.hxx>
 
+#include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <system_error>
+#include <utility>
 
 namespace tnconvert {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
 using MakeShape = std::function<TopoDS_Shape(std::size_t)>;
+
+/// A sound face takes the kernel some milliseconds.
+constexpr std::chrono::seconds limitOfEach(10);
+
+/// Nothing is reported meanwhile, and hosts end a conversion that is silent for twice as long.
+constexpr std::chrono::seconds limitOfAll(60);
+
+/// Bytes of one shape, which a child whose memory is damaged may state at will. Large faces have
+/// some million.
+constexpr std::uint64_t largestShape = 1U << 28;
+
+class Pipe {
+public:
+    Pipe()
+    {
+        if (pipe2(m_ends, O_CLOEXEC) != 0)
+            throw std::system_error(errno, std::generic_category());
+    }
+    ~Pipe()
+    {
+        closeWriting();
+        close(m_ends[0]);
+    }
+    Pipe(const Pipe &) = delete;
+    Pipe &operator=(const Pipe &) = delete;
+
+    int reading() const { return m_ends[0]; }
+    int writing() const { return m_ends[1]; }
+
+    /// Lets the reader see the end when no other process can write any more.
+    void closeWriting()
+    {
+        if (const int end = std::exchange(m_ends[1], -1); end >= 0)
+            close(end);
+    }
+
+private:
+    int m_ends[2] = {-1, -1};
+};
 
 bool writeAll(int pipe, const char *data, std::size_t size)
 {
@@ -44,9 +88,8 @@ std::string bytesOf(const TopoDS_Shape &shape)
 }
 
 /// The child's whole life: one message for each shape, its size and its bytes.
-[[noreturn]] void makeInChild(int pipe, std::size_t first, std::size_t count, const MakeShape &make)
+void makeInChild(int pipe, std::size_t first, std::size_t count, const MakeShape &make)
 {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
     // Let a crash end the child at once and without a word; its parent knows.
     for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT})
         std::signal(signal, SIG_DFL);
@@ -62,23 +105,23 @@ std::string bytesOf(const TopoDS_Shape &shape)
             || !writeAll(pipe, bytes.data(), bytes.size()))
             break;
     }
-    _exit(0);
 }
 
-/// Reads from a child, up to a number of seconds for each message.
+/// Reads from a child, each message up to the limit of its own and all up to a point in time.
 class ShapePipe {
 public:
-    ShapePipe(int pipe, int seconds)
+    ShapePipe(int pipe, Clock::time_point end)
         : m_pipe(pipe)
-        , m_milliseconds(seconds * 1000)
+        , m_end(end)
     {
     }
 
-    /// Gives false when the child has ended or takes too long.
+    /// Gives false when the child has ended, takes too long or makes no sense.
     bool read(TopoDS_Shape &shape)
     {
+        m_endOfMessage = std::min(m_end, Clock::now() + limitOfEach);
         std::uint64_t size = 0;
-        if (!readAll(reinterpret_cast<char *>(&size), sizeof size))
+        if (!readAll(reinterpret_cast<char *>(&size), sizeof size) || size > largestShape)
             return false;
         std::string bytes(size, '\0');
         if (!readAll(bytes.data(), bytes.size()))
@@ -93,8 +136,10 @@ private:
     bool readAll(char *data, std::size_t size)
     {
         while (size > 0) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_endOfMessage
+                                                                                    - Clock::now());
             pollfd ready = {m_pipe, POLLIN, 0};
-            const int polled = poll(&ready, 1, m_milliseconds);
+            const int polled = poll(&ready, 1, std::max(int(left.count()), 0));
             if (polled < 0 && errno == EINTR)
                 continue;
             if (polled <= 0)
@@ -111,44 +156,38 @@ private:
     }
 
     const int m_pipe;
-    const int m_milliseconds;
+    const Clock::time_point m_end;
+    Clock::time_point m_endOfMessage;
 };
 
 /// Makes shapes from the given one on, until all are made or one is lost, and gives the number of
 /// the next one.
 std::size_t makeSome(std::size_t first, std::vector<TopoDS_Shape> &shapes, const MakeShape &make,
-                     int seconds)
+                     Clock::time_point end)
 {
-    int ends[2];
-    if (pipe(ends) != 0)
-        return shapes.size();
-    const pid_t child = fork();
-    if (child == 0) {
-        close(ends[0]);
-        makeInChild(ends[1], first, shapes.size(), make);
+    Pipe pipe;
+    const ForkedProcess child([&] { makeInChild(pipe.writing(), first, shapes.size(), make); });
+    pipe.closeWriting();
+    ShapePipe messages(pipe.reading(), end);
+    for (std::size_t next = first; next < shapes.size(); ++next) {
+        if (!messages.read(shapes[next]))
+            return next + 1;
     }
-    close(ends[1]);
-    std::size_t next = first;
-    if (child > 0) {
-        ShapePipe messages(ends[0], seconds);
-        while (next < shapes.size() && messages.read(shapes[next]))
-            ++next;
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-    } else {
-        next = shapes.size();
-    }
-    close(ends[0]);
-    return next < shapes.size() ? next + 1 : next;
+    return shapes.size();
 }
 
 } // namespace
 
-std::vector<TopoDS_Shape> makeForked(std::size_t count, const MakeShape &make, int seconds)
+std::vector<TopoDS_Shape> makeForked(std::size_t count, const MakeShape &make)
 {
     std::vector<TopoDS_Shape> shapes(count);
-    for (std::size_t next = 0; next < count;)
-        next = makeSome(next, shapes, make, seconds);
+    const Clock::time_point end = Clock::now() + limitOfAll;
+    try {
+        for (std::size_t next = 0; next < count && Clock::now() < end;)
+            next = makeSome(next, shapes, make, end);
+    } catch (const std::system_error &) {
+        // Without room for another process the rest is lost.
+    }
     return shapes;
 }
 
