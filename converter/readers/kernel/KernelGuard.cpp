@@ -20,6 +20,16 @@ namespace {
 
 int depth = 0; ///< of guards that are at work
 
+/// The usual stack may be what has run out, over entities that refer to themselves. The kernel's
+/// handler leaves by a jump, after which the system takes the other stack for free again.
+void handleOnOwnStack(int signal)
+{
+    struct sigaction action { };
+    sigaction(signal, nullptr, &action);
+    action.sa_flags |= SA_ONSTACK;
+    sigaction(signal, &action, nullptr);
+}
+
 /// Lets the kernel handle the signals of its own faults for as long as it lives.
 class FaultSignals {
 public:
@@ -28,6 +38,8 @@ public:
         for (std::size_t i = 0; i < handled.size(); ++i)
             sigaction(handled[i], nullptr, &m_before[i]);
         OSD::SetSignal(OSD_SignalMode_Set, Standard_False);
+        for (std::size_t i = 0; i < faults; ++i)
+            handleOnOwnStack(handled[i]);
         for (std::size_t i = faults; i < handled.size(); ++i)
             sigaction(handled[i], &m_before[i], nullptr);
     }
