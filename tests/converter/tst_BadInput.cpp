@@ -39,6 +39,10 @@ private slots:
         QTest::addColumn<BadFile>("file");
         const BadFile files[] = {
             {"empty", "x.step", "", "x.step is empty."},
+            {"Step without a product", "x.step",
+             QByteArray(step).replace("PRODUCT_DEFINITION_SHAPE('','',#5)",
+                                      "PRODUCT_DEFINITION_SHAPE('','',#9999)"),
+             "need cannot be read, #4 PRODUCT_DEFINITION_SHAPE. Nothing else is left of x.step."},
             {"text as Step", "x.step", "Hello\n",
              "it does not begin with ISO-10303-21. It seems to be text"},
             {"Iges as Step", "x.stp", iges, "It seems to be an Iges file."},
@@ -352,6 +356,23 @@ private slots:
         QCOMPARE(outcome.state,
                  loss.isEmpty() ? tnconvert::State::Success : tnconvert::State::Incomplete);
         QTEST(fixture.warnings.join('\n'), "warning");
+        QVERIFY(fixture.result().triangles > 0);
+    }
+
+    /// The kernel follows such a curve until its stack is full.
+    void curvesOfThemselves()
+    {
+        const QByteArray content =
+            read("bracket.step")
+                .replace(
+                    "#26 = LINE('',#27,#28)",
+                    "#26 = TRIMMED_CURVE('',#26,(PARAMETER_VALUE(0.)),(PARAMETER_VALUE(1.)),.T.,"
+                    ".PARAMETER.)");
+        ConverterFixture fixture;
+        ConverterProcess run({fixture.write("x.step", content), fixture.path("out.glb")});
+        QCOMPARE(run.end(), 3);
+        const QByteArray errors = run.readAllStandardError();
+        QVERIFY2(errors.contains("2 of 18 faces could not be read"), errors);
         QVERIFY(fixture.result().triangles > 0);
     }
 
