@@ -181,6 +181,35 @@ private slots:
                                     << QStringList(blueName);
         QTest::newRow("face of a solid that is shifted")
             << blue + "#146=STYLED_ITEM('',(#140),#17);" + shifted << QStringList({blueName, grey});
+        QTest::newRow("context that is the part's own") << blue
+                + "#146=STYLED_ITEM('',(#147),#15);"
+                  "#147=PRESENTATION_STYLE_BY_CONTEXT((#141),#10);"
+                                                        << QStringList(blueName);
+        QTest::newRow("transparency before the colour")
+            << QByteArray(blue).replace("(#143)", "(#143,#150)")
+                + "#146=STYLED_ITEM('',(#140),#15);"
+                  "#150=SURFACE_STYLE_FILL_AREA(#151);"
+                  "#151=FILL_AREA_STYLE('',(#152));"
+                  "#152=FILL_AREA_STYLE_COLOUR('',#144);"
+            << QStringList(blueName);
+        QTest::newRow("overridden behind") << blue
+                + "#146=OVER_RIDING_STYLED_ITEM('',(#140),#17,#147);"
+                  "#147=STYLED_ITEM('',(#153),#17);"
+                  "#153=PRESENTATION_STYLE_ASSIGNMENT((#154));"
+                  "#154=SURFACE_STYLE_USAGE(.BOTH.,#155);"
+                  "#155=SURFACE_SIDE_STYLE('',(#156));"
+                  "#156=SURFACE_STYLE_RENDERING_WITH_PROPERTIES($,#157,());"
+                  "#157=COLOUR_RGB('',1.,0.,0.);"
+                                           << QStringList({blueName, grey});
+        QTest::newRow("hidden elsewhere") << blue
+                + "#146=STYLED_ITEM('',(#147),#15);"
+                  "#147=PRESENTATION_STYLE_BY_CONTEXT((#141),#148);"
+                  "#148=SHAPE_REPRESENTATION('',(#11),#68);"
+                  "#149=INVISIBILITY((#146));"
+                  "#150=SHAPE_DEFINITION_REPRESENTATION(#151,#148);"
+                  "#151=PRODUCT_DEFINITION_SHAPE('','',#152);"
+                  "#152=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','','',#9998,#9997,$);"
+                                          << QStringList(grey);
         QTest::newRow("hidden") << QByteArray("#146=INVISIBILITY((#75));") << QStringList();
         QTest::newRow("hidden layer")
             << QByteArray("#146=INVISIBILITY((#147));"
