@@ -240,6 +240,8 @@ void FileImport::endConversion(JobState state, double seconds, const QString &me
     m_conversionState = state;
     tnFileIOService &service = m_job.service();
     closeParts(state, message);
+    if (state == JobState::Incomplete)
+        addOwnLoss(message);
     if (!m_parts.empty())
         emit service.childrenFileConversionFinished(m_job.id(), m_path, m_partSeconds);
     if (!message.isEmpty())
@@ -274,6 +276,20 @@ void FileImport::closeParts(JobState state, const QString &message)
                     state == JobState::JobAborted ? QString() : message);
         }
     }
+}
+
+/// Whoever lists an assembly takes it for whole once all of its parts are. So what is missing from
+/// the assembly's own file is reported as one more part: that file, under a name of its own.
+void FileImport::addOwnLoss(const QString &message)
+{
+    const bool areAllSound =
+        std::none_of(m_result.parts.begin(), m_result.parts.end(), [](const FileResult &part) {
+            return !part.isOpen() && part.state != State::Succeeded;
+        });
+    if (m_parts.empty() || !areAllSound)
+        return;
+    onPart(m_path);
+    endPart(m_parts.size() - 1, JobState::Incomplete, 0.0, message);
 }
 
 void FileImport::onReadingStarted()

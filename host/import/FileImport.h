@@ -64,6 +64,7 @@ private:
                  const QString &message);
     /// Ends the parts that went down with the converter.
     void closeParts(tnCADFileTypes::JobState state, const QString &message);
+    void addOwnLoss(const QString &message);
     /// Brings the content into the scene; null when that was not possible.
     tndNode attach(const std::shared_ptr<const SceneFragment> &fragment);
     void endLoad(tnCADFileTypes::JobState state, const QString &message, bool wasRead);

@@ -54,6 +54,12 @@ private slots:
              "part+ a p|converting p|failed p It is gone.|converted p Failure|part- a p|parts a|"
              "progress a 0 No p.|converted a Incomplete|timed|queued a|loading a|added a|"
              "loaded a Incomplete"},
+            {part + "write\nfinish incomplete A face.",
+             withPart.chopped(8)
+                 + "part+ a a|converting a|progress a 100 A face.|converted a Incomplete|part- a "
+                   "a|parts a|"
+                   "progress a 0 A face.|converted a Incomplete|timed|queued a|loading a|added a|"
+                   "loading p|loaded p Success|loaded a Incomplete"},
             {part, withPart + loaded + "added a|loading p|loaded p Success|loaded a Success"},
             {part + "finish failure No.",
              withPart + fails("No.") + "|loadFailed p a.step was not converted.|loaded p Failure"},
