@@ -2,8 +2,8 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
-#include "core/References.h"
 #include "core/Limits.h"
+#include "core/References.h"
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/ReaderRegistry.h"

@@ -75,6 +75,7 @@ void limitResources()
         // program that takes dumps, where there is one.
         {RLIMIT_CORE, 1},
         {RLIMIT_NOFILE, 1024},
+        {RLIMIT_CPU, rlim_t(4) * 3600}, // seconds of one file; each has a process of its own
         {RLIMIT_FSIZE, rlim_t(1) << 32}, // a binary glTF counts its bytes with 32 bits
 // The sanitizers reserve terabytes of addresses for their own records.
 #ifndef __SANITIZE_ADDRESS__

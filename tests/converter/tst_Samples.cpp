@@ -206,7 +206,8 @@ private slots:
               std::pair("chair.obj", R"({"ImportMeshes": false})")}) {
             const tnconvert::Outcome outcome = m_fixture.convert(sample, settings);
             QCOMPARE(outcome.state, State::Failure);
-            QVERIFY(QString::fromStdString(outcome.message).contains("no geometry that the settings"));
+            QVERIFY(
+                QString::fromStdString(outcome.message).contains("no geometry that the settings"));
         }
     }
 

@@ -152,6 +152,7 @@ private slots:
         const auto outcome = fixture.convert(fixture.write("x.step", step));
         QCOMPARE(QString::fromStdString(outcome.message), QString());
         const ConvertedFile result = fixture.result();
+        QCOMPARE(result.paths.size(), path.count('/') + 1);
         QCOMPARE(result.paths.last(), path);
         const ConvertedFile::Instance &part = result.instances.back();
         QVERIFY(part.mesh >= 0);

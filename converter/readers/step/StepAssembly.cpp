@@ -125,11 +125,11 @@ Outcome StepAssembly::triedPart(const std::string &path, double from, double to)
         m_missingParts.push_back(path);
         return {State::Failure, error.what(), 0};
     }
-    if (m_losses.size() > lossesBefore)
-        return {State::Incomplete,
-                joined({m_losses.begin() + std::ptrdiff_t(lossesBefore), m_losses.end()}), 0};
+    std::string message = joined({m_losses.begin() + std::ptrdiff_t(lossesBefore), m_losses.end()});
     if (m_missingParts.size() > missingBefore)
-        return {State::Incomplete, "Parts of " + fileName(path) + " are missing.", 0};
+        message += (message.empty() ? "" : " ") + ("Parts of " + fileName(path) + " are missing.");
+    if (!message.empty())
+        return {State::Incomplete, message, 0};
     return {};
 }
 

@@ -310,6 +310,7 @@ void VrmlSceneBuilder::readInlined(const std::string &path)
     const Stopwatch watch;
     const std::vector<std::string> openBefore = m_open;
     const std::size_t missingBefore = m_missingParts.size();
+    const VrmlLosses lossesBefore = m_losses;
     Outcome outcome;
     try {
         if (isRemote(path))
@@ -317,7 +318,7 @@ void VrmlSceneBuilder::readInlined(const std::string &path)
         m_references->check(path);
         std::vector<Node> nodes = fileNodes(path);
         m_inlined[path] = std::move(nodes);
-        if (m_missingParts.size() > missingBefore)
+        if (m_missingParts.size() > missingBefore || m_losses != lossesBefore)
             outcome = {State::Incomplete, "Parts of " + fileName(path) + " are missing.", 0};
     } catch (const ConversionError &error) {
         m_open = openBefore;
