@@ -6,7 +6,7 @@
 namespace tnprotocol {
 
 /// Counts up when an older host or worker could misunderstand a newer one; they have to be equal.
-inline constexpr int version = 1;
+inline constexpr int version = 2;
 
 /// The argument that makes the converter serve requests.
 inline constexpr char workerOption[] = "--worker";
@@ -25,6 +25,7 @@ inline constexpr char started[] = "started";
 inline constexpr char progress[] = "progress";
 inline constexpr char part[] = "part";
 inline constexpr char partFinished[] = "partFinished";
+inline constexpr char reference[] = "reference";
 inline constexpr char warning[] = "warning";
 inline constexpr char finished[] = "finished";
 } // namespace event
@@ -45,6 +46,7 @@ inline constexpr char input[] = "input";
 inline constexpr char message[] = "message";
 inline constexpr char output[] = "output";
 inline constexpr char percent[] = "percent";
+inline constexpr char program[] = "program";
 inline constexpr char seconds[] = "seconds";
 inline constexpr char settings[] = "settings";
 inline constexpr char sourceId[] = "sourceId";

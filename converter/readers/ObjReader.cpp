@@ -102,6 +102,7 @@ private:
                                 + " are missing: " + m_references.objection(path) + ".");
                 return;
             }
+            m_report.reference(absolutePath(path));
             m_references.check(path);
             // Other than the library's own way, this opens nothing but files, which cannot block.
             checkReadable(path);

@@ -82,6 +82,15 @@ void FileEvents::warning(const std::string &message)
     m_stream.write(line);
 }
 
+void FileEvents::reference(const std::string &file)
+{
+    if (!m_references.insert(file).second)
+        return;
+    nlohmann::json line = newEvent(event::reference);
+    line[key::file] = file;
+    m_stream.write(line);
+}
+
 void FileEvents::partStarted(const std::string &file)
 {
     nlohmann::json line = newEvent(event::part);

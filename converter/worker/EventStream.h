@@ -6,6 +6,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
+#include <set>
 
 namespace tnconvert {
 
@@ -34,6 +35,7 @@ public:
 
     void progress(double percent, const std::string &message) override;
     void warning(const std::string &message) override;
+    void reference(const std::string &file) override;
     void partStarted(const std::string &file) override;
     void partFinished(const std::string &file, const Outcome &outcome) override;
 
@@ -43,6 +45,7 @@ private:
     const EventStream &m_stream;
     const std::int64_t m_id;
     ProgressThrottle m_throttle;
+    std::set<std::string> m_references; ///< a file may name another one many times
 };
 
 } // namespace tnconvert

@@ -9,6 +9,7 @@
 #include "sandbox/Sandbox.h"
 #include "worker/ChildProcess.h"
 #include "worker/ProcessSetup.h"
+#include "worker/ProgramFiles.h"
 
 #include <nlohmann/json.hpp>
 
@@ -88,6 +89,7 @@ int Worker::run(std::istream &requests)
         ready[key::formats] = nlohmann::json::array();
         for (const tnprotocol::Format &format : tnprotocol::formats)
             ready[key::formats].push_back(format.name);
+        ready[key::program] = ProgramFiles::paths();
         if (const std::string gap = Sandbox::begin(); !gap.empty())
             ready[key::message] = gap;
         m_stream.write(ready);

@@ -28,6 +28,8 @@ public:
     virtual void onPart(const QString &file) = 0;
     virtual void onPartFinished(const QString &file, tnCADFileTypes::JobState state, double seconds,
                                 const QString &message) = 0;
+    /// The result depends on this file, which need not exist.
+    virtual void onReference(const QString & /*file*/) { }
     /// The last call, exactly once; the process writes nothing for this file any more. A message
     /// says why it is no success. Negative seconds: the converter did not get round to measuring.
     virtual void onConversionEnded(tnCADFileTypes::JobState state, double seconds,

@@ -1,13 +1,13 @@
 #include "host/import/ConverterWorker.h"
 
 #include "host/import/ProcessEnd.h"
+#include "host/import/WorkerEvent.h"
 #include "platform/tnLog.h"
 #include "protocol/WorkerProtocol.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QLocale>
 #include <QtCore/QPointer>
@@ -32,36 +32,6 @@ constexpr int closeTime = 2000;
 constexpr int exitTime = 500;
 // How long the death of a killed process may take before its file no longer waits for it.
 constexpr int killTime = 1000;
-
-std::optional<JobState> jobState(const QString &name)
-{
-    namespace state = tnprotocol::state;
-    static constexpr std::pair<const char *, JobState> states[] = {
-        {state::success, JobState::Success},
-        {state::failure, JobState::Failure},
-        {state::incomplete, JobState::Incomplete},
-    };
-    for (const auto &[word, jobState] : states) {
-        if (name == QLatin1String(word))
-            return jobState;
-    }
-    return std::nullopt;
-}
-
-QString text(const QJsonObject &object, const char *key)
-{
-    return object.value(QLatin1String(key)).toString();
-}
-
-double number(const QJsonObject &object, const char *key)
-{
-    return object.value(QLatin1String(key)).toDouble();
-}
-
-double seconds(const QJsonObject &object)
-{
-    return std::max(0.0, number(object, key::seconds));
-}
 
 /// The words of one of the system's files about a process; none when it has ended.
 QList<QByteArray> processFacts(qint64 process, const char *file)
@@ -345,56 +315,36 @@ void ConverterWorker::onDeadline()
 
 void ConverterWorker::readLine(const QByteArray &line)
 {
-    const QJsonObject object = QJsonDocument::fromJson(line).object();
     const QPointer<ConverterWorker> self(this);
-    if (!readEvent(text(object, key::event), object) && self)
+    if (!readEvent(WorkerEvent(line)) && self)
         fail(QStringLiteral("The converter sent an answer that makes no sense%1.")
                  .arg(whileReading()));
 }
 
-bool ConverterWorker::readEvent(const QString &name, const QJsonObject &object)
+bool ConverterWorker::readEvent(const WorkerEvent &event)
 {
     if (m_state == State::Starting)
-        return name == QLatin1String(event::ready) && readReady(object);
-    if (!m_task.observer || object.value(QLatin1String(key::id)).toDouble(-1) != double(m_taskId))
+        return event.is(event::ready) && readReady(event);
+    if (!m_task.observer || event.number(key::id, -1) != double(m_taskId))
         return false;
-    if (name == QLatin1String(event::finished))
-        return readFinished(object);
+    if (event.is(event::finished))
+        return readFinished(event);
 
     m_taskRead = true;
-    ConversionObserver &observer = *m_task.observer;
-    if (name == QLatin1String(event::progress)) {
-        const double percent = number(object, key::percent);
-        const QString message = text(object, key::message);
-        m_watch.notifyProgress(percent, message);
-        observer.onProgress(unsigned(qBound(0, qRound(percent), 100)), message);
-        return true;
-    }
-    m_watch.notifyNews();
-    if (name == QLatin1String(event::warning)) {
-        observer.onWarning(text(object, key::message));
-    } else if (name == QLatin1String(event::part)) {
-        observer.onPart(text(object, key::file));
-    } else if (name == QLatin1String(event::partFinished)) {
-        const std::optional<JobState> state = jobState(text(object, key::state));
-        if (!state)
-            return false;
-        observer.onPartFinished(text(object, key::file), *state, seconds(object),
-                                text(object, key::message));
-    } else {
-        return name == QLatin1String(event::started);
-    }
-    return true;
+    if (event.is(event::progress))
+        m_watch.notifyProgress(event.number(key::percent), event.text(key::message));
+    else
+        m_watch.notifyNews();
+    return event.tell(*m_task.observer);
 }
 
-bool ConverterWorker::readReady(const QJsonObject &object)
+bool ConverterWorker::readReady(const WorkerEvent &event)
 {
-    if (object.value(QLatin1String(key::version)).toInt() != tnprotocol::version)
+    if (event.number(key::version) != tnprotocol::version)
         return false;
-    const QJsonArray formats = object.value(QLatin1String(key::formats)).toArray();
-    for (const QJsonValue &format : formats)
-        m_formats << format.toString();
-    warnOfConverter(text(object, key::message));
+    m_formats = event.texts(key::formats);
+    warnOfConverter(event.text(key::message));
+    emit programKnown(event.texts(key::program));
     m_state = State::Ready;
     if (m_task.observer)
         sendTask();
@@ -403,13 +353,13 @@ bool ConverterWorker::readReady(const QJsonObject &object)
     return true;
 }
 
-bool ConverterWorker::readFinished(const QJsonObject &object)
+bool ConverterWorker::readFinished(const WorkerEvent &event)
 {
-    const std::optional<JobState> state = jobState(text(object, key::state));
+    const std::optional<JobState> state = event.state();
     if (!state)
         return false;
     m_deadline.start(m_limits.idleTime);
-    endConversion(*state, seconds(object), text(object, key::message));
+    endConversion(*state, event.seconds(), event.text(key::message));
     return true;
 }
 
@@ -433,9 +383,6 @@ void ConverterWorker::sendTask()
             Qt::QueuedConnection);
         return;
     }
-    QJsonObject settings = request.settings;
-    settings.insert(QStringLiteral("FollowOutside"), m_limits.followOutside);
-    settings.insert(QStringLiteral("FullSource"), m_limits.fullSource);
     const QJsonObject object{
         {QLatin1String(key::command), QLatin1String(tnprotocol::command::convert)},
         {QLatin1String(key::id), m_taskId},
@@ -443,7 +390,7 @@ void ConverterWorker::sendTask()
         {QLatin1String(key::output), request.output},
         {QLatin1String(key::type), request.type},
         {QLatin1String(key::sourceId), request.sourceId},
-        {QLatin1String(key::settings), settings},
+        {QLatin1String(key::settings), request.settings},
     };
     m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }

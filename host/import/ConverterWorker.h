@@ -15,6 +15,8 @@
 
 namespace tnhost {
 
+class WorkerEvent;
+
 /// What a converter process may do and use up.
 struct WorkerLimits {
     int idleTime = 10000; ///< ms until a worker without work is ended
@@ -66,6 +68,8 @@ public:
     std::optional<Task> takeUnreadTask();
 
 signals:
+    /// The process has started, and consists of these files.
+    void programKnown(const QStringList &files);
     /// The worker is done with its current file; the observer is told next.
     void conversionEnded();
     /// The process is gone for good.
@@ -83,9 +87,9 @@ private:
     void onDeadline();
 
     void readLine(const QByteArray &line);
-    bool readEvent(const QString &name, const QJsonObject &object);
-    bool readReady(const QJsonObject &object);
-    bool readFinished(const QJsonObject &object);
+    bool readEvent(const WorkerEvent &event);
+    bool readReady(const WorkerEvent &event);
+    bool readFinished(const WorkerEvent &event);
     void sendTask();
     void fail(const QString &message);
     void close();

@@ -3,9 +3,10 @@
 #include "host/import/FileTypeProbe.h"
 #include "host/import/ImportContext.h"
 #include "host/import/ImportJob.h"
-#include "protocol/Formats.h"
+#include "host/import/InputCheck.h"
 #include "protocol/WorkerProtocol.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
@@ -14,7 +15,6 @@
 
 namespace tnhost {
 
-using tnCADFileTypes::FileType;
 using tnCADFileTypes::JobState;
 using State = FileResult::State;
 
@@ -48,16 +48,6 @@ FileImport::FileImport(ImportJob &job, std::size_t position, FileResult &result)
 {
 }
 
-bool FileImport::isConvertible(FileType type)
-{
-    // A new worker names its formats too, but a file of any other type needs no process to fail.
-    const auto &formats = tnprotocol::formats;
-    return std::any_of(formats.begin(), formats.end(),
-                       [name = FileTypeProbe::displayName(type)](const auto &each) {
-                           return name == QLatin1String(each.name);
-                       });
-}
-
 void FileImport::start()
 {
     m_phase = Phase::Reporting;
@@ -69,7 +59,8 @@ void FileImport::start()
         onConversionEnded(JobState::JobAborted, 0.0, QString());
         return;
     }
-    const QString problem = findProblem();
+    const QString problem =
+        m_job.problem().isEmpty() ? InputCheck::problemOf(m_path, m_result.type) : m_job.problem();
     if (!problem.isEmpty()) {
         onConversionEnded(JobState::Failure, 0.0, problem);
         return;
@@ -77,10 +68,11 @@ void FileImport::start()
 
     const QString source = QFileInfo(m_path).absoluteFilePath();
     m_output = m_job.workFile(m_position);
+    QDir().mkpath(QFileInfo(m_output).path());
     if (!m_job.isOutputTemporary())
         m_job.claimOutput(m_position, source);
     m_phase = Phase::Converting;
-    m_job.context().pool.start(
+    m_job.context().conversions.start(
         {source, m_output, FileTypeProbe::displayName(m_result.type), OutputNames::idOf(source),
          ImportSettings::toJson(m_job.request().settings.get(m_result.type))},
         *this);
@@ -94,7 +86,7 @@ void FileImport::abort()
     case Phase::Done:
         return;
     case Phase::Converting:
-        m_job.context().pool.abort(*this);
+        m_job.context().conversions.abort(*this);
         return;
     case Phase::LoadQueued:
     case Phase::Loading:
@@ -102,34 +94,6 @@ void FileImport::abort()
         endLoad(JobState::JobAborted, QString(), false);
         return;
     }
-}
-
-QString FileImport::findProblem()
-{
-    if (!m_job.problem().isEmpty())
-        return m_job.problem();
-    const QFileInfo info(m_path);
-    const QString name = info.fileName();
-    if (!info.exists())
-        return QStringLiteral("The file %1 does not exist.").arg(m_path);
-    if (info.isDir())
-        return QStringLiteral("%1 is a folder.").arg(name);
-    if (!info.isFile())
-        return QStringLiteral("%1 is no regular file.").arg(name);
-    if (!info.isReadable())
-        return QStringLiteral("The file %1 cannot be read.").arg(name);
-    if (info.size() == 0)
-        return QStringLiteral("The file %1 is empty.").arg(name);
-
-    // Of a shared suffix the message should name the right system.
-    m_result.type = FileTypeProbe::byContent(m_path);
-    if (m_result.type == FileType::Unsupported)
-        return QStringLiteral("The type of %1 is not known.").arg(name);
-    if (!isConvertible(m_result.type)) {
-        return QStringLiteral("This host has no converter for %1 files.")
-            .arg(FileTypeProbe::displayName(m_result.type));
-    }
-    return QString();
 }
 
 void FileImport::onProgress(unsigned int percent, const QString &message)

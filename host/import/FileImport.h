@@ -25,9 +25,6 @@ public:
     /// The result stands in the job's, at that position, and outlives this.
     FileImport(ImportJob &job, std::size_t position, FileResult &result);
 
-    /// Whether there is a converter for files of the type.
-    static bool isConvertible(tnCADFileTypes::FileType type);
-
     void start();
     /// Ends a file that was started as aborted, soon. One that is at its end anyway gets there.
     void abort();
@@ -52,8 +49,6 @@ private:
     void onFragmentRead(const std::shared_ptr<const SceneFragment> &fragment,
                         const QString &error) override;
 
-    /// Why the file cannot be converted, a sentence for the user; empty: it can be tried.
-    QString findProblem();
     /// Reports the end of a conversion, be it the file's own or that of a part.
     void reportConversion(const FileResult &result, unsigned int percent,
                           tnCADFileTypes::JobState state, double seconds, const QString &message);

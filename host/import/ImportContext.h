@@ -1,11 +1,11 @@
 #pragma once
 
+#include "host/import/Conversions.h"
 #include "host/import/FragmentLoader.h"
 #include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
 #include "host/import/PartNames.h"
-#include "host/import/WorkerPool.h"
 #include "host/scene/Scene.h"
 #include "platform/tnFileIOService.h"
 
@@ -17,7 +17,7 @@ namespace tnhost {
 struct ImportContext {
     tnFileIOService &service; ///< whose signals report the jobs
     ImportLog &log;
-    WorkerPool &pool;
+    Conversions &conversions;
     FragmentLoader &loader;
     OutputNames &names;
     PartNames &partNames;

@@ -96,7 +96,7 @@ void ImportJob::abort()
 
 QString ImportJob::workFile(std::size_t file) const
 {
-    return QStringLiteral("%1/%2.glb").arg(m_work->path(), QString::number(file));
+    return QStringLiteral("%1/%2/%2.glb").arg(m_work->path(), QString::number(file));
 }
 
 void ImportJob::claimOutput(std::size_t file, const QString &source)

@@ -43,7 +43,7 @@ public:
     // For the job's files.
     /// Why no file can be converted, a sentence for the user; empty when nothing is wrong.
     const QString &problem() const { return m_problem; }
-    /// Where the converter is to write a file: within the job's own directory.
+    /// Where the converter is to write a file: alone in a folder, to be made, within the job's own.
     QString workFile(std::size_t file) const;
     /// Whether converted files go when they are no longer needed.
     bool isOutputTemporary() const { return m_isOutputTemporary; }

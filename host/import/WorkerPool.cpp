@@ -52,6 +52,7 @@ ConverterWorker &WorkerPool::addWorker()
     m_workers.push_back(std::make_unique<ConverterWorker>(m_program, m_limits, nullptr));
     ConverterWorker *worker = m_workers.back().get();
     connect(worker, &ConverterWorker::conversionEnded, this, &WorkerPool::conversionEnded);
+    connect(worker, &ConverterWorker::programKnown, this, &WorkerPool::programKnown);
     connect(worker, &ConverterWorker::ended, this, [this, worker] { onWorkerEnded(worker); });
     return *worker;
 }

@@ -29,6 +29,8 @@ public:
     void abort(const ConversionObserver &observer);
 
 signals:
+    /// A process has told which files it consists of.
+    void programKnown(const QStringList &files);
     /// Another conversion may be started.
     void conversionEnded();
 

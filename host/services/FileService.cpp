@@ -2,6 +2,7 @@
 
 #include "host/import/FileTypeProbe.h"
 #include "host/import/ImportJob.h"
+#include "host/import/InputCheck.h"
 #include "platform/tnLog.h"
 
 #include <QtCore/QFileInfo>
@@ -23,11 +24,12 @@ bool isImportable(FileType type)
 
 } // namespace
 
-FileService::FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits)
-    : m_pool(converterProgram, limits)
-    , m_context{*this, m_log, m_pool, m_loader, m_names, m_partNames, scene}
+FileService::FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits,
+                         std::unique_ptr<ResultStore> store)
+    : m_conversions(converterProgram, limits, std::move(store))
+    , m_context{*this, m_log, m_conversions, m_loader, m_names, m_partNames, scene}
 {
-    connect(&m_pool, &WorkerPool::conversionEnded, this, &FileService::schedule);
+    connect(&m_conversions, &Conversions::conversionEnded, this, &FileService::schedule);
 }
 
 FileService::~FileService() = default;
@@ -165,7 +167,7 @@ bool FileService::isFileSupported(const QString &path)
 
 bool FileService::isDirectLoadCandidate(const QString &path)
 {
-    return FileImport::isConvertible(FileTypeProbe::byName(path));
+    return InputCheck::isConvertible(FileTypeProbe::byName(path));
 }
 
 QString FileService::fileSuffix(const QString &path)
@@ -205,7 +207,7 @@ void FileService::onSchedule()
     const int limit =
         m_maxParallelProcesses > 0 ? m_maxParallelProcesses : QThread::idealThreadCount();
     ImportJob *job = nextJob();
-    if (!job || m_pool.running() >= std::max(1, limit))
+    if (!job || m_conversions.running() >= std::max(1, limit))
         return;
     // One at a time: whoever learns of the start may do anything, to the jobs and to the limit.
     m_lastServed = job->id();

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "host/import/BackgroundThread.h"
+#include "host/import/Conversions.h"
 #include "host/import/FragmentLoader.h"
 #include "host/import/ImportContext.h"
 #include "host/import/ImportLog.h"
 #include "host/import/ImportSettings.h"
 #include "host/import/OutputNames.h"
 #include "host/import/PartNames.h"
-#include "host/import/WorkerPool.h"
 #include "platform/tnFileIOService.h"
 
 #include <memory>
@@ -25,8 +25,9 @@ class FileService : public tnFileIOService {
 
 public:
     /// The scene must outlive the service. The program is started with the first conversion; one
-    /// that cannot be started fails each file.
-    FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits = {});
+    /// that cannot be started fails each file. Without a store each file is converted.
+    FileService(Scene &scene, const QString &converterProgram, const WorkerLimits &limits = {},
+                std::unique_ptr<ResultStore> store = nullptr);
     /// Kills the converters and removes temporary files; jobs end without a signal.
     ~FileService() override;
 
@@ -34,6 +35,8 @@ public:
     const ImportLog &log() const { return m_log; }
     /// The jobs that have not come to their end, in the order of their ids.
     std::vector<JobResultPtr> runningJobs() const;
+    /// The results of earlier conversions; null when there are none to be used.
+    ResultStore *resultStore() const { return m_conversions.store(); }
 
     void setMaxParallelProcesses(int count) override;
     int getMaxParallelProcesses() override;
@@ -76,13 +79,13 @@ private:
     void onJobEnded(ImportJob *job);
     ImportJob *nextJob() const;
 
-    // The order matters at the end: pool and loader fall silent first, then the jobs clean up
-    // behind processes that write no more, and they do need the names for that.
+    // The order matters at the end: conversions and loader fall silent first, then the jobs clean
+    // up behind processes that write no more, and they do need the names for that.
     ImportLog m_log;
     OutputNames m_names;
     PartNames m_partNames;
     std::vector<std::unique_ptr<ImportJob>> m_jobs; ///< in the order of their ids
-    WorkerPool m_pool;
+    Conversions m_conversions;
     FragmentLoader m_loader;
     const ImportContext m_context;
     BackgroundThread m_probeThread;

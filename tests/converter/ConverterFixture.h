@@ -22,6 +22,7 @@ public:
     {
         warnings.clear();
         parts.clear();
+        references.clear();
         std::vector<std::string> wrong;
         tnconvert::Job job;
         job.input = QDir(TN_SAMPLES_DIR).filePath(input).toStdString();
@@ -54,6 +55,11 @@ public:
     {
         warnings << QString::fromStdString(message);
     }
+    void reference(const std::string &file) override
+    {
+        references << QString::fromStdString(file).remove(path("") + '/');
+        references.removeDuplicates();
+    }
     void partStarted(const std::string &file) override { note("part ", file); }
     void partFinished(const std::string &file, const tnconvert::Outcome &outcome) override
     {
@@ -62,6 +68,7 @@ public:
 
     // Of the last conversion.
     QStringList warnings;
+    QStringList references; ///< as far as they lie in the directory without that
     QStringList parts; ///< "part a.stp", "success a.stp", ... in the order of events
 
 private:

@@ -120,7 +120,12 @@ private slots:
         ConverterProcess worker;
         const QJsonObject ready = worker.next();
         QCOMPARE(ready["event"].toString(), QString("ready"));
-        QCOMPARE(ready["version"].toInt(), 1);
+        QCOMPARE(ready["version"].toInt(), 2);
+        QStringList program;
+        for (const QJsonValue &path : ready["program"].toArray())
+            program << path.toString();
+        QCOMPARE(program.value(0), QFileInfo(TN_BIN_DIR "/tnconvert").canonicalFilePath());
+        QCOMPARE(program.filter("/libTKMath.so").size(), 1);
         QCOMPARE(ready["formats"].toArray(), QJsonArray({"Step", "Iges", "STL", "Obj", "VRML"}));
 
         // All requests at once: the host need not wait for an answer. Types win over suffixes.
@@ -216,7 +221,8 @@ private slots:
             QVERIFY(!kind.startsWith("part") || QFileInfo::exists(event["file"].toString()));
         }
         QCOMPARE(told,
-                 "started ,warning ,warning ," + QString("part ,partFinished success,").repeated(3)
+                 "started ,warning ,warning ,"
+                     + QString("reference ,part ,partFinished success,").repeated(3)
                      + "finished success,");
     }
 

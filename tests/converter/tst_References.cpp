@@ -87,6 +87,7 @@ private slots:
         m_fixture.write("in/top.obj", "mtllib blue.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
         QCOMPARE(m_fixture.convert(input).state, State::Success);
         QVERIFY(m_fixture.warnings.join('\n').contains("lies there as Blue.mtl"));
+        QCOMPARE(m_fixture.references, QStringList("in/blue.mtl"));
     }
 
     void stepParts()
@@ -109,6 +110,22 @@ private slots:
             QCOMPARE(m_fixture.convert(input, R"({"FollowOutside": true})").state,
                      *arm == '.' ? State::Success : State::Incomplete);
         }
+    }
+
+    void tellsWhatItLooksAt()
+    {
+        // Of several urls the first that exists counts, so those before it do as well.
+        const QString inlines = write("#VRML V2.0 utf8\nInline { url [ \"%1\" \"../box.wrl\" "
+                                      "\"sub/box.wrl\" \"sub/in.wrl\" ] }",
+                                      "missing.wrl");
+        QCOMPARE(m_fixture.convert(inlines).state, State::Success);
+        QCOMPARE(m_fixture.references, QStringList({"in/missing.wrl", "in/sub/box.wrl"}));
+        const QString assembly =
+            m_fixture.write("in/top.stp", ConverterFixture::read("assembly/robot.step"));
+        m_fixture.convert(assembly);
+        m_fixture.references.sort();
+        QCOMPARE(m_fixture.references,
+                 QStringList({"in/arm.stp", "in/base.stp", "in/gripper.stp"}));
     }
 
 private:

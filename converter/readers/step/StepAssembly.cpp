@@ -99,6 +99,8 @@ StepSceneBuilder *StepAssembly::loadPart(const std::string &path, double from, d
             m_losses.push_back(fileName(path) + " is a part of itself; it is read once.");
         return known->second.isOpen ? nullptr : known->second.builder.get();
     }
+    if (m_references->mayFollow(path))
+        m_report.reference(path);
     m_report.partStarted(path);
     const Stopwatch watch;
     Outcome outcome = triedPart(path, from, to);

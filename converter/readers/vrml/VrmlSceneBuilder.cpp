@@ -271,8 +271,11 @@ std::string VrmlSceneBuilder::inlinedPath(const VrmlNode &vrml) const
                 std::filesystem::path(m_open.back()).parent_path();
             const std::string path = absolutePath((directory / candidate).string());
             std::error_code ignored;
-            if (m_references->mayFollow(path) && std::filesystem::exists(path, ignored))
-                return path;
+            if (m_references->mayFollow(path)) {
+                m_report.reference(path);
+                if (std::filesystem::exists(path, ignored))
+                    return path;
+            }
             if (first.empty())
                 first = path;
         }

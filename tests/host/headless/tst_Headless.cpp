@@ -19,7 +19,7 @@ bool writeHangingConverter(const HostProcess &host)
 {
     return host.write("converter",
                       "#!/bin/sh\necho $$ > pid\n"
-                      "echo '{\"event\":\"ready\",\"version\":1,\"formats\":[\"STL\"]}'\n"
+                      "echo '{\"event\":\"ready\",\"version\":2,\"formats\":[\"STL\"]}'\n"
                       "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
                       "while read request; do :; done\n")
         && QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);

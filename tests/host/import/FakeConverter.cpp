@@ -84,6 +84,10 @@ void runCommand(const QString &line)
               {"state", rest.section(' ', 1, 1)},
               {"message", rest.section(' ', 2)},
               {"seconds", 0.125}});
+    } else if (command == "reference") {
+        send(command, {{"file", sibling}});
+    } else if (command == "append") {
+        writeFile(sibling, "more\n", QFile::Append);
     } else if (command == "half") {
         writeFile(output + ".part", "half");
     } else if (command == "junk") {
@@ -145,7 +149,9 @@ int main()
         return 3;
     if (greeting == "silence")
         pause();
-    const char usual[] = R"({"event":"ready","version":1,"formats":["Step","Iges","STL","VRML"]})";
+    const QByteArray usual =
+        R"({"event":"ready","version":2,"formats":["Step","Iges","STL","VRML"],"program":[")"
+        + qgetenv("TN_FAKE_PROGRAM") + "\"]}";
     writeLine(greeting.isEmpty() ? usual : greeting);
     for (std::string line; std::getline(std::cin, line);) {
         request = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();

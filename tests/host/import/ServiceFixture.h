@@ -19,7 +19,14 @@ public:
                             const QString &program = QStringLiteral(TN_FAKE_CONVERTER))
     {
         qputenv("TN_FAKE_LOG", QFile::encodeName(m_directory.filePath("log")));
-        service = std::make_unique<FileService>(scene, program, limits);
+        start(std::make_unique<FileService>(scene, program, limits));
+    }
+
+    /// Takes another service in the place of the first, as another run of the host would.
+    void start(std::unique_ptr<FileService> other)
+    {
+        service = std::move(other);
+        m_signals.clear();
         using Service = tnFileIOService;
         listen("starting", &Service::startingImport);
         listen("finished", &Service::importFinished);

@@ -194,7 +194,7 @@ private slots:
             {QFINDTESTDATA("tst_FileService.cpp"), "", noStart},
             {TN_FAKE_CONVERTER, "exit", "The converter ended while .*"},
             {TN_FAKE_CONVERTER, "silence", "The converter does not answer\\."},
-            {TN_FAKE_CONVERTER, R"({"event":"ready","version":2})",
+            {TN_FAKE_CONVERTER, R"({"event":"ready","version":3})",
              "The converter sent an answer that makes no sense .*"},
         };
         for (const auto &[program, greeting, message] : rows) {
