@@ -6,6 +6,7 @@
 #include "host/headless/Console.h"
 #include "host/headless/FileCollector.h"
 #include "host/headless/ScriptRunner.h"
+#include "host/import/ResultStore.h"
 #include "host/import/TmpDirectory.h"
 #include "host/scene/Scene.h"
 #include "host/services/FileService.h"
@@ -139,6 +140,11 @@ int main(int argc, char **argv)
         Console::print(stderr, commandLine.message());
         return wrongUsage;
     }
+    if (commandLine.clearsCache()) {
+        Console::print(stdout, ResultStore(ResultStore::usualFolder(), 0).clear());
+        if (commandLine.files().isEmpty() && commandLine.script().isEmpty())
+            return 0;
+    }
     QFile script(commandLine.script());
     if (!commandLine.script().isEmpty() && !script.open(QIODevice::ReadOnly)) {
         Console::print(stderr,
@@ -183,6 +189,7 @@ int main(int argc, char **argv)
     options.limits.budget = commandLine.maxMemory().value_or(options.limits.budget);
     options.limits.followOutside |= commandLine.followsOutside();
     options.limits.fullSource |= commandLine.namesFullSource();
+    options.cacheSize = commandLine.cacheSize().value_or(LimitPreferences::cacheSize());
     // In static storage, and made before the plug-ins are loaded, so that they go after the
     // plug-ins' own static objects, which still use them.
     static HostServices services(options);

@@ -38,6 +38,12 @@ constexpr Option options[] = {
      false},
     {"max-memory", "SIZE",
      "How much memory all conversions together may take, such as 500M or 6G; 0: any.", false},
+    {"cache-size", "SIZE",
+     "Keep so much of earlier results, to be used again for files that have not changed; 0: none.",
+     false},
+    {"no-cache", nullptr, "Convert each file, and keep no result.", false},
+    {"clear-cache", nullptr, "Remove all earlier results first; without files, do nothing else.",
+     false},
     {"follow-outside", nullptr,
      "Follow references of a file, to its parts say, that lead out of its folder.", false},
     {"full-source", nullptr,
@@ -96,6 +102,7 @@ CommandLine::CommandLine(const QStringList &arguments)
     m_tmpDirectory = parser.value(QStringLiteral("tmp"));
     m_followsOutside = parser.isSet(QStringLiteral("follow-outside"));
     m_namesFullSource = parser.isSet(QStringLiteral("full-source"));
+    m_clearsCache = parser.isSet(QStringLiteral("clear-cache"));
     m_script = parser.value(QStringLiteral("script"));
     m_files = parser.positionalArguments();
     readValue(parser, "max-processes", &processCount, "a number, 0 or more", m_maxProcesses);
@@ -103,6 +110,10 @@ CommandLine::CommandLine(const QStringList &arguments)
               m_silence);
     readValue(parser, "max-memory", &LimitPreferences::memory, "a size such as 500M or 6G",
               m_maxMemory);
+    readValue(parser, "cache-size", &LimitPreferences::memory, "a size such as 500M or 6G",
+              m_cacheSize);
+    if (parser.isSet(QStringLiteral("no-cache")))
+        m_cacheSize = 0;
     readBatch(parser);
     checkCombination(parser);
 }
@@ -168,7 +179,7 @@ void CommandLine::checkCombination(const QCommandLineParser &parser)
     }
     if (isScript && !m_files.isEmpty())
         fail(QStringLiteral("With --script the files are those of the script."));
-    if (m_headless && !isScript && m_files.isEmpty())
+    if (m_headless && !isScript && m_files.isEmpty() && !m_clearsCache)
         fail(QStringLiteral("With --headless there must be a file or a folder to import."));
 }
 

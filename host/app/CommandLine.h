@@ -37,6 +37,9 @@ public:
     /// In milliseconds and bytes; nothing without the option.
     std::optional<int> silence() const { return m_silence; }
     std::optional<qint64> maxMemory() const { return m_maxMemory; }
+    /// In bytes, 0 for none; nothing without an option.
+    std::optional<qint64> cacheSize() const { return m_cacheSize; }
+    bool clearsCache() const { return m_clearsCache; }
     bool followsOutside() const { return m_followsOutside; }
     bool namesFullSource() const { return m_namesFullSource; }
     const QString &script() const { return m_script; }
@@ -65,6 +68,8 @@ private:
     int m_maxProcesses = -1;
     std::optional<int> m_silence;
     std::optional<qint64> m_maxMemory;
+    std::optional<qint64> m_cacheSize;
+    bool m_clearsCache = false;
     bool m_followsOutside = false;
     bool m_namesFullSource = false;
     QString m_script;

@@ -229,12 +229,25 @@ void MainWindow::createMenus()
     QMenu *file = menuBar()->addMenu(tr("&File"));
     file->addActions({import, folder, m_reload});
     file->addSeparator();
+    if (m_services.fileService().resultStore())
+        addClearing(*file);
     file->addAction(quit);
     m_view->insertAction(m_view->actions().constFirst(), m_reload);
     menuBar()->addMenu(tr("&Edit"))->addActions(m_view->actions());
     menuBar()
         ->addMenu(tr("&View"))
         ->addActions({m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
+}
+
+void MainWindow::addClearing(QMenu &menu)
+{
+    auto *clear = new QAction(tr("&Clear Earlier Results"), this);
+    clear->setObjectName(QStringLiteral("clearResults"));
+    clear->setToolTip(tr("Files that have not changed will be converted anew"));
+    connect(clear, &QAction::triggered, this, [this] {
+        tnLog::info("%s", qUtf8Printable(m_services.fileService().resultStore()->clear()));
+    });
+    menu.addAction(clear);
 }
 
 void MainWindow::createStatusBar()

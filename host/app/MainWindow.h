@@ -36,6 +36,7 @@ private:
     QAction *addTool(const QString &name, const QString &icon, const QString &text,
                      const QKeySequence &shortcut, void (MainWindow::*slot)());
     void createMenus();
+    void addClearing(QMenu &menu);
     void createStatusBar();
     void restoreSettings();
     void saveSettings() const;

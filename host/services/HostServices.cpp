@@ -23,8 +23,11 @@ HostServices::HostServices(const Options &options)
     tnInterfaceFactory::the().setPulse(&UsageData::the());
     HostIcons::install();
 
-    m_fileService =
-        std::make_unique<FileService>(*m_scene, options.converterProgram, options.limits);
+    m_fileService = std::make_unique<FileService>(
+        *m_scene, options.converterProgram, options.limits,
+        options.cacheSize > 0
+            ? std::make_unique<ResultStore>(ResultStore::usualFolder(), options.cacheSize)
+            : nullptr);
     if (options.maxProcesses >= 0)
         m_fileService->setMaxParallelProcesses(options.maxProcesses);
     announceReadTypes();

@@ -22,6 +22,7 @@ public:
         QString converterProgram;
         int maxProcesses = -1; ///< 0: one per core; -1: as the service has it
         WorkerLimits limits;
+        qint64 cacheSize = 0; ///< bytes of earlier results to keep; 0: none are kept or used
     };
 
     explicit HostServices(const Options &options);

@@ -52,6 +52,13 @@ std::optional<bool> LimitPreferences::permission(const QString &text)
     return text == QLatin1String("true");
 }
 
+qint64 LimitPreferences::cacheSize()
+{
+    qint64 size = qint64(2) << 30;
+    readSetting("cache/size", &LimitPreferences::memory, size);
+    return size;
+}
+
 WorkerLimits LimitPreferences::read()
 {
     WorkerLimits limits;

@@ -23,6 +23,9 @@ public:
     /// "limits/fullSource", written as above. What is not set, or not understood (the log says so),
     /// is as the host has it: 120 seconds, three quarters of the machine's memory, and false.
     static WorkerLimits read();
+    /// Bytes of earlier results to keep: the setting "cache/size", written as a memory size; 2 GiB
+    /// without it. 0: none are kept or used.
+    static qint64 cacheSize();
 };
 
 } // namespace tnhost

@@ -36,6 +36,39 @@ class tst_Headless : public QObject {
     Q_OBJECT
 
 private slots:
+    void usesResultsAgain()
+    {
+        HostProcess first;
+        QVERIFY(first.copySample("chair.obj", "chair.obj"));
+        QVERIFY(first.copySample("chair.mtl", "chair.mtl"));
+        const QString input = first.path("chair.obj");
+        const auto run = [&input](const QStringList &options) {
+            HostProcess host;
+            const int status = host.run(QStringList{"--headless", "--logbook", input} + options);
+            QFile logbook(host.output.trimmed().split(' ').last());
+            const bool isLogged = logbook.open(QIODevice::ReadOnly)
+                && logbook.readAll().contains("Unchanged, an earlier result is used again");
+            const bool isReused = host.output.contains("Unchanged, an earlier");
+            return status != 0         ? QString(host.report())
+                : isReused != isLogged ? QString("told in one place alone")
+                                       : QString(isReused ? "reused" : "converted");
+        };
+        QTest::qWait(10); // so that the files are older than the run
+        QCOMPARE(run({}), QString("converted"));
+        QCOMPARE(run({}), QString("reused"));
+        QCOMPARE(run({"--no-cache"}), QString("converted"));
+        QCOMPARE(run({"--cache-size", "0"}), QString("converted"));
+        QCOMPARE(run({"--full-source"}), QString("converted"));
+        QVERIFY(first.write("chair.mtl", "newmtl wood\nKd 0 0 1\n"));
+        QTest::qWait(10);
+        QCOMPARE(run({}), QString("converted"));
+        QCOMPARE(run({}), QString("reused"));
+        HostProcess clearing;
+        QCOMPARE(clearing.run({"--clear-cache"}), 0);
+        QVERIFY2(clearing.output.startsWith("Earlier results removed: "), clearing.report());
+        QCOMPARE(run({}), QString("converted"));
+    }
+
     void imports();
     void trustsNoFile();
     void reportsWhatItLeavesOut();
