@@ -1,6 +1,7 @@
 #include "readers/iges/IgesDamage.h"
 
 #include "core/Text.h"
+#include "readers/kernel/EntityGraph.h"
 
 #include <IGESData_IGESEntity.hxx>
 #include <IGESData_IGESModel.hxx>
@@ -83,10 +84,11 @@ bool hasSeriousFail(const Interface_Check &check)
 /// What has become of the entities of one file.
 class Survey {
 public:
-    Survey(XSControl_WorkSession &session, const Settings &settings)
-        : m_model(*Handle(IGESData_IGESModel)::DownCast(session.Model()))
-        , m_process(*session.TransferReader()->TransientProcess())
-        , m_graph(session.Graph())
+    Survey(const Handle(XSControl_WorkSession) & session, const Settings &settings)
+        : m_model(*Handle(IGESData_IGESModel)::DownCast(session->Model()))
+        , m_process(*session->TransferReader()->TransientProcess())
+        , m_graph(session->Graph())
+        , m_entities(session)
         , m_wantsCurves(settings.importCurves)
         , m_wantsHidden(settings.importInvisibleSurfaces || settings.importInvisibleCurves)
     {
@@ -116,28 +118,15 @@ public:
     /// The numbers of all entities that are reached from a root that is to be drawn.
     std::vector<bool> wanted() const
     {
-        std::vector<bool> result(std::size_t(m_model.NbEntities()) + 1);
-        std::vector<int> open;
-        const auto reach = [&](int number) {
-            if (number > 0 && !result[std::size_t(number)]) {
-                result[std::size_t(number)] = true;
-                open.push_back(number);
-            }
-        };
+        std::vector<int> drawn;
         for (int i = 1; i <= m_model.NbEntities(); ++i) {
             const Entity entity = m_model.Entity(i);
             const bool isDrawn = (m_wantsCurves || !isCurve(entity->TypeNumber()))
                 && (m_wantsHidden || entity->BlankStatus() == 0);
             if (isDrawn && isRoot(entity))
-                reach(i);
+                drawn.push_back(i);
         }
-        while (!open.empty()) {
-            const Entity entity = m_model.Entity(open.back());
-            open.pop_back();
-            for (Interface_EntityIterator it = m_graph.Shareds(entity); it.More(); it.Next())
-                reach(m_model.Number(it.Value()));
-        }
-        return result;
+        return m_entities.reached(drawn, [](const auto &) { return false; });
     }
 
 private:
@@ -150,6 +139,7 @@ private:
     const IGESData_IGESModel &m_model;
     const Transfer_TransientProcess &m_process;
     const Interface_Graph &m_graph;
+    const EntityGraph m_entities;
     const bool m_wantsCurves;
     const bool m_wantsHidden;
 };
@@ -171,7 +161,7 @@ IgesDamage::IgesDamage(const Handle(XSControl_WorkSession) & session, const Sett
 {
     const Handle(IGESData_IGESModel) model = Handle(IGESData_IGESModel)::DownCast(session->Model());
     const bool wantsHidden = settings.importInvisibleSurfaces || settings.importInvisibleCurves;
-    const Survey survey(*session, settings);
+    const Survey survey(session, settings);
     std::vector<int> suspects;
     for (int i = 1; i <= model->NbEntities(); ++i) {
         const Entity entity = model->Entity(i);

@@ -1,8 +1,6 @@
 #include "readers/step/StepDamage.h"
 
 #include <Interface_Check.hxx>
-#include <Interface_EntityIterator.hxx>
-#include <Interface_Graph.hxx>
 #include <StepBasic_ProductDefinition.hxx>
 #include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_ProductDefinitionShape.hxx>
@@ -58,33 +56,14 @@ bool tiesShape(const Handle(Standard_Transient) & entity)
 }
 
 /// For each entity by its number, whether it is reached from one that begins a shape.
-std::vector<bool> neededEntities(const Interface_InterfaceModel &model,
-                                 const Interface_Graph &graph)
+std::vector<bool> neededEntities(const StepEntities &entities)
 {
-    std::vector<bool> isNeeded(std::size_t(model.NbEntities()) + 1);
-    std::vector<int> open;
-    const auto reach = [&](int number) {
-        if (number > 0 && !isNeeded[std::size_t(number)]) {
-            isNeeded[std::size_t(number)] = true;
-            open.push_back(number);
-        }
-    };
-    for (int i = 1; i <= model.NbEntities(); ++i) {
-        if (beginsShape(model.Value(i)))
-            reach(i);
+    std::vector<int> first;
+    for (int i = 1; i <= entities.model()->NbEntities(); ++i) {
+        if (beginsShape(entities.model()->Value(i)))
+            first.push_back(i);
     }
-    while (!open.empty()) {
-        const Handle(Standard_Transient) &entity = model.Value(open.back());
-        open.pop_back();
-        for (Interface_EntityIterator it = graph.Shareds(entity); it.More(); it.Next()) {
-            const int number = model.Number(it.Value());
-            if (!endsShape(it.Value()))
-                reach(number);
-            else if (tiesShape(it.Value()))
-                isNeeded[std::size_t(number)] = true;
-        }
-    }
-    return isNeeded;
+    return entities.graph().reached(first, endsShape);
 }
 
 /// The numbers of entities that could not be read, and of those with references to nothing.
@@ -116,13 +95,13 @@ StepDamage::StepDamage(const StepEntities &entities)
     const std::set<int> damaged = damagedEntities(*entities.model());
     if (damaged.empty())
         return;
-    const std::vector<bool> isNeeded =
-        neededEntities(*entities.model(), entities.session()->Graph());
+    const std::vector<bool> isNeeded = neededEntities(entities);
     for (const int number : damaged) {
-        if (!isNeeded[std::size_t(number)])
+        const Handle(Standard_Transient) &entity = entities.model()->Value(number);
+        if (!isNeeded[std::size_t(number)] || (endsShape(entity) && !tiesShape(entity)))
             ++m_otherCount;
         else if (m_neededCount++ == 0)
-            m_firstNeeded = entities.label(entities.model()->Value(number));
+            m_firstNeeded = entities.label(entity);
     }
 }
 

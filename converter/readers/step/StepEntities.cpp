@@ -9,6 +9,7 @@ namespace tnconvert {
 StepEntities::StepEntities(const Handle(XSControl_WorkSession) & session)
     : m_session(session)
     , m_model(Handle(StepData_StepModel)::DownCast(session->Model()))
+    , m_graph(session)
 {
     for (int i = 1; i <= m_model->NbEntities(); ++i)
         m_numbers[m_model->Value(i)->DynamicType().get()].push_back(i);

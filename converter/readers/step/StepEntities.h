@@ -1,5 +1,7 @@
 #pragma once
 
+#include "readers/kernel/EntityGraph.h"
+
 #include <StepData_StepModel.hxx>
 #include <XSControl_WorkSession.hxx>
 
@@ -17,6 +19,8 @@ public:
 
     const Handle(XSControl_WorkSession) & session() const { return m_session; }
     const Handle(StepData_StepModel) & model() const { return m_model; }
+    /// What they refer to.
+    EntityGraph &graph() const { return m_graph; }
 
     /// Those of a type and of what derives from it, in the order of the file.
     template <typename Entity>
@@ -36,6 +40,7 @@ private:
 
     Handle(XSControl_WorkSession) m_session;
     Handle(StepData_StepModel) m_model;
+    mutable EntityGraph m_graph; ///< remembers what was asked of it
     std::unordered_map<const Standard_Type *, std::vector<int>> m_numbers;
 };
 

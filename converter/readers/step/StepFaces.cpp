@@ -32,14 +32,24 @@ namespace {
 
 using FaceSets = std::vector<Handle(StepShape_ConnectedFaceSet)>;
 
-/// The faces of an oriented shell stand in the shell that it turns.
-Handle(StepShape_ConnectedFaceSet) unturned(const Handle(StepShape_ConnectedFaceSet) & faces)
+/// What an oriented shell turns; null when it is none.
+Handle(StepShape_ConnectedFaceSet) turned(const Handle(StepShape_ConnectedFaceSet) & faces)
 {
     if (const auto closed = Handle(StepShape_OrientedClosedShell)::DownCast(faces))
         return closed->ClosedShellElement();
     if (const auto open = Handle(StepShape_OrientedOpenShell)::DownCast(faces))
         return open->OpenShellElement();
-    return faces;
+    return {};
+}
+
+/// The faces of an oriented shell stand in the shell that it turns, which is no oriented one:
+/// damaged ones turn themselves.
+Handle(StepShape_ConnectedFaceSet) unturned(const Handle(StepShape_ConnectedFaceSet) & faces)
+{
+    const Handle(StepShape_ConnectedFaceSet) shell = turned(faces);
+    if (shell.IsNull())
+        return faces;
+    return turned(shell).IsNull() ? shell : Handle(StepShape_ConnectedFaceSet)();
 }
 
 void add(FaceSets &sets, const Handle(Standard_Transient) & faces)

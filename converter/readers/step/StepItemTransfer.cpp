@@ -92,7 +92,7 @@ TopoDS_Shape StepItemTransfer::transfer(StepLosses &losses, const Message_Progre
     if (!missing.empty())
         addFaces(missing, own);
     if (m_shape.IsNull()) {
-        if (!isMade || !isWire(m_item.entity))
+        if (!isMade || !isWire(m_item.entity) || m_entities.graph().isEndless(m_item.entity))
             losses.add(Kind::Shape, m_entities.label(m_item.entity));
         return m_shape;
     }
@@ -109,6 +109,8 @@ TopoDS_Shape StepItemTransfer::transfer(StepLosses &losses, const Message_Progre
 TopoDS_Shape StepItemTransfer::make(const Handle(Standard_Transient) & entity,
                                     const Message_ProgressRange &progress) const
 {
+    if (m_entities.graph().isEndless(entity))
+        return {};
     m_actor->PrepareUnits(m_item.representation, m_process);
     return TransferBRep::ShapeResult(
         m_actor->TransferShape(entity, m_process, true, false, progress));
@@ -140,6 +142,8 @@ void StepItemTransfer::addFaces(const std::vector<Handle(StepShape_Face)> &missi
 
 void StepItemTransfer::check(StepLosses &losses) const
 {
+    if (losses.isEmpty() && m_entities.graph().isEndless(m_item.entity))
+        losses.add(Kind::Entity, m_entities.label(m_item.entity));
     if (!fitsTogether())
         losses.add(Kind::Fit, m_entities.label(m_item.entity));
     if (losses.isEmpty() && m_added.empty() && isHoled())
