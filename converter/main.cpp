@@ -6,6 +6,7 @@
 #include "sandbox/Sandbox.h"
 #include "worker/ProcessSetup.h"
 #include "worker/ProgressThrottle.h"
+#include "worker/SilenceLimit.h"
 #include "worker/Worker.h"
 
 #include <nlohmann/json.hpp>
@@ -26,15 +27,20 @@ namespace {
 
 using namespace tnconvert;
 
+constexpr double largestSilence = 1e6; ///< seconds, as for the host
+
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitIncomplete = 3 };
 
 constexpr const char *usage =
-    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--follow-outside] [--full-source]\n"
+    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--silence SECONDS] [--follow-outside]\n"
+    "                 [--full-source]\n"
     "       tnconvert --worker\n"
     "\n"
     "Converts a CAD file to glTF 2.0 binary.\n"
     "\n"
     "  --settings FILE.json  options of the translation by field name\n"
+    "  --silence SECONDS     end when nothing new is reported for so long, 120 without it; 0: "
+    "never\n"
     "  --follow-outside      follow references out of the folder of IN\n"
     "  --full-source         note the path of IN in OUT.glb rather than its name alone\n"
     "  --worker              serve requests on the standard input, one JSON object on each line\n"
@@ -44,29 +50,47 @@ constexpr const char *usage =
     "\n"
     "Exit codes: 0 success, 1 failure, 2 wrong usage, 3 parts of an assembly are missing.\n";
 
+/// A conversion as the command line asks for it.
+struct Call {
+    Job job;
+    std::string settingsFile;
+    nlohmann::json switched = nlohmann::json::object(); ///< wins over what the file says
+    unsigned silence = 120; ///< seconds
+};
+
 /// Writes for a person on the standard error how the conversion goes.
 class ConsoleReport : public Report {
 public:
+    explicit ConsoleReport(const SilenceLimit &silence)
+        : m_silence(silence)
+    {
+    }
     void progress(double percent, const std::string &message) override
     {
-        if (m_throttle.passes(percent, message))
-            std::cerr << message << ": " << std::lround(percent) << " %\n";
+        if (!m_throttle.passes(percent, message))
+            return;
+        m_silence.restart();
+        std::cerr << message << ": " << std::lround(percent) << " %\n";
     }
     void warning(const std::string &message) override
     {
+        m_silence.restart();
         std::cerr << "Warning: " << message << '\n';
     }
     void partStarted(const std::string &file) override
     {
+        m_silence.restart();
         std::cerr << "Reading part " << validUtf8(file) << '\n';
     }
     void partFinished(const std::string &file, const Outcome &outcome) override
     {
+        m_silence.restart();
         if (outcome.state != State::Success)
             std::cerr << "Warning: part " << validUtf8(file) << ": " << outcome.message << '\n';
     }
 
 private:
+    const SilenceLimit &m_silence;
     ProgressThrottle m_throttle;
 };
 
@@ -118,21 +142,22 @@ const char *switchedBy(const std::string &option)
     return nullptr;
 }
 
-/// @p switched wins over what the file says.
-int convertOne(Job job, const std::string &settingsFile, const nlohmann::json &switched)
+int convertOne(Call call)
 {
-    ConsoleReport report;
+    Job &job = call.job;
     nlohmann::json object = nlohmann::json::object();
-    if (!settingsFile.empty()) {
-        const std::optional<nlohmann::json> stated = readSettings(settingsFile);
+    if (!call.settingsFile.empty()) {
+        const std::optional<nlohmann::json> stated = readSettings(call.settingsFile);
         if (!stated) {
-            std::cerr << "tnconvert: " << validUtf8(settingsFile)
+            std::cerr << "tnconvert: " << validUtf8(call.settingsFile)
                       << " is no readable JSON object.\n";
             return ExitFailure;
         }
         object = *stated;
     }
-    object.update(switched);
+    object.update(call.switched);
+    const SilenceLimit silence(job.input, job.output, call.silence);
+    ConsoleReport report(silence);
     std::vector<std::string> warnings;
     job.settings = Settings::fromJson(object, warnings);
     if (const std::string gap = Sandbox::begin(); !gap.empty())
@@ -170,8 +195,7 @@ int runWorker()
 int run(const std::vector<std::string> &arguments)
 {
     std::vector<std::string> files;
-    std::string settingsFile;
-    nlohmann::json switched = nlohmann::json::object();
+    Call call;
     bool acceptsOptions = true;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string &argument = arguments[i];
@@ -191,9 +215,14 @@ int run(const std::vector<std::string> &arguments)
         } else if (argument == tnprotocol::workerOption && arguments.size() == 1) {
             return runWorker();
         } else if (argument == "--settings" && i + 1 < arguments.size()) {
-            settingsFile = arguments[++i];
+            call.settingsFile = arguments[++i];
+        } else if (argument == "--silence" && i + 1 < arguments.size()) {
+            const double seconds = parseNumber(arguments[++i]).value_or(-1);
+            if (seconds < 0 || seconds > largestSilence || std::floor(seconds) != seconds)
+                return wrongUsage("--silence wants a whole number of seconds.");
+            call.silence = unsigned(seconds);
         } else if (const char *field = switchedBy(argument)) {
-            switched[field] = true;
+            call.switched[field] = true;
         } else {
             return wrongUsage("the argument " + argument + " is not understood here.");
         }
@@ -202,10 +231,9 @@ int run(const std::vector<std::string> &arguments)
         return wrongUsage("one input and one output are needed.");
     takeStandardOutput();
     limitResources();
-    Job job;
-    job.input = files[0];
-    job.output = files[1];
-    const int result = convertOne(std::move(job), settingsFile, switched);
+    call.job.input = files[0];
+    call.job.output = files[1];
+    const int result = convertOne(std::move(call));
     std::fflush(nullptr);
     // To free all memory piece by piece takes time, and a confined process can do little else.
     std::_Exit(result);

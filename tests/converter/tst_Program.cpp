@@ -32,6 +32,7 @@ private slots:
             {"no output", {"a.stl"}, 2, "", "Usage:"},
             {"unknown option", {"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
             {"no settings", {"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
+            {"silence", {"a.stl", "b.glb", "--silence", "-1"}, 2, "", "--silence wants"},
             {"worker with a file", {"--worker", "a.stl"}, 2, "", "--worker"},
             {"missing input", {"no.stl", "no.glb"}, 1, "", "no.stl does not exist."},
             {"missing settings", {"a.stl", "b.glb", "--settings", "no.json"}, 1, "", "no.json"},
@@ -78,6 +79,29 @@ private slots:
         QCOMPARE(run.end(), 3);
         QVERIFY(run.readAllStandardError().contains(fixture.path("no.wrl").toUtf8()));
         QCOMPARE(fixture.result().triangles, 12);
+    }
+
+    /// Sets that contain two of the next kind each, 40 times over.
+    void endsInSilence()
+    {
+        QByteArray sets;
+        for (int i = 1000; i < 1040; ++i)
+            sets += QString("#%1=GEOMETRIC_SET('',(#%2,#%2));\n").arg(i).arg(i + 1).toUtf8();
+        const ConverterFixture fixture;
+        const QString input = fixture.write(
+            "x.step",
+            ConverterFixture::read("bracket.step")
+                .replace("(#11,#15)", "(#11,#15,#1000)")
+                .replace("ENDSEC;\nEND-ISO",
+                         "#1040=GEOMETRIC_SET('',(#12));\n" + sets + "ENDSEC;\nEND-ISO"));
+        fixture.write("out.glb.part", "half");
+        ConverterProcess run({input, fixture.path("out.glb"), "--silence", "1"});
+        QCOMPARE(run.end(), 1);
+        const QByteArray errors = run.readAllStandardError();
+        QVERIFY2(errors.endsWith("tnconvert: The conversion of x.step reported nothing for 1 "
+                                 "seconds and was ended.\n"),
+                 errors);
+        QVERIFY(!QFile::exists(fixture.path("out.glb.part")));
     }
 
     void unusualNames()
