@@ -4,12 +4,15 @@
 #include "host/app/ImportStatus.h"
 #include "host/app/LogPane.h"
 #include "host/app/SceneView.h"
+#include "host/app/ViewActions.h"
+#include "host/app/ViewPane.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
 #include "host/services/FileService.h"
 #include "host/services/HostIcons.h"
 #include "host/services/HostServices.h"
+#include "host/view/SceneDisplay.h"
 #include "platform/tnController.h"
 #include "platform/tnLog.h"
 #include "platform/tnMessage.h"
@@ -34,8 +37,9 @@ namespace tnhost {
 
 namespace {
 
-constexpr QSize usualSize(1000, 700);
-constexpr int usualLogHeight = 170;
+constexpr QSize usualSize(1280, 800);
+constexpr int usualLogHeight = 130;
+constexpr int usualTreeWidth = 340;
 
 const QString geometryKey = QStringLiteral("mainWindow/geometry");
 const QString stateKey = QStringLiteral("mainWindow/state");
@@ -88,8 +92,14 @@ MainWindow::MainWindow(HostServices &services)
 
     // First of all, so that everything that follows is logged where the user can see it.
     m_logDock = addDock(QStringLiteral("log"), tr("Log"), new LogPane, Qt::BottomDockWidgetArea);
-    m_view = new SceneView(services.scene());
+    m_view = new ViewPane(services.scene());
+    connect(&services.fileService().log(), &ImportLog::jobEnded, m_view, [this] {
+        if (m_view->display())
+            m_view->display()->keepCamera();
+    });
     setCentralWidget(m_view);
+    m_tree = new SceneView(services.scene());
+    m_treeDock = addDock(QStringLiteral("scene"), tr("Scene"), m_tree, Qt::LeftDockWidgetArea);
     m_assetDock = addDock(QStringLiteral("assets"), tr("Asset Manager"),
                           new AssetManager(services.scene()), Qt::RightDockWidgetArea);
     m_assetDock->hide();
@@ -107,7 +117,7 @@ MainWindow::MainWindow(HostServices &services)
     connect(&services.fileService(), &FileService::fileConversionFailed, this, logFailure);
     connect(&services.fileService(), &FileService::fileLoadingFailed, this, logFailure);
     connect(&services.fileService().log(), &ImportLog::fileEnded, this, &logRemarks);
-    m_view->setFocus();
+    m_tree->setFocus();
 
     tnController::setMainWindow(this);
 }
@@ -232,11 +242,13 @@ void MainWindow::createMenus()
     if (m_services.fileService().resultStore())
         addClearing(*file);
     file->addAction(quit);
-    m_view->insertAction(m_view->actions().constFirst(), m_reload);
-    menuBar()->addMenu(tr("&Edit"))->addActions(m_view->actions());
-    menuBar()
-        ->addMenu(tr("&View"))
-        ->addActions({m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
+    m_tree->insertAction(m_tree->actions().constFirst(), m_reload);
+    menuBar()->addMenu(tr("&Edit"))->addActions(m_tree->actions());
+    QMenu *view = menuBar()->addMenu(tr("&View"));
+    view->addActions((new ViewActions(m_view->display(), this))->all());
+    view->addSeparator();
+    view->addActions({m_treeDock->toggleViewAction(), m_logDock->toggleViewAction(), assets,
+                      bar->toggleViewAction()});
 }
 
 void MainWindow::addClearing(QMenu &menu)
@@ -279,6 +291,7 @@ void MainWindow::restoreSettings()
         usualSize.boundedTo(QApplication::primaryScreen()->availableSize() * 9 / 10);
     resize(usual);
     resizeDocks({m_logDock}, {usualLogHeight}, Qt::Vertical);
+    resizeDocks({m_treeDock}, {usualTreeWidth}, Qt::Horizontal);
     restoreGeometry(settings.value(geometryKey).toByteArray());
     // The damaged kind may pass for a window of next to nothing, and the screen may have been a
     // larger one.
@@ -290,7 +303,7 @@ void MainWindow::restoreSettings()
     if (isTooLarge)
         move(available.topLeft());
     restoreState(settings.value(stateKey).toByteArray());
-    m_view->setColumnWidths(settings.value(headerKey).toList());
+    m_tree->setColumnWidths(settings.value(headerKey).toList());
 }
 
 void MainWindow::saveSettings() const
@@ -298,7 +311,7 @@ void MainWindow::saveSettings() const
     QSettings settings;
     settings.setValue(geometryKey, saveGeometry());
     settings.setValue(stateKey, saveState());
-    settings.setValue(headerKey, m_view->columnWidths());
+    settings.setValue(headerKey, m_tree->columnWidths());
 }
 
 void MainWindow::importUrls(const QList<QUrl> &urls)
@@ -333,7 +346,7 @@ void MainWindow::onReload()
 {
     QStringList files;
     QMultiHash<QString, tndNode> places;
-    for (const tndNode &node : m_view->selectedFileNodes()) {
+    for (const tndNode &node : m_tree->selectedFileNodes()) {
         files << m_services.scene().sourceFile(node);
         places.insert(files.constLast(), node);
     }
@@ -347,7 +360,7 @@ void MainWindow::onReload()
 
 void MainWindow::updateReload()
 {
-    m_reload->setEnabled(!m_view->selectedFileNodes().empty());
+    m_reload->setEnabled(!m_tree->selectedFileNodes().empty());
 }
 
 void MainWindow::onAssetManagerRequested(bool show)

@@ -12,9 +12,10 @@ namespace tnhost {
 
 class HostServices;
 class SceneView;
+class ViewPane;
 
-/// The host's window: scene tree, log, asset manager. The services must outlive it. While an import
-/// runs it asks before it closes.
+/// The host's window: the view of the scene, its tree, log, asset manager. The services must
+/// outlive it. While an import runs it asks before it closes.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -51,7 +52,9 @@ private:
     void onAssetManagerRequested(bool show);
 
     HostServices &m_services;
-    SceneView *m_view = nullptr;
+    ViewPane *m_view = nullptr;
+    SceneView *m_tree = nullptr;
+    QDockWidget *m_treeDock = nullptr;
     QDockWidget *m_logDock = nullptr;
     QDockWidget *m_assetDock = nullptr;
     QAction *m_reload = nullptr;

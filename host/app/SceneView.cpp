@@ -17,7 +17,7 @@ namespace {
 constexpr int leastWidth = 50;
 constexpr int mostWidth = 2000;
 /// In characters, from the second column on.
-constexpr int usualWidths[] = {30, 14};
+constexpr int usualWidths[] = {14, 10};
 
 } // namespace
 

@@ -23,6 +23,14 @@ struct BoundingBox {
                         std::max(max.z(), point.z()));
     }
 
+    void add(const BoundingBox &other)
+    {
+        if (other.isEmpty())
+            return;
+        add(other.min);
+        add(other.max);
+    }
+
 private:
     static constexpr float highest = std::numeric_limits<float>::max();
 };

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tnhost {
+
+struct ScenePrimitive;
+
+/// The copy of a primitive that the graphics memory holds. All calls need the OpenGL context of the
+/// first one.
+class GpuMesh {
+public:
+    /// Copies the primitive. Triangles without normals get flat ones.
+    explicit GpuMesh(const ScenePrimitive &primitive);
+    ~GpuMesh();
+    GpuMesh(const GpuMesh &) = delete;
+    GpuMesh &operator=(const GpuMesh &) = delete;
+
+    /// Draws it with the colours and the lights that are set.
+    void draw() const;
+
+private:
+    void uploadFlat(const ScenePrimitive &primitive);
+
+    std::uint32_t m_vertices = 0; ///< the positions, behind them the normals, if there are any
+    std::uint32_t m_indices = 0; ///< 0: none, the vertices stand in order
+    unsigned int m_kind;
+    int m_count; ///< of indices, else of vertices
+    std::intptr_t m_normals = 0; ///< where they begin; 0: there are none
+};
+
+} // namespace tnhost

@@ -1,0 +1,20 @@
+#include "host/view/PartNode.h"
+
+namespace tnhost {
+
+SO_NODE_ABSTRACT_SOURCE(PartNode)
+
+void PartNode::initClass()
+{
+    SO_NODE_INIT_ABSTRACT_CLASS(PartNode, SoSeparator, "Separator");
+}
+
+PartNode::PartNode(unsigned int id)
+    : m_id(id)
+{
+    SO_NODE_CONSTRUCTOR(PartNode);
+    // Display lists would be one more copy of everything.
+    renderCaching = OFF;
+}
+
+} // namespace tnhost

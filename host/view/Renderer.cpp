@@ -1,0 +1,165 @@
+#include "host/view/Renderer.h"
+
+#include "host/view/MeshShape.h"
+#include "host/view/PartNode.h"
+
+#include <Inventor/SoDB.h>
+#include <Inventor/SoPickedPoint.h>
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
+#include <Inventor/actions/SoRayPickAction.h>
+#include <Inventor/elements/SoGLCacheContextElement.h>
+#include <Inventor/errors/SoDebugError.h>
+#include <Inventor/nodes/SoDirectionalLight.h>
+#include <Inventor/nodes/SoEnvironment.h>
+#include <Inventor/nodes/SoPolygonOffset.h>
+#include <Inventor/nodes/SoShapeHints.h>
+
+#include <QtCore/QtMath>
+
+#include <algorithm>
+
+#define GL_GLEXT_PROTOTYPES
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace tnhost {
+
+namespace {
+
+/// Nearer than this part of the farthest distance nothing is drawn, for the depth buffer's sake.
+constexpr float leastNear = 0.001F;
+
+SoDirectionalLight *makeLight(const SbVec3f &direction, float intensity)
+{
+    auto *light = new SoDirectionalLight;
+    light->direction = direction;
+    light->intensity = intensity;
+    return light;
+}
+
+SbVec3f vec(const QVector3D &vector)
+{
+    return {vector.x(), vector.y(), vector.z()};
+}
+
+/// Whoever drew last in this context has left it in a state of their own.
+void resetGl()
+{
+    glUseProgram(0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    for (GLuint attribute = 0; attribute < 4; ++attribute)
+        glDisableVertexAttribArray(attribute);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    for (const GLenum capability :
+         {GL_BLEND, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_TEXTURE_2D, GL_CULL_FACE})
+        glDisable(capability);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    glDepthMask(GL_TRUE);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    // Mirrors and scales are no reason for another brightness.
+    glEnable(GL_NORMALIZE);
+}
+
+} // namespace
+
+void Renderer::init()
+{
+    static const bool once = [] {
+        SoDB::init();
+        MeshShape::initClass();
+        PartNode::initClass();
+        // It complains on standard error of contexts that come from no X server.
+        SoDebugError::setHandlerCallback([](const SoError *, void *) {}, nullptr);
+        return true;
+    }();
+    Q_UNUSED(once)
+}
+
+Renderer::Renderer(SoNode *parts)
+    : m_root(new SoSeparator)
+    , m_parts(parts)
+    , m_camera(new SoPerspectiveCamera)
+    , m_action(SbViewportRegion())
+{
+    m_root->renderCaching = SoSeparator::OFF;
+    // What stands before the camera stays with the eye.
+    auto *environment = new SoEnvironment;
+    environment->ambientIntensity = 0.5F;
+    m_root->addChild(environment);
+    m_root->addChild(makeLight({0.25F, -0.35F, -1}, 0.8F));
+    m_root->addChild(makeLight({-0.8F, 0.5F, -0.6F}, 0.3F));
+    m_camera->viewportMapping = SoCamera::LEAVE_ALONE;
+    m_root->addChild(m_camera);
+    auto *hints = new SoShapeHints;
+    hints->vertexOrdering = SoShapeHints::COUNTERCLOCKWISE; // lights both sides
+    m_root->addChild(hints);
+    m_root->addChild(new SoPolygonOffset); // curves and edges lie on surfaces
+    m_root->addChild(parts);
+    m_action.setCacheContext(SoGLCacheContextElement::getUniqueCacheContext());
+    m_action.setTransparencyType(SoGLRenderAction::SORTED_OBJECT_BLEND);
+}
+
+Renderer::~Renderer() = default;
+
+void Renderer::place(const Camera &camera, double aspect)
+{
+    const QQuaternion turn = camera.orientation();
+    m_camera->position = vec(camera.position());
+    m_camera->orientation.setValue(turn.x(), turn.y(), turn.z(), turn.scalar());
+    m_camera->aspectRatio = static_cast<float>(aspect);
+    m_camera->focalDistance = camera.distance();
+    m_camera->heightAngle = qDegreesToRadians(Camera::verticalAngle());
+
+    SoGetBoundingBoxAction measure{SbViewportRegion()};
+    measure.apply(m_parts.get());
+    const SbBox3f box = measure.getBoundingBox();
+    if (box.isEmpty())
+        return;
+    const SbVec3f middle = box.getCenter();
+    const float radius = 0.5F * (box.getMax() - box.getMin()).length();
+    const float depth = camera.depthOf({middle[0], middle[1], middle[2]});
+    const float farthest = std::max(depth + radius * 1.01F, camera.distance() * leastNear);
+    m_camera->farDistance = farthest;
+    m_camera->nearDistance = std::max(depth - radius * 1.01F, farthest * leastNear);
+}
+
+void Renderer::render(const Camera &camera, const QSize &pixels, const QColor &background)
+{
+    place(camera, double(pixels.width()) / pixels.height());
+    resetGl();
+    glViewport(0, 0, pixels.width(), pixels.height());
+    glClearColor(static_cast<float>(background.redF()), static_cast<float>(background.greenF()),
+                 static_cast<float>(background.blueF()), 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    m_action.setViewportRegion(
+        SbViewportRegion(static_cast<short>(pixels.width()), static_cast<short>(pixels.height())));
+    m_action.invalidateState();
+    m_action.apply(m_root.get());
+}
+
+std::optional<Renderer::Hit> Renderer::pick(const Camera &camera, const QPointF &place,
+                                            const QSizeF &size)
+{
+    this->place(camera, size.width() / size.height());
+    SoRayPickAction action{
+        SbViewportRegion(static_cast<short>(size.width()), static_cast<short>(size.height()))};
+    action.setNormalizedPoint({static_cast<float>(place.x() / size.width()),
+                               static_cast<float>(1 - place.y() / size.height())});
+    action.apply(m_root.get());
+    const SoPickedPoint *found = action.getPickedPoint();
+    if (!found)
+        return std::nullopt;
+    const SbVec3f point = found->getPoint();
+    const SoPath *path = found->getPath();
+    for (int i = path->getLength() - 1; i >= 0; --i) {
+        if (path->getNode(i)->isOfType(PartNode::getClassTypeId()))
+            return Hit{static_cast<const PartNode *>(path->getNode(i))->id(),
+                       {point[0], point[1], point[2]}};
+    }
+    return std::nullopt;
+}
+
+} // namespace tnhost

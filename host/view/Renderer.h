@@ -1,0 +1,47 @@
+#pragma once
+
+#include "host/scene/BoundingBox.h"
+#include "host/view/Camera.h"
+#include "host/view/NodePtr.h"
+
+#include <Inventor/actions/SoGLRenderAction.h>
+#include <Inventor/nodes/SoPerspectiveCamera.h>
+#include <Inventor/nodes/SoSeparator.h>
+
+#include <QtCore/QSize>
+#include <QtGui/QColor>
+
+#include <optional>
+
+namespace tnhost {
+
+/// Draws a scene graph, lit from the eye, and tells what is to be seen at a place of the picture.
+class Renderer {
+public:
+    struct Hit {
+        unsigned int node; ///< whose geometry it is
+        QVector3D point; ///< in the world
+    };
+
+    /// Makes the library ready, once for the process. Before anything else of it.
+    static void init();
+
+    explicit Renderer(SoNode *parts);
+    ~Renderer();
+
+    /// Into the framebuffer that is bound in the current context, which must stay the same one.
+    /// Changes the state of OpenGL.
+    void render(const Camera &camera, const QSize &pixels, const QColor &background);
+    /// The nearest surface at this place of a picture of that size.
+    std::optional<Hit> pick(const Camera &camera, const QPointF &place, const QSizeF &size);
+
+private:
+    void place(const Camera &camera, double aspect);
+
+    NodePtr<SoSeparator> m_root;
+    NodePtr<SoNode> m_parts;
+    SoPerspectiveCamera *m_camera; ///< belongs to the root
+    SoGLRenderAction m_action;
+};
+
+} // namespace tnhost

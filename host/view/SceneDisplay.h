@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QtCore/QString>
+
+class QWidget;
+
+namespace tnhost {
+
+class Scene;
+
+/// A view of a scene, as the window knows it. Comes out of a module of its own, so that only who
+/// looks at a scene loads what draws it. GUI thread only.
+class SceneDisplay {
+public:
+    SceneDisplay() = default;
+    SceneDisplay(const SceneDisplay &) = delete;
+    SceneDisplay &operator=(const SceneDisplay &) = delete;
+    virtual ~SceneDisplay() = default;
+
+    /// The widget to show. It belongs to whoever takes it as a child, and the display to the
+    /// widget: both go together.
+    virtual QWidget *widget() = 0;
+
+    /// Brings all that is shown, or what is selected, into the view. Nothing to see changes
+    /// nothing.
+    virtual void fitAll() = 0;
+    virtual void fitSelection() = 0;
+    /// The first import is over: what arrives from now on leaves the camera alone, until the scene
+    /// has been empty. Before, all that arrives is brought into view, unless the user has turned to
+    /// something.
+    virtual void keepCamera() = 0;
+};
+
+/// What the module exports by the name in viewFactoryName. Null, with a sentence for the user,
+/// where no OpenGL can be had. The scene must outlive the display.
+using ViewFactory = SceneDisplay *(*)(Scene &scene, QString *error);
+constexpr const char *viewFactoryName = "tnCreateView";
+
+} // namespace tnhost

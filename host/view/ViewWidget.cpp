@@ -1,0 +1,159 @@
+#include "host/view/ViewWidget.h"
+
+#include <QtGui/QMouseEvent>
+#include <QtGui/QOffscreenSurface>
+#include <QtGui/QOpenGLContext>
+#include <QtGui/QOpenGLFunctions>
+#include <QtWidgets/QApplication>
+
+#include <cmath>
+
+namespace tnhost {
+
+namespace {
+
+constexpr float degreesPerPixel = 0.4F;
+/// For one notch of a usual wheel, which has 120 units.
+constexpr double zoomPerNotch = 1.2;
+
+/// A plain one: Qt would choose any that the system's default names.
+QSurfaceFormat usualFormat()
+{
+    QSurfaceFormat format;
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setDepthBufferSize(24);
+    format.setStencilBufferSize(8);
+    return format;
+}
+
+} // namespace
+
+SceneDisplay *ViewWidget::create(Scene &scene, QString *error)
+{
+    QOpenGLContext context;
+    context.setFormat(usualFormat());
+    QOffscreenSurface surface;
+    surface.setFormat(usualFormat());
+    surface.create();
+    if (!context.create() || context.isOpenGLES() || !context.makeCurrent(&surface)) {
+        *error = QStringLiteral("This display offers no OpenGL.");
+        return nullptr;
+    }
+    if (context.format().version() < qMakePair(2, 0)) {
+        *error = QStringLiteral("OpenGL 2.0 is needed, this display has %1.%2.")
+                     .arg(context.format().majorVersion())
+                     .arg(context.format().minorVersion());
+        return nullptr;
+    }
+    Renderer::init();
+    return new ViewWidget(scene);
+}
+
+ViewWidget::ViewWidget(Scene &scene)
+    : m_scene(scene)
+    , m_graph(scene)
+    , m_renderer(m_graph.root())
+{
+    setFormat(usualFormat());
+    setFocusPolicy(Qt::StrongFocus);
+    connect(&m_graph, &SceneGraph::changed, this, &ViewWidget::onArrival);
+}
+
+ViewWidget::~ViewWidget() = default;
+
+void ViewWidget::fitAll()
+{
+    m_camera.fit(m_scene.boundingBox(m_scene.root()), size());
+    update();
+}
+
+void ViewWidget::fitSelection()
+{
+    BoundingBox all;
+    for (const tndNode &node : m_scene.selectedNodes(true))
+        all.add(m_scene.boundingBox(node));
+    m_fitsArrivals = false;
+    m_camera.fit(all, size());
+    update();
+}
+
+void ViewWidget::keepCamera()
+{
+    if (m_scene.nodeCount() == 0)
+        return;
+    if (m_fitsArrivals)
+        fitAll();
+    m_fitsArrivals = false;
+}
+
+void ViewWidget::onArrival()
+{
+    if (m_scene.nodeCount() == 0)
+        m_fitsArrivals = true;
+    if (m_fitsArrivals)
+        fitAll();
+    update();
+}
+
+void ViewWidget::paintGL()
+{
+    const bool isDark = palette().window().color().lightness() < 128;
+    m_renderer.render(m_camera, size() * devicePixelRatioF(),
+                      isDark ? QColor(0x2b, 0x2e, 0x33) : QColor(0xee, 0xf0, 0xf3));
+}
+
+void ViewWidget::mousePressEvent(QMouseEvent *event)
+{
+    m_pressed = m_last = event->pos();
+    m_isDragging = false;
+}
+
+void ViewWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (event->buttons() == Qt::NoButton)
+        return;
+    if (!m_isDragging) {
+        if ((event->pos() - m_pressed).manhattanLength() < QApplication::startDragDistance())
+            return;
+        m_isDragging = true;
+        m_held = pointAt(m_pressed);
+    }
+    const QPoint moved = event->pos() - m_last;
+    if (event->buttons() & Qt::LeftButton && !(event->modifiers() & Qt::ShiftModifier))
+        m_camera.orbit(degreesPerPixel * static_cast<float>(moved.x()),
+                       degreesPerPixel * static_cast<float>(moved.y()), m_held);
+    else
+        m_camera.pan(m_last, event->pos(), size(), m_held);
+    m_last = event->pos();
+    m_fitsArrivals = false;
+    update();
+}
+
+void ViewWidget::mouseReleaseEvent(QMouseEvent *)
+{
+    m_isDragging = false;
+}
+
+void ViewWidget::wheelEvent(QWheelEvent *event)
+{
+    const QVector3D fixed = pointAt(event->position());
+    m_camera.setFocusDepth(fixed);
+    const double factor = std::pow(zoomPerNotch, event->angleDelta().y() / 120.0);
+    m_camera.zoom(static_cast<float>(factor), fixed);
+    m_fitsArrivals = false;
+    update();
+    event->accept();
+}
+
+std::optional<Renderer::Hit> ViewWidget::pick(const QPointF &place)
+{
+    return m_renderer.pick(m_camera, place, size());
+}
+
+QVector3D ViewWidget::pointAt(const QPointF &place)
+{
+    const auto hit = pick(place);
+    return hit ? hit->point : m_camera.unproject(place, size(), m_camera.focus());
+}
+
+} // namespace tnhost

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "host/view/Camera.h"
+#include "host/view/Renderer.h"
+#include "host/view/SceneDisplay.h"
+#include "host/view/SceneGraph.h"
+
+#include <QtWidgets/QOpenGLWidget>
+
+#include <optional>
+
+namespace tnhost {
+
+/// The view of the window. The left button turns, about the place that was taken hold of; the
+/// middle or the right one, or the left one with Shift, moves; the wheel zooms to the pointer.
+class ViewWidget : public QOpenGLWidget, public SceneDisplay {
+    Q_OBJECT
+
+public:
+    /// See viewFactoryName.
+    static SceneDisplay *create(Scene &scene, QString *error);
+
+    /// The scene must outlive the widget, and OpenGL must be there.
+    explicit ViewWidget(Scene &scene);
+    ~ViewWidget() override;
+
+    QWidget *widget() override { return this; }
+    void fitAll() override;
+    void fitSelection() override;
+    void keepCamera() override;
+
+    const Camera &camera() const { return m_camera; }
+
+protected:
+    void paintGL() override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    void fit(const BoundingBox &box);
+    void onArrival();
+    std::optional<Renderer::Hit> pick(const QPointF &place);
+    /// The point below the pointer; where there is none, one as deep as what is looked at.
+    QVector3D pointAt(const QPointF &place);
+
+    Scene &m_scene;
+    SceneGraph m_graph;
+    Renderer m_renderer;
+    Camera m_camera;
+    bool m_fitsArrivals = true;
+    QPoint m_pressed;
+    QPoint m_last;
+    bool m_isDragging = false;
+    QVector3D m_held; ///< what the drag has taken hold of
+};
+
+} // namespace tnhost

@@ -1,0 +1,8 @@
+#include "host/view/ViewWidget.h"
+
+// The module's only exports; SceneDisplay.h says what they do.
+
+extern "C" Q_DECL_EXPORT tnhost::SceneDisplay *tnCreateView(tnhost::Scene &scene, QString *error)
+{
+    return tnhost::ViewWidget::create(scene, error);
+}

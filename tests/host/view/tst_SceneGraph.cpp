@@ -1,0 +1,109 @@
+#include "BoxScene.h"
+#include "host/view/Renderer.h"
+#include "host/view/SceneGraph.h"
+
+#include <Inventor/actions/SoSearchAction.h>
+
+#include <QtTest/QtTest>
+
+#include <set>
+
+using namespace tnhost;
+
+namespace {
+
+const QSizeF size(400, 400);
+
+/// The different shapes of the graph.
+int shapeCount(SoNode *root)
+{
+    SoSearchAction search;
+    search.setType(MeshShape::getClassTypeId());
+    search.setInterest(SoSearchAction::ALL);
+    search.apply(root);
+    std::set<SoNode *> shapes;
+    for (int i = 0; i < search.getPaths().getLength(); ++i)
+        shapes.insert(search.getPaths()[i]->getTail());
+    return static_cast<int>(shapes.size());
+}
+
+} // namespace
+
+/// What is in the graph is asked by picking, which needs no OpenGL.
+class tst_SceneGraph : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { Renderer::init(); }
+    void init()
+    {
+        m_scene = std::make_unique<Scene>();
+        m_file = m_scene->addFragment(cubes({{0, 0, 0}, {100, 0, 0}}), {}, "/cad/a.step", {});
+        m_graph = std::make_unique<SceneGraph>(*m_scene);
+        m_renderer = std::make_unique<Renderer>(m_graph->root());
+        m_camera.fit(m_scene->boundingBox(m_scene->root()), size);
+        m_graph->finish();
+    }
+
+    void knowsWhatIsSeen()
+    {
+        const auto hit = pick({105, 5, 10});
+        QCOMPARE(hit->node, cube(1));
+        QVERIFY((hit->point - QVector3D(105, 5, 10)).length() < 0.01F);
+        QCOMPARE(pick({5, 5, 10})->node, cube(0));
+        QVERIFY(!pick({50, 5, 5}));
+    }
+
+    void followsTheScene()
+    {
+        m_scene->addFragment(cubes({{50, 0, 0}}), m_file, "/cad/b.step", {});
+        QTRY_VERIFY(pick({55, 5, 10}));
+        m_scene->replaceNode(m_file, cubes({{0, 0, 0}}), "/cad/a.step", {});
+        QVERIFY(!pick({105, 5, 10}));
+        m_graph->finish();
+        QVERIFY(pick({5, 5, 10}) && pick({55, 5, 10}));
+        m_scene->removeNode(tndNode(m_scene->find(m_scene->root())->children()[0]->id()));
+        m_scene->addFragment(cubes({{0, 0, 0}}), {}, "/cad/c.step", {});
+        m_scene->removeNode(tndNode(m_scene->find(m_scene->root())->children()[0]->id()));
+        m_graph->finish(); // gone before it was built
+        QVERIFY(!pick({5, 5, 10}) && !pick({55, 5, 10}));
+    }
+
+    void sharesWhatIsTheSame()
+    {
+        QCOMPARE(shapeCount(m_graph->root()), 2);
+        const std::weak_ptr<const SceneMesh> mesh = m_scene->find(tndNode(cube(0)))->mesh();
+        m_scene->removeNode(tndNode(cube(0)));
+        QTest::qWait(50);
+        QVERIFY(!mesh.expired());
+        m_scene->removeNode(m_file);
+        QTRY_VERIFY(mesh.expired());
+    }
+
+    void arrivesInSteps()
+    {
+        QSignalSpy changed(m_graph.get(), &SceneGraph::changed);
+        m_scene->addFragment(cubes(std::vector<QVector3D>(20000)), {}, "/cad/large.step", {});
+        QVERIFY(changed.isEmpty());
+        QTRY_VERIFY(changed.count() > 1);
+    }
+
+private:
+    unsigned int cube(std::size_t index) const
+    {
+        return m_scene->find(m_file)->children()[0]->children()[index]->id();
+    }
+    std::optional<Renderer::Hit> pick(const QVector3D &point)
+    {
+        return m_renderer->pick(m_camera, m_camera.project(point, size), size);
+    }
+
+    std::unique_ptr<Scene> m_scene;
+    std::unique_ptr<SceneGraph> m_graph;
+    std::unique_ptr<Renderer> m_renderer;
+    Camera m_camera;
+    tndNode m_file;
+};
+
+QTEST_GUILESS_MAIN(tst_SceneGraph)
+#include "tst_SceneGraph.moc"
