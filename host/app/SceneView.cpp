@@ -44,7 +44,12 @@ SceneView::SceneView(Scene &scene, QWidget *parent)
     for (const int width : usualWidths)
         header()->resizeSection(column++, width * fontMetrics().averageCharWidth());
     createActions();
-    connect(&scene, &Scene::selectionChanged, this, &SceneView::showSelection);
+    connect(&scene, &Scene::selectionChanged, this, [this] {
+        showSelection();
+        const std::vector<tndNode> selected = m_scene.selectedNodes(false);
+        if (!m_isTelling && !selected.empty())
+            scrollTo(m_model->indexOf(selected.front())); // opens what lies above, too
+    });
     connect(&scene, &Scene::changed, this, &SceneView::showSelection);
 }
 

@@ -10,29 +10,15 @@ namespace tnhost {
 
 namespace {
 
-using Vectors = std::vector<QVector3D>;
-
-GLsizeiptr bytes(const Vectors &vectors)
-{
-    return static_cast<GLsizeiptr>(vectors.size() * sizeof(QVector3D));
-}
-
-/// Leaves the buffer bound.
-GLuint makeBuffer(GLenum target, GLsizeiptr size, const void *data)
+template <typename Value>
+GLuint makeBuffer(GLenum target, const std::vector<Value> &values)
 {
     GLuint buffer = 0;
     glGenBuffers(1, &buffer);
     glBindBuffer(target, buffer);
-    glBufferData(target, size, data, GL_STATIC_DRAW);
-    return buffer;
-}
-
-GLuint makeVertices(const Vectors &positions, const Vectors &normals)
-{
-    const GLuint buffer = makeBuffer(GL_ARRAY_BUFFER, bytes(positions) + bytes(normals), nullptr);
-    glBufferSubData(GL_ARRAY_BUFFER, 0, bytes(positions), positions.data());
-    glBufferSubData(GL_ARRAY_BUFFER, bytes(positions), bytes(normals), normals.data());
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBufferData(target, static_cast<GLsizeiptr>(values.size() * sizeof(Value)), values.data(),
+                 GL_STATIC_DRAW);
+    glBindBuffer(target, 0);
     return buffer;
 }
 
@@ -46,18 +32,16 @@ GpuMesh::GpuMesh(const ScenePrimitive &primitive)
         uploadFlat(primitive);
         return;
     }
-    m_normals = primitive.normals.empty() ? 0 : bytes(primitive.positions);
-    m_vertices = makeVertices(primitive.positions, primitive.normals);
-    m_indices = makeBuffer(GL_ELEMENT_ARRAY_BUFFER,
-                           static_cast<GLsizeiptr>(primitive.indices.size() * sizeof(GLuint)),
-                           primitive.indices.data());
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    m_positions = makeBuffer(GL_ARRAY_BUFFER, primitive.positions);
+    if (!primitive.normals.empty())
+        m_normals = makeBuffer(GL_ARRAY_BUFFER, primitive.normals);
+    m_indices = makeBuffer(GL_ELEMENT_ARRAY_BUFFER, primitive.indices);
 }
 
 void GpuMesh::uploadFlat(const ScenePrimitive &primitive)
 {
-    Vectors positions;
-    Vectors normals;
+    std::vector<QVector3D> positions;
+    std::vector<QVector3D> normals;
     positions.reserve(primitive.indices.size());
     for (const std::uint32_t index : primitive.indices)
         positions.push_back(primitive.positions[index]);
@@ -65,24 +49,26 @@ void GpuMesh::uploadFlat(const ScenePrimitive &primitive)
     for (std::size_t i = 0; i + 2 < positions.size(); i += 3)
         normals.insert(normals.end(), 3,
                        QVector3D::normal(positions[i], positions[i + 1], positions[i + 2]));
-    m_normals = bytes(positions);
-    m_vertices = makeVertices(positions, normals);
+    m_positions = makeBuffer(GL_ARRAY_BUFFER, positions);
+    m_normals = makeBuffer(GL_ARRAY_BUFFER, normals);
 }
 
 GpuMesh::~GpuMesh()
 {
-    glDeleteBuffers(1, &m_vertices);
+    glDeleteBuffers(1, &m_positions);
+    glDeleteBuffers(1, &m_normals);
     glDeleteBuffers(1, &m_indices);
 }
 
 void GpuMesh::draw() const
 {
-    glBindBuffer(GL_ARRAY_BUFFER, m_vertices);
+    glBindBuffer(GL_ARRAY_BUFFER, m_positions);
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, 0, nullptr);
-    if (m_normals > 0) {
+    if (m_normals) {
         glEnableClientState(GL_NORMAL_ARRAY);
-        glNormalPointer(GL_FLOAT, 0, reinterpret_cast<const void *>(m_normals));
+        glBindBuffer(GL_ARRAY_BUFFER, m_normals);
+        glNormalPointer(GL_FLOAT, 0, nullptr);
     }
     if (m_indices) {
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_indices);

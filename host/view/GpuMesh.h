@@ -22,11 +22,11 @@ public:
 private:
     void uploadFlat(const ScenePrimitive &primitive);
 
-    std::uint32_t m_vertices = 0; ///< the positions, behind them the normals, if there are any
+    std::uint32_t m_positions = 0;
+    std::uint32_t m_normals = 0; ///< 0: there are none
     std::uint32_t m_indices = 0; ///< 0: none, the vertices stand in order
     unsigned int m_kind;
     int m_count; ///< of indices, else of vertices
-    std::intptr_t m_normals = 0; ///< where they begin; 0: there are none
 };
 
 } // namespace tnhost

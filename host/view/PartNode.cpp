@@ -17,4 +17,13 @@ PartNode::PartNode(unsigned int id)
     renderCaching = OFF;
 }
 
+void PartNode::setLook(SoMaterial *look)
+{
+    if (m_hasLook)
+        removeChild(0);
+    if (look)
+        insertChild(look, 0);
+    m_hasLook = look != nullptr;
+}
+
 } // namespace tnhost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Inventor/nodes/SoMaterial.h>
 #include <Inventor/nodes/SoSeparator.h>
 
 namespace tnhost {
@@ -17,11 +18,15 @@ public:
 
     unsigned int id() const { return m_id; }
 
+    /// Shows the part, and all below it, in this look rather than its own; null: as it is.
+    void setLook(SoMaterial *look);
+
 protected:
     ~PartNode() override = default;
 
 private:
     const unsigned int m_id;
+    bool m_hasLook = false; ///< it is the first child
 };
 
 } // namespace tnhost

@@ -5,6 +5,7 @@
 #include <QtCore/QElapsedTimer>
 
 #include <cmath>
+#include <utility>
 
 namespace tnhost {
 
@@ -39,12 +40,20 @@ SceneGraph::SceneGraph(const Scene &scene, QObject *parent)
     : QObject(parent)
     , m_scene(scene)
     , m_root(new PartNode(scene.root().id()))
+    , m_selectedLook(new SoMaterial)
 {
+    m_selectedLook->diffuseColor.setValue(1.0F, 0.55F, 0.1F);
+    m_selectedLook->ambientColor.setValue(0.6F, 0.33F, 0.06F);
+    m_selectedLook->setOverride(TRUE); // of the looks of all that lies below
     m_parts[scene.root().id()] = m_root.get();
     m_step.setSingleShot(true);
     connect(&m_step, &QTimer::timeout, this, &SceneGraph::buildSome);
     connect(&scene, &Scene::inserted, this, &SceneGraph::onInserted);
     connect(&scene, &Scene::aboutToRemove, this, &SceneGraph::onAboutToRemove);
+    connect(&scene, &Scene::selectionChanged, this, [this] {
+        showSelection();
+        emit changed();
+    });
     for (const auto &child : scene.find(scene.root())->children())
         onInserted(child.get());
 }
@@ -58,6 +67,7 @@ void SceneGraph::finish()
         if (const SceneNode *node = m_scene.find(tndNode(m_waiting.front())))
             build(*node);
     }
+    showSelection();
 }
 
 void SceneGraph::onInserted(const SceneNode *node)
@@ -85,10 +95,12 @@ void SceneGraph::buildSome()
         if (const SceneNode *node = m_scene.find(tndNode(id)))
             build(*node);
     }
-    if (m_waiting.empty())
+    if (m_waiting.empty()) {
+        showSelection();
         dropUnused();
-    else
+    } else {
         m_step.start(0);
+    }
     emit changed();
 }
 
@@ -138,9 +150,26 @@ SoMaterial *SceneGraph::materialOf(const std::shared_ptr<const SceneMaterial> &m
     return known.get();
 }
 
+void SceneGraph::showSelection()
+{
+    std::unordered_set<unsigned int> selected;
+    for (const tndNode &node : m_scene.selectedNodes(true)) {
+        const auto part = m_parts.find(node.id());
+        if (part == m_parts.end())
+            continue; // not built yet
+        selected.insert(node.id());
+        if (m_selected.erase(node.id()) == 0)
+            part->second->setLook(m_selectedLook.get());
+    }
+    for (const unsigned int id : m_selected)
+        m_parts.at(id)->setLook(nullptr);
+    m_selected = std::move(selected);
+}
+
 void SceneGraph::forget(const SceneNode &node)
 {
     m_parts.erase(node.id());
+    m_selected.erase(node.id());
     for (const auto &child : node.children())
         forget(*child);
 }

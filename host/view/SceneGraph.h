@@ -12,6 +12,7 @@
 
 #include <deque>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace tnhost {
@@ -43,6 +44,7 @@ private:
     void addGeometry(PartNode &part, const SceneNode &node);
     const std::vector<NodePtr<MeshShape>> &shapesOf(const std::shared_ptr<const SceneMesh> &mesh);
     SoMaterial *materialOf(const std::shared_ptr<const SceneMaterial> &material);
+    void showSelection();
     void forget(const SceneNode &node);
     void dropUnused();
 
@@ -51,6 +53,8 @@ private:
     std::unordered_map<unsigned int, PartNode *> m_parts; ///< by node; each belongs to its parent
     std::unordered_map<std::shared_ptr<const SceneMesh>, std::vector<NodePtr<MeshShape>>> m_shapes;
     std::unordered_map<std::shared_ptr<const SceneMaterial>, NodePtr<SoMaterial>> m_materials;
+    NodePtr<SoMaterial> m_selectedLook;
+    std::unordered_set<unsigned int> m_selected; ///< the parts that have it
     std::deque<unsigned int> m_waiting; ///< nodes to build, parents before their children
     QTimer m_step;
 };

@@ -6,6 +6,7 @@
 #include <QtGui/QOpenGLFunctions>
 #include <QtWidgets/QApplication>
 
+#include <algorithm>
 #include <cmath>
 
 namespace tnhost {
@@ -129,9 +130,27 @@ void ViewWidget::mouseMoveEvent(QMouseEvent *event)
     update();
 }
 
-void ViewWidget::mouseReleaseEvent(QMouseEvent *)
+void ViewWidget::mouseReleaseEvent(QMouseEvent *event)
 {
+    if (!m_isDragging && event->button() == Qt::LeftButton)
+        select(event->localPos(), event->modifiers() & Qt::ControlModifier);
     m_isDragging = false;
+}
+
+void ViewWidget::select(const QPointF &place, bool isAdding)
+{
+    const auto hit = pick(place);
+    std::vector<tndNode> nodes;
+    if (isAdding)
+        nodes = m_scene.selectedNodes(false);
+    if (hit) {
+        const auto selected = std::find(nodes.begin(), nodes.end(), tndNode(hit->node));
+        if (selected == nodes.end())
+            nodes.emplace_back(hit->node);
+        else
+            nodes.erase(selected);
+    }
+    m_scene.setSelection(nodes);
 }
 
 void ViewWidget::wheelEvent(QWheelEvent *event)

@@ -12,7 +12,8 @@
 namespace tnhost {
 
 /// The view of the window. The left button turns, about the place that was taken hold of; the
-/// middle or the right one, or the left one with Shift, moves; the wheel zooms to the pointer.
+/// middle or the right one, or the left one with Shift, moves; the wheel zooms to the pointer. A
+/// click selects, with Ctrl in addition to what is selected.
 class ViewWidget : public QOpenGLWidget, public SceneDisplay {
     Q_OBJECT
 
@@ -41,6 +42,8 @@ protected:
 private:
     void fit(const BoundingBox &box);
     void onArrival();
+    /// Selects what is seen there; adding turns what it was.
+    void select(const QPointF &place, bool isAdding);
     std::optional<Renderer::Hit> pick(const QPointF &place);
     /// The point below the pointer; where there is none, one as deep as what is looked at.
     QVector3D pointAt(const QPointF &place);

@@ -2,7 +2,9 @@
 #include "host/view/Renderer.h"
 #include "host/view/SceneGraph.h"
 
+#include <Inventor/actions/SoCallbackAction.h>
 #include <Inventor/actions/SoSearchAction.h>
+#include <Inventor/elements/SoLazyElement.h>
 
 #include <QtTest/QtTest>
 
@@ -13,6 +15,8 @@ using namespace tnhost;
 namespace {
 
 const QSizeF size(400, 400);
+const SbColor green(0, 1, 0);
+const SbColor highlight(1.0F, 0.55F, 0.1F);
 
 /// The different shapes of the graph.
 int shapeCount(SoNode *root)
@@ -80,6 +84,21 @@ private slots:
         QTRY_VERIFY(mesh.expired());
     }
 
+    void showsTheSelection()
+    {
+        m_scene->setSelection({tndNode(cube(0))});
+        QVERIFY(seenColor({5, 5, 10}).equals(highlight, 0.01F));
+        QVERIFY(seenColor({105, 5, 10}).equals(green, 0.01F));
+        m_scene->setSelection({m_file});
+        QVERIFY(seenColor({105, 5, 10}).equals(highlight, 0.01F));
+        // What comes in the place of the selection is selected.
+        m_scene->replaceNode(m_file, cubes({{0, 0, 0}}), "/cad/a.step", {});
+        m_graph->finish();
+        QVERIFY(seenColor({5, 5, 10}).equals(highlight, 0.01F));
+        m_scene->setSelection({});
+        QVERIFY(seenColor({5, 5, 10}).equals(green, 0.01F));
+    }
+
     void arrivesInSteps()
     {
         QSignalSpy changed(m_graph.get(), &SceneGraph::changed);
@@ -96,6 +115,31 @@ private:
     std::optional<Renderer::Hit> pick(const QVector3D &point)
     {
         return m_renderer->pick(m_camera, m_camera.project(point, size), size);
+    }
+
+    /// The colour in which the shape is drawn that is seen there.
+    SbColor seenColor(const QVector3D &point)
+    {
+        const unsigned int id = pick(point)->node;
+        SoCallbackAction action;
+        SbColor color;
+        unsigned int inside = 0;
+        const auto visit = [&](const SoNode *node) {
+            if (node->isOfType(PartNode::getClassTypeId()))
+                inside = static_cast<const PartNode *>(node)->id();
+            else if (inside == id && node->isOfType(MeshShape::getClassTypeId()))
+                color = SoLazyElement::getDiffuse(action.getState(), 0);
+        };
+        using Visit = decltype(visit);
+        action.addPreCallback(
+            SoNode::getClassTypeId(),
+            [](void *data, SoCallbackAction *, const SoNode *node) {
+                (*static_cast<Visit *>(data))(node);
+                return SoCallbackAction::CONTINUE;
+            },
+            const_cast<void *>(static_cast<const void *>(&visit)));
+        action.apply(m_graph->root());
+        return color;
     }
 
     std::unique_ptr<Scene> m_scene;
