@@ -6,6 +6,8 @@
 #include "host/app/SceneView.h"
 #include "host/app/ViewActions.h"
 #include "host/app/ViewPane.h"
+#include "host/app/results/ResultsPane.h"
+#include "host/app/start/ImportCommands.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
@@ -15,7 +17,6 @@
 #include "host/view/SceneDisplay.h"
 #include "platform/tnController.h"
 #include "platform/tnLog.h"
-#include "platform/tnMessage.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QLocale>
@@ -27,7 +28,6 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
-#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QStatusBar>
@@ -38,19 +38,13 @@ namespace tnhost {
 namespace {
 
 constexpr QSize usualSize(1280, 800);
-constexpr int usualLogHeight = 130;
+constexpr int usualLogHeight = 190;
 constexpr int usualTreeWidth = 340;
 
 const QString geometryKey = QStringLiteral("mainWindow/geometry");
 const QString stateKey = QStringLiteral("mainWindow/state");
 const QString headerKey = QStringLiteral("mainWindow/sceneHeader");
-const QString folderKey = QStringLiteral("mainWindow/lastFolder");
-
-void send(const char *command, tnMessage &message)
-{
-    if (!tnController::callCB(command, message))
-        tnLog::error("No plug-in offers the command %s.", command);
-}
+const QString resultsKey = QStringLiteral("mainWindow/resultsHeader");
 
 QList<QUrl> localUrls(const QMimeData &data)
 {
@@ -85,6 +79,7 @@ void logRemarks(const JobResultPtr &job, std::size_t position)
 
 MainWindow::MainWindow(HostServices &services)
     : m_services(services)
+    , m_commands(new ImportCommands(services.fileService(), this))
 {
     setWindowTitle(QStringLiteral("tnhost"));
     setWindowIcon(HostIcons::icon(QStringLiteral("Application")));
@@ -100,6 +95,10 @@ MainWindow::MainWindow(HostServices &services)
     setCentralWidget(m_view);
     m_tree = new SceneView(services.scene());
     m_treeDock = addDock(QStringLiteral("scene"), tr("Scene"), m_tree, Qt::LeftDockWidgetArea);
+    m_results = new ResultsPane(services.fileService().log(), services.scene());
+    m_resultsDock = addDock(QStringLiteral("results"), tr("Import Results"), m_results,
+                            Qt::BottomDockWidgetArea);
+    tabifyDockWidget(m_logDock, m_resultsDock);
     m_assetDock = addDock(QStringLiteral("assets"), tr("Asset Manager"),
                           new AssetManager(services.scene()), Qt::RightDockWidgetArea);
     m_assetDock->hide();
@@ -117,6 +116,11 @@ MainWindow::MainWindow(HostServices &services)
     connect(&services.fileService(), &FileService::fileConversionFailed, this, logFailure);
     connect(&services.fileService(), &FileService::fileLoadingFailed, this, logFailure);
     connect(&services.fileService().log(), &ImportLog::fileEnded, this, &logRemarks);
+    connect(m_results, &ResultsPane::nodeRequested, m_tree, &SceneView::showNode);
+    connect(m_results, &ResultsPane::importRequested, m_commands, &ImportCommands::importAgain);
+    connect(m_commands, &ImportCommands::searchStarted, this,
+            [this] { statusBar()->showMessage(tr("Searching for files …")); });
+    connect(m_commands, &ImportCommands::searchEnded, statusBar(), &QStatusBar::clearMessage);
     m_tree->setFocus();
 
     tnController::setMainWindow(this);
@@ -136,7 +140,7 @@ void MainWindow::importFiles(const QStringList &paths)
     QList<QUrl> urls;
     for (const QString &path : paths)
         urls << QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
-    importUrls(urls);
+    m_commands->importUrls(urls);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -190,7 +194,8 @@ void MainWindow::dropEvent(QDropEvent *event)
     event->setDropAction(Qt::CopyAction);
     event->accept();
     // Where the files come from waits until this returns, and the search for them may take long.
-    QTimer::singleShot(0, this, [this, urls = localUrls(*event->mimeData())] { importUrls(urls); });
+    QTimer::singleShot(
+        0, this, [this, urls = localUrls(*event->mimeData())] { m_commands->importUrls(urls); });
 }
 
 QDockWidget *MainWindow::addDock(const QString &name, const QString &title, QWidget *content,
@@ -204,7 +209,7 @@ QDockWidget *MainWindow::addDock(const QString &name, const QString &title, QWid
 }
 
 QAction *MainWindow::addTool(const QString &name, const QString &icon, const QString &text,
-                             const QKeySequence &shortcut, void (MainWindow::*slot)())
+                             const QKeySequence &shortcut, const std::function<void()> &slot)
 {
     auto *action = new QAction(HostIcons::icon(icon), text, this);
     action->setObjectName(name);
@@ -215,13 +220,14 @@ QAction *MainWindow::addTool(const QString &name, const QString &icon, const QSt
 
 void MainWindow::createMenus()
 {
-    QAction *import = addTool(QStringLiteral("import"), QStringLiteral("FileOpen"),
-                              tr("&Import CAD…"), QKeySequence::Open, &MainWindow::onImport);
+    QAction *import =
+        addTool(QStringLiteral("import"), QStringLiteral("FileOpen"), tr("&Import CAD…"),
+                QKeySequence::Open, [this] { m_commands->chooseFiles(); });
     QAction *folder =
         addTool(QStringLiteral("importFolder"), QStringLiteral("FolderOpen"), tr("Import &Folder…"),
-                Qt::CTRL + Qt::SHIFT + Qt::Key_O, &MainWindow::onImportFolder);
+                Qt::CTRL + Qt::SHIFT + Qt::Key_O, [this] { m_commands->chooseFolder(this); });
     m_reload = addTool(QStringLiteral("reload"), QStringLiteral("FileReload"),
-                       tr("&Reload Selected"), QKeySequence::Refresh, &MainWindow::onReload);
+                       tr("&Reload Selected"), QKeySequence::Refresh, [this] { onReload(); });
     for (const auto signal : {&Scene::selectionChanged, &Scene::changed})
         connect(&m_services.scene(), signal, this, &MainWindow::updateReload);
     updateReload();
@@ -247,8 +253,8 @@ void MainWindow::createMenus()
     QMenu *view = menuBar()->addMenu(tr("&View"));
     view->addActions((new ViewActions(m_view->display(), this))->all());
     view->addSeparator();
-    view->addActions({m_treeDock->toggleViewAction(), m_logDock->toggleViewAction(), assets,
-                      bar->toggleViewAction()});
+    view->addActions({m_treeDock->toggleViewAction(), m_resultsDock->toggleViewAction(),
+                      m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
 }
 
 void MainWindow::addClearing(QMenu &menu)
@@ -304,6 +310,7 @@ void MainWindow::restoreSettings()
         move(available.topLeft());
     restoreState(settings.value(stateKey).toByteArray());
     m_tree->setColumnWidths(settings.value(headerKey).toList());
+    m_results->restoreHeader(settings.value(resultsKey).toByteArray());
 }
 
 void MainWindow::saveSettings() const
@@ -312,34 +319,7 @@ void MainWindow::saveSettings() const
     settings.setValue(geometryKey, saveGeometry());
     settings.setValue(stateKey, saveState());
     settings.setValue(headerKey, m_tree->columnWidths());
-}
-
-void MainWindow::importUrls(const QList<QUrl> &urls)
-{
-    if (urls.isEmpty())
-        return;
-    statusBar()->showMessage(tr("Searching for files …"));
-    tnMessage message;
-    message.set("urls", urls, true);
-    send("importCAD", message);
-    statusBar()->clearMessage();
-}
-
-void MainWindow::onImport()
-{
-    // Without files the plug-in asks for them.
-    tnMessage message;
-    send("importCAD", message);
-}
-
-void MainWindow::onImportFolder()
-{
-    const QString folder = QFileDialog::getExistingDirectory(
-        this, tr("Import Folder"), QSettings().value(folderKey).toString());
-    if (folder.isEmpty())
-        return;
-    QSettings().setValue(folderKey, folder);
-    importUrls({QUrl::fromLocalFile(folder)});
+    settings.setValue(resultsKey, m_results->headerState());
 }
 
 void MainWindow::onReload()
@@ -351,11 +331,7 @@ void MainWindow::onReload()
         places.insert(files.constLast(), node);
     }
     files.removeDuplicates();
-    tnMessage message;
-    message.set("files", files, true);
-    message.set("parent", static_cast<int>(m_services.fileService().preparePlaces(places).id()),
-                true);
-    send("reloadCAD", message);
+    m_commands->importAgain(files, places);
 }
 
 void MainWindow::updateReload()

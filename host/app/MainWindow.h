@@ -1,21 +1,22 @@
 #pragma once
 
-#include <QtCore/QList>
 #include <QtCore/QPointer>
-#include <QtCore/QUrl>
 #include <QtWidgets/QMainWindow>
 
+#include <functional>
+
 class QMessageBox;
-class tnMessage;
 
 namespace tnhost {
 
 class HostServices;
+class ImportCommands;
+class ResultsPane;
 class SceneView;
 class ViewPane;
 
-/// The host's window: the view of the scene, its tree, log, asset manager. The services must
-/// outlive it. While an import runs it asks before it closes.
+/// The host's window: the view of the scene, its tree, import results, log, asset manager. The
+/// services must outlive it. While an import runs it asks before it closes.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -35,7 +36,7 @@ private:
     QDockWidget *addDock(const QString &name, const QString &title, QWidget *content,
                          Qt::DockWidgetArea area);
     QAction *addTool(const QString &name, const QString &icon, const QString &text,
-                     const QKeySequence &shortcut, void (MainWindow::*slot)());
+                     const QKeySequence &shortcut, const std::function<void()> &slot);
     void createMenus();
     void addClearing(QMenu &menu);
     void createStatusBar();
@@ -44,17 +45,17 @@ private:
 
     /// Asks whether the running imports may end, and closes the window if so.
     void askToQuit();
-    void importUrls(const QList<QUrl> &urls);
-    void onImport();
-    void onImportFolder();
     void onReload();
     void updateReload();
     void onAssetManagerRequested(bool show);
 
     HostServices &m_services;
+    ImportCommands *m_commands; ///< owned as QObject child
     ViewPane *m_view = nullptr;
     SceneView *m_tree = nullptr;
     QDockWidget *m_treeDock = nullptr;
+    ResultsPane *m_results = nullptr;
+    QDockWidget *m_resultsDock = nullptr;
     QDockWidget *m_logDock = nullptr;
     QDockWidget *m_assetDock = nullptr;
     QAction *m_reload = nullptr;

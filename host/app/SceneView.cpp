@@ -66,6 +66,12 @@ std::vector<tndNode> SceneView::selectedFileNodes() const
     return result;
 }
 
+void SceneView::showNode(const tndNode &node)
+{
+    m_scene.setSelection({node});
+    scrollTo(m_model->indexOf(node));
+}
+
 QVariantList SceneView::columnWidths() const
 {
     QVariantList widths;

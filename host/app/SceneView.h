@@ -25,6 +25,9 @@ public:
     /// tree.
     std::vector<tndNode> selectedFileNodes() const;
 
+    /// Selects the node and scrolls to it.
+    void showNode(const tndNode &node);
+
     /// Of all columns but the first, which takes what remains.
     QVariantList columnWidths() const;
     /// A list that does not fit changes nothing, and neither does a width that makes no sense.

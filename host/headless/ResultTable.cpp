@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 namespace tnhost {
 
@@ -14,13 +15,9 @@ namespace {
 using Row = std::array<QString, 5>;
 constexpr std::size_t secondsColumn = 3;
 
-/// In the order of FileResult::State.
-constexpr std::array<const char *, 6> stateNames{"Pending", "Running",    "Succeeded",
-                                                 "Failed",  "Incomplete", "Aborted"};
-
-QString stateName(std::size_t state)
+QString stateName(FileResult::State state)
 {
-    return QString::fromLatin1(stateNames.at(state));
+    return QString::fromLatin1(FileResult::word(state));
 }
 
 QString shortPath(const QString &path, const QString &directory)
@@ -31,8 +28,8 @@ QString shortPath(const QString &path, const QString &directory)
 Row rowOf(const FileResult &result, const QString &directory)
 {
     return {shortPath(result.path, directory), FileTypeProbe::displayName(result.type),
-            stateName(static_cast<std::size_t>(result.state)),
-            QString::number(result.seconds, 'f', 2), result.message.simplified()};
+            stateName(result.state), QString::number(result.seconds, 'f', 2),
+            result.message.simplified()};
 }
 
 QStringList warningsOf(const FileResult &result)
@@ -82,15 +79,15 @@ QStringList ResultTable::lines(const std::vector<FileResult> &results)
 
 QString ResultTable::summary(const std::vector<FileResult> &results)
 {
-    std::array<int, stateNames.size()> counts{};
+    std::map<FileResult::State, int> counts;
     for (const FileResult &result : results)
-        ++counts.at(static_cast<std::size_t>(result.state));
+        ++counts[result.state];
     QString text = QStringLiteral("%1 of %2 files succeeded")
-                       .arg(counts[static_cast<std::size_t>(FileResult::State::Succeeded)])
+                       .arg(counts[FileResult::State::Succeeded])
                        .arg(results.size());
-    for (std::size_t state = 0; state < counts.size(); ++state) {
-        if (counts[state] > 0 && state != static_cast<std::size_t>(FileResult::State::Succeeded))
-            text += QStringLiteral(", %1 %2").arg(counts[state]).arg(stateName(state).toLower());
+    for (const auto &[state, count] : counts) {
+        if (state != FileResult::State::Succeeded)
+            text += QStringLiteral(", %1 %2").arg(count).arg(stateName(state).toLower());
     }
     return text;
 }

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 namespace tnhost {
 
@@ -36,6 +37,17 @@ QString percentage(unsigned int percent, const QString &message)
 bool isOutput(JobState state)
 {
     return state == JobState::Success || state == JobState::Incomplete;
+}
+
+std::size_t triangleCount(const SceneFragment &fragment)
+{
+    return std::accumulate(
+        fragment.nodes.begin(), fragment.nodes.end(), std::size_t{0},
+        [&fragment](std::size_t sum, const SceneFragment::Node &node) {
+            return node.mesh < 0
+                ? sum
+                : sum + fragment.meshes[static_cast<std::size_t>(node.mesh)]->triangles;
+        });
 }
 
 } // namespace
@@ -285,6 +297,7 @@ void FileImport::onFragmentRead(const std::shared_ptr<const SceneFragment> &frag
         return;
     }
     m_result.node = node;
+    m_result.triangles = triangleCount(*fragment);
     step(QStringLiteral("loaded, node %1").arg(node.id()));
     emit m_job.service().fileAddedToScene(m_job.id(), m_path, node);
     endLoad(m_conversionState, QString(), true);

@@ -17,6 +17,9 @@ struct FileResult {
     /// The state of what has ended so; a value out of range counts as a failure.
     static State stateOf(tnCADFileTypes::JobState state);
 
+    /// In English, one word, whatever the locale.
+    static const char *word(State state);
+
     bool isOpen() const { return state == State::Pending || state == State::Running; }
 
     QString path; ///< as the file service's signals name it
@@ -28,6 +31,7 @@ struct FileResult {
     QStringList warnings; ///< what was left out or repaired
     std::vector<FileResult> parts; ///< of an assembly, in the order in which they turned up
     tndNode node; ///< null unless it has been loaded by itself
+    std::size_t triangles = 0; ///< of what was loaded, each instance counted
     QString output; ///< the converted file; empty when there is none, or it was not to stay
 };
 
