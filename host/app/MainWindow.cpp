@@ -1,13 +1,13 @@
 #include "host/app/MainWindow.h"
 
 #include "host/app/AssetManager.h"
-#include "host/app/ImportStatus.h"
 #include "host/app/LogPane.h"
 #include "host/app/SceneView.h"
 #include "host/app/ViewActions.h"
 #include "host/app/ViewPane.h"
 #include "host/app/results/ResultsPane.h"
 #include "host/app/start/ImportCommands.h"
+#include "host/app/status/StatusBar.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 #include "host/services/ControllerService.h"
@@ -19,7 +19,6 @@
 #include "platform/tnLog.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QLocale>
 #include <QtCore/QMimeData>
 #include <QtCore/QSettings>
 #include <QtCore/QTimer>
@@ -30,7 +29,6 @@
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
-#include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
 
 namespace tnhost {
@@ -118,9 +116,6 @@ MainWindow::MainWindow(HostServices &services)
     connect(&services.fileService().log(), &ImportLog::fileEnded, this, &logRemarks);
     connect(m_results, &ResultsPane::nodeRequested, m_tree, &SceneView::showNode);
     connect(m_results, &ResultsPane::importRequested, m_commands, &ImportCommands::importAgain);
-    connect(m_commands, &ImportCommands::searchStarted, this,
-            [this] { statusBar()->showMessage(tr("Searching for files …")); });
-    connect(m_commands, &ImportCommands::searchEnded, statusBar(), &QStatusBar::clearMessage);
     m_tree->setFocus();
 
     tnController::setMainWindow(this);
@@ -270,24 +265,12 @@ void MainWindow::addClearing(QMenu &menu)
 
 void MainWindow::createStatusBar()
 {
-    statusBar()->addWidget(new ImportStatus(m_services.fileService().log()), 1);
-    auto *totals = new QLabel;
-    statusBar()->addPermanentWidget(totals);
-    // Counting walks the scene, and during an import it changes often.
-    auto *delay = new QTimer(this);
-    delay->setSingleShot(true);
-    connect(&m_services.scene(), &Scene::changed, delay, [delay] {
-        if (!delay->isActive())
-            delay->start(100);
+    auto *bar = new StatusBar(m_services.fileService(), *m_commands, m_services.scene());
+    setStatusBar(bar);
+    connect(bar, &StatusBar::resultsRequested, this, [this] {
+        m_resultsDock->show();
+        m_resultsDock->raise();
     });
-    connect(delay, &QTimer::timeout, totals, [totals, &scene = m_services.scene()] {
-        const auto text = [](std::size_t count) {
-            return QLocale().toString(static_cast<qulonglong>(count));
-        };
-        totals->setText(tr("Nodes: %1   Triangles: %2")
-                            .arg(text(scene.nodeCount()), text(scene.triangleCount(scene.root()))));
-    });
-    delay->start(0);
 }
 
 void MainWindow::restoreSettings()

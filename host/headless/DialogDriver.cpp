@@ -1,5 +1,7 @@
 #include "host/headless/DialogDriver.h"
 
+#include "host/services/PluginDialog.h"
+
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QDialog>
@@ -11,7 +13,6 @@ namespace tnhost {
 
 namespace {
 
-constexpr const char *dialogName = "tnImportDialog";
 constexpr const char *modeBox = "_cbMode";
 constexpr const char *outputField = "_output_dir";
 constexpr const char *processesBox = "_max_procs";
@@ -28,10 +29,10 @@ Widget *DialogDriver::widget(const char *name) const
 
 bool DialogDriver::find(QString *problem)
 {
-    m_dialog = dialog();
+    m_dialog = PluginDialog::find();
     if (!m_dialog) {
         *problem = QStringLiteral("the plug-in has no dialog of the name %1")
-                       .arg(QLatin1String(dialogName));
+                       .arg(QLatin1String(PluginDialog::name));
         return false;
     }
     const auto *mode = widget<QComboBox>(modeBox);
@@ -49,15 +50,6 @@ bool DialogDriver::find(QString *problem)
         return false;
     }
     return true;
-}
-
-QDialog *DialogDriver::dialog()
-{
-    for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == QLatin1String(dialogName))
-            return qobject_cast<QDialog *>(window);
-    }
-    return nullptr;
 }
 
 bool DialogDriver::isVisible() const

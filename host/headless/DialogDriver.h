@@ -29,7 +29,6 @@ public:
     void pressClose();
 
 private:
-    static QDialog *dialog();
     template <typename Widget>
     Widget *widget(const char *name) const;
 

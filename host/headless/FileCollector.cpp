@@ -1,99 +1,31 @@
 #include "host/headless/FileCollector.h"
 
+#include "host/import/FolderWalk.h"
 #include "platform/tnFileIOService.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
-
-#include <filesystem>
 
 namespace tnhost {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-/// Looks through folders by the names' bytes: Qt passes over names that are no UTF-8, and over
-/// folders that cannot be read, and does not say so.
-class Walk {
-public:
-    explicit Walk(tnFileIOService &service)
-        : m_service(service)
-    {
+QString sentence(const FolderWalk::Omissions &omissions)
+{
+    const std::pair<int, const char *> counts[] = {
+        {omissions.unnamedFiles, "files with names that are no UTF-8"},
+        {omissions.unnamedFolders, "folders with names that are no UTF-8"},
+        {omissions.closedFolders, "folders that cannot be read"},
+    };
+    QStringList parts;
+    for (const auto &[count, what] : counts) {
+        if (count > 0)
+            parts << QStringLiteral("%1 (%2)").arg(QLatin1String(what), QString::number(count));
     }
-
-    /// The files in a folder, sorted.
-    QStringList filesIn(const QString &folder)
-    {
-        m_files.clear();
-        enter(folder, true);
-        m_files.sort();
-        return m_files;
-    }
-
-    QString omissions() const
-    {
-        const std::pair<int, const char *> counts[] = {
-            {m_unnamedFiles, "files with names that are no UTF-8"},
-            {m_unnamedFolders, "folders with names that are no UTF-8"},
-            {m_closedFolders, "folders that cannot be read"},
-        };
-        QStringList parts;
-        for (const auto &[count, what] : counts) {
-            if (count > 0)
-                parts << QStringLiteral("%1 (%2)").arg(QLatin1String(what), QString::number(count));
-        }
-        return parts.isEmpty()
-            ? QString()
-            : QStringLiteral("Left out: %1.").arg(parts.join(QLatin1String(", ")));
-    }
-
-private:
-    void enter(const QString &folder, bool withSubfolders)
-    {
-        std::error_code error;
-        fs::directory_iterator entries(QFile::encodeName(folder).toStdString(), error);
-        while (!error && entries != fs::directory_iterator()) {
-            visit(folder, *entries, withSubfolders);
-            entries.increment(error);
-        }
-        m_closedFolders += error ? 1 : 0;
-    }
-
-    void visit(const QString &folder, const fs::directory_entry &entry, bool withSubfolders)
-    {
-        const std::string bytes = entry.path().filename().native();
-        if (bytes.front() == '.')
-            return;
-        const QString name = QString::fromStdString(bytes);
-        const bool isNamed = name.toStdString() == bytes;
-        const QString path = QDir(folder).filePath(name);
-        std::error_code error; // of what is gone by now, or leads nowhere: neither file nor folder
-        if (entry.is_directory(error)) {
-            if (!withSubfolders)
-                return;
-            if (isNamed)
-                // The dialog as well searches a linked folder, but none below it, which may be a
-                // ring.
-                enter(path, !entry.is_symlink(error));
-            else
-                ++m_unnamedFolders;
-        } else if (entry.is_regular_file(error) && m_service.isFileSupported(path)) {
-            if (isNamed)
-                m_files << path;
-            else
-                ++m_unnamedFiles;
-        }
-    }
-
-    tnFileIOService &m_service;
-    QStringList m_files;
-    int m_unnamedFiles = 0;
-    int m_unnamedFolders = 0;
-    int m_closedFolders = 0;
-};
+    return parts.isEmpty() ? QString()
+                           : QStringLiteral("Left out: %1.").arg(parts.join(QLatin1String(", ")));
+}
 
 QString problemOf(const QFileInfo &file, tnFileIOService &service)
 {
@@ -115,7 +47,7 @@ QString problemOf(const QFileInfo &file, tnFileIOService &service)
 FileCollector::Result FileCollector::collect(const QStringList &arguments, tnFileIOService &service)
 {
     Result result;
-    Walk walk(service);
+    FolderWalk walk([&service](const QString &path) { return service.isFileSupported(path); });
     QSet<QString> known;
     const auto add = [&](const QString &path) {
         const int before = known.size();
@@ -131,7 +63,7 @@ FileCollector::Result FileCollector::collect(const QStringList &arguments, tnFil
         for (const QString &file : inside)
             add(file);
     }
-    result.omissions = walk.omissions();
+    result.omissions = sentence(walk.omissions());
     return result;
 }
 

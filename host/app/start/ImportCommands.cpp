@@ -26,17 +26,21 @@ ImportCommands::ImportCommands(FileService &service, QObject *parent)
     : QObject(parent)
     , m_service(service)
 {
+    connect(&m_search, &FileSearch::entered, this, &ImportCommands::searchEntered);
+    connect(&m_search, &FileSearch::finished, this,
+            [this](const QStringList &files, const QString &omissions) {
+                emit searchEnded(omissions);
+                if (!omissions.isEmpty())
+                    tnLog::info("%s.", qUtf8Printable(omissions));
+                if (!files.isEmpty())
+                    importFiles(files);
+            });
 }
 
 void ImportCommands::importUrls(const QList<QUrl> &urls)
 {
-    if (urls.isEmpty())
-        return;
-    emit searchStarted();
-    tnMessage message;
-    message.set("urls", urls, true);
-    send("importCAD", message);
-    emit searchEnded();
+    if (!urls.isEmpty())
+        m_search.start(urls);
 }
 
 void ImportCommands::chooseFiles()
@@ -59,15 +63,21 @@ void ImportCommands::chooseFolder(QWidget *window)
 void ImportCommands::importAgain(const QStringList &files,
                                  const QMultiHash<QString, tndNode> &places)
 {
-    tnMessage message;
     if (places.isEmpty()) {
-        message.set("files", std::vector<QString>(files.begin(), files.end()), true);
-        send("importCAD", message);
+        importFiles(files);
         return;
     }
+    tnMessage message;
     message.set("files", files, true);
     message.set("parent", static_cast<int>(m_service.preparePlaces(places).id()), true);
     send("reloadCAD", message);
+}
+
+void ImportCommands::importFiles(const QStringList &files)
+{
+    tnMessage message;
+    message.set("files", std::vector<QString>(files.begin(), files.end()), true);
+    send("importCAD", message);
 }
 
 } // namespace tnhost

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "host/app/start/FileSearch.h"
 #include "platform/tndNode.h"
 
 #include <QtCore/QList>
 #include <QtCore/QMultiHash>
-#include <QtCore/QObject>
-#include <QtCore/QUrl>
 
 class QWidget;
 
@@ -22,8 +21,11 @@ public:
     /// The service must outlive the object.
     explicit ImportCommands(FileService &service, QObject *parent = nullptr);
 
-    /// Files and folders; nothing happens with an empty list.
+    /// Looks for files among these files and folders, and imports what it finds; nothing happens
+    /// with an empty list.
     void importUrls(const QList<QUrl> &urls);
+    /// Ends the searches and imports what they have found.
+    void stopSearch() { m_search.stop(); }
     /// Has the user choose files.
     void chooseFiles();
     /// Has the user choose a folder, in a dialog above the window.
@@ -32,11 +34,16 @@ public:
     void importAgain(const QStringList &files, const QMultiHash<QString, tndNode> &places);
 
 signals:
-    void searchStarted();
-    void searchEnded();
+    /// The search for files has come to a folder.
+    void searchEntered(const QString &folder);
+    /// A search is over; a sentence says what of the files and folders is left out, if anything.
+    void searchEnded(const QString &omissions);
 
 private:
+    void importFiles(const QStringList &files);
+
     FileService &m_service;
+    FileSearch m_search;
 };
 
 } // namespace tnhost

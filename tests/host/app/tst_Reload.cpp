@@ -67,6 +67,7 @@ void tst_Reload::replacesUntilAnotherListBegins()
     const auto close = [this] {
         m_dialog.pressClose();
         m_window->importFiles({m_file});
+        QTRY_VERIFY(m_dialog.isVisible()); // once the files are looked through
     };
     const struct {
         const char *meanwhile;
