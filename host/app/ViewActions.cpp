@@ -3,6 +3,8 @@
 #include "host/view/SceneDisplay.h"
 
 #include <QtWidgets/QAction>
+#include <QtWidgets/QActionGroup>
+#include <QtWidgets/QMenu>
 
 namespace tnhost {
 
@@ -10,24 +12,91 @@ ViewActions::ViewActions(SceneDisplay *display, QObject *parent)
     : QObject(parent)
     , m_display(display)
 {
+    addFitting();
+    addDirections();
+    addStyles();
+}
+
+void ViewActions::addTo(QMenu &menu) const
+{
+    menu.addActions(m_all);
+}
+
+QAction *ViewActions::add(const char *name, const QString &text, const QKeySequence &shortcut)
+{
+    auto *action = new QAction(text, this);
+    action->setObjectName(QLatin1String(name));
+    action->setShortcut(shortcut);
+    action->setEnabled(m_display);
+    m_all << action;
+    return action;
+}
+
+void ViewActions::addSeparator()
+{
+    auto *separator = new QAction(this);
+    separator->setSeparator(true);
+    m_all << separator;
+}
+
+void ViewActions::addFitting()
+{
+    connect(add("fitAll", tr("Fit &All"), Qt::Key_F), &QAction::triggered, this,
+            [this] { m_display->fitAll(); });
+    connect(add("fitSelection", tr("Fit &Selection"), Qt::SHIFT + Qt::Key_F), &QAction::triggered,
+            this, [this] { m_display->fitSelection(); });
+    addSeparator();
+}
+
+void ViewActions::addDirections()
+{
     const struct {
         const char *name;
         QString text;
-        QKeySequence shortcut;
-        void (SceneDisplay::*call)();
-    } commands[] = {
-        {"fitAll", tr("Fit &All"), Qt::Key_F, &SceneDisplay::fitAll},
-        {"fitSelection", tr("Fit &Selection"), Qt::SHIFT + Qt::Key_F, &SceneDisplay::fitSelection},
+        Direction direction;
+    } directions[] = {
+        {"front", tr("&Front"), Direction::Front},
+        {"back", tr("&Back"), Direction::Back},
+        {"left", tr("&Left"), Direction::Left},
+        {"right", tr("&Right"), Direction::Right},
+        {"top", tr("&Top"), Direction::Top},
+        {"bottom", tr("B&ottom"), Direction::Bottom},
+        {"isometric", tr("&Isometric"), Direction::Isometric},
     };
-    for (const auto &command : commands) {
-        auto *action = new QAction(command.text, this);
-        action->setObjectName(QLatin1String(command.name));
-        action->setShortcut(command.shortcut);
-        action->setEnabled(m_display);
-        connect(action, &QAction::triggered, this,
-                [this, call = command.call] { (m_display->*call)(); });
-        m_all << action;
+    int key = Qt::Key_1;
+    for (const auto &each : directions) {
+        connect(add(each.name, each.text, Qt::ALT + key++), &QAction::triggered, this,
+                [this, direction = each.direction] { m_display->look(direction); });
     }
+    QAction *orthographic = add("orthographic", tr("Or&thographic"), Qt::Key_O);
+    orthographic->setCheckable(true);
+    connect(orthographic, &QAction::toggled, this,
+            [this](bool isChecked) { m_display->setOrthographic(isChecked); });
+    addSeparator();
+}
+
+void ViewActions::addStyles()
+{
+    const struct {
+        const char *name;
+        QString text;
+        DrawStyle style;
+    } styles[] = {
+        {"shaded", tr("S&haded"), DrawStyle::Shaded},
+        {"shadedWithEdges", tr("Shaded with &Edges"), DrawStyle::ShadedWithEdges},
+        {"wireframe", tr("&Wireframe"), DrawStyle::Wireframe},
+    };
+    auto *group = new QActionGroup(this);
+    for (const auto &each : styles) {
+        QAction *action = add(each.name, each.text, {});
+        action->setCheckable(true);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this,
+                [this, style = each.style] { m_display->setDrawStyle(style); });
+    }
+    addSeparator();
+    if (m_display)
+        group->actions().at(1)->trigger();
 }
 
 } // namespace tnhost

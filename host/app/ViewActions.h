@@ -4,12 +4,14 @@
 #include <QtCore/QObject>
 
 class QAction;
+class QKeySequence;
+class QMenu;
 
 namespace tnhost {
 
 class SceneDisplay;
 
-/// What can be done with the view, for menu and tool bar.
+/// What can be done with the view, for a menu.
 class ViewActions : public QObject {
     Q_OBJECT
 
@@ -17,11 +19,17 @@ public:
     /// Without a display all actions are disabled. It must outlive the actions.
     ViewActions(SceneDisplay *display, QObject *parent);
 
-    const QList<QAction *> &all() const { return m_all; }
+    void addTo(QMenu &menu) const;
 
 private:
+    QAction *add(const char *name, const QString &text, const QKeySequence &shortcut);
+    void addFitting();
+    void addDirections();
+    void addStyles();
+    void addSeparator();
+
     SceneDisplay *const m_display;
-    QList<QAction *> m_all;
+    QList<QAction *> m_all; ///< separators included
 };
 
 } // namespace tnhost

@@ -21,6 +21,16 @@ float halfTangent()
 
 } // namespace
 
+void Camera::look(Direction direction)
+{
+    const struct {
+        float yaw;
+        float pitch;
+    } angles[] = {{0, 0}, {180, 0}, {-90, 0}, {90, 0}, {0, 90}, {0, -90}, {45, 35.264F}};
+    m_yaw = angles[static_cast<int>(direction)].yaw;
+    m_pitch = angles[static_cast<int>(direction)].pitch;
+}
+
 void Camera::orbit(float yaw, float pitch, const QVector3D &pivot)
 {
     const QQuaternion before = orientation();
@@ -54,7 +64,8 @@ void Camera::fit(const BoundingBox &box, const QSizeF &size)
                               corner & 4 ? box.max.z() : box.min.z());
         const QVector3D seen = toView.rotatedVector(point - box.center());
         const float half = std::max(std::abs(seen.x()) / aspect, std::abs(seen.y()));
-        distance = std::max(distance, room * half / halfTangent() + seen.z());
+        const float nearer = m_isOrthographic ? 0 : seen.z();
+        distance = std::max(distance, room * half / halfTangent() + nearer);
     }
     m_focus = box.center();
     m_distance = std::min(distance, mostDistance);
@@ -94,7 +105,8 @@ float Camera::depthOf(const QVector3D &point) const
 
 float Camera::heightAt(const QVector3D &point) const
 {
-    return 2 * std::max(depthOf(point), leastDistance) * halfTangent();
+    return m_isOrthographic ? height()
+                            : 2 * std::max(depthOf(point), leastDistance) * halfTangent();
 }
 
 QPointF Camera::project(const QVector3D &point, const QSizeF &size) const
@@ -117,7 +129,7 @@ QVector3D Camera::unproject(const QPointF &place, const QSizeF &size, const QVec
 void Camera::setFocusDepth(const QVector3D &point)
 {
     const float depth = depthOf(point);
-    if (depth < leastDistance)
+    if (depth < leastDistance || m_isOrthographic)
         return;
     m_focus = position() + forward() * depth;
     m_distance = depth;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/scene/BoundingBox.h"
+#include "host/view/SceneDisplay.h"
 
 #include <QtCore/QPointF>
 #include <QtCore/QSizeF>
@@ -14,6 +15,11 @@ namespace tnhost {
 /// corner in units of its size.
 class Camera {
 public:
+    /// Turns about what is looked at.
+    void look(Direction direction);
+    /// Whether what is farther away is no smaller. What is looked at keeps its size.
+    void setOrthographic(bool isOrthographic) { m_isOrthographic = isOrthographic; }
+    bool isOrthographic() const { return m_isOrthographic; }
     /// Turns the view: to the right and to below by so much, about a point that stays in its place
     /// of the picture.
     void orbit(float yaw, float pitch, const QVector3D &pivot);
@@ -41,7 +47,8 @@ public:
     /// The point at that place of the picture, as deep as the other one.
     QVector3D unproject(const QPointF &place, const QSizeF &size, const QVector3D &deep) const;
     const QVector3D &focus() const { return m_focus; }
-    /// Makes the distance that of the point, while the picture stays as it is.
+    /// Makes the distance that of the point, while the picture stays as it is; nothing where that
+    /// cannot be.
     void setFocusDepth(const QVector3D &point);
 
 private:
@@ -50,6 +57,7 @@ private:
 
     float m_yaw = 45;
     float m_pitch = 35.264F;
+    bool m_isOrthographic = false;
     float m_distance = 1000;
     QVector3D m_focus;
 };

@@ -38,6 +38,13 @@ GpuMesh::GpuMesh(const ScenePrimitive &primitive)
     m_indices = makeBuffer(GL_ELEMENT_ARRAY_BUFFER, primitive.indices);
 }
 
+GpuMesh::GpuMesh(const std::vector<QVector3D> &lines)
+    : m_positions(makeBuffer(GL_ARRAY_BUFFER, lines))
+    , m_kind(GL_LINES)
+    , m_count(static_cast<int>(lines.size()))
+{
+}
+
 void GpuMesh::uploadFlat(const ScenePrimitive &primitive)
 {
     std::vector<QVector3D> positions;

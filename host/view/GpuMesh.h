@@ -1,17 +1,22 @@
 #pragma once
 
+#include <QtGui/QVector3D>
+
 #include <cstdint>
+#include <vector>
 
 namespace tnhost {
 
 struct ScenePrimitive;
 
-/// The copy of a primitive that the graphics memory holds. All calls need the OpenGL context of the
-/// first one.
+/// The copy of a primitive or of lines that the graphics memory holds. All calls need the OpenGL
+/// context of the first one.
 class GpuMesh {
 public:
     /// Copies the primitive. Triangles without normals get flat ones.
     explicit GpuMesh(const ScenePrimitive &primitive);
+    /// Lines between each two of the points.
+    explicit GpuMesh(const std::vector<QVector3D> &lines);
     ~GpuMesh();
     GpuMesh(const GpuMesh &) = delete;
     GpuMesh &operator=(const GpuMesh &) = delete;

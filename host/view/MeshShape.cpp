@@ -21,6 +21,8 @@ SO_NODE_ABSTRACT_SOURCE(MeshShape)
 
 namespace {
 
+constexpr GLfloat edgeColor[] = {0.1F, 0.1F, 0.12F};
+
 SbVec3f vec(const QVector3D &vector)
 {
     return {vector.x(), vector.y(), vector.z()};
@@ -42,7 +44,22 @@ MeshShape::MeshShape(std::shared_ptr<const SceneMesh> mesh, const ScenePrimitive
 
 MeshShape::~MeshShape()
 {
-    releaseGpuMesh();
+    release(m_gpuMesh);
+    release(m_gpuEdges);
+}
+
+void MeshShape::setEdges(std::vector<QVector3D> edges)
+{
+    m_edges = std::move(edges);
+    m_hasEdges = true;
+    release(m_gpuEdges);
+    touch();
+}
+
+void MeshShape::showEdges(bool areShown)
+{
+    m_areEdgesShown = areShown;
+    touch();
 }
 
 void MeshShape::GLRender(SoGLRenderAction *action)
@@ -50,7 +67,7 @@ void MeshShape::GLRender(SoGLRenderAction *action)
     if (m_primitive.indices.empty() || !shouldGLRender(action))
         return;
     SoState *state = action->getState();
-    const GpuMesh &mesh = gpuMesh(static_cast<std::uint32_t>(SoGLCacheContextElement::get(state)));
+    prepare(static_cast<std::uint32_t>(SoGLCacheContextElement::get(state)));
     state->push();
     if (m_primitive.kind == ScenePrimitive::Kind::Lines)
         SoLazyElement::setLightModel(state, SoLazyElement::BASE_COLOR);
@@ -59,31 +76,45 @@ void MeshShape::GLRender(SoGLRenderAction *action)
     const bool isMirrored = SoModelMatrixElement::get(state).det3() < 0;
     if (isMirrored)
         glFrontFace(GL_CW);
-    mesh.draw();
+    m_gpuMesh->draw();
     if (isMirrored)
         glFrontFace(GL_CCW);
+    if (m_gpuEdges && m_areEdgesShown)
+        drawEdges();
     state->pop();
 }
 
-const GpuMesh &MeshShape::gpuMesh(std::uint32_t context)
+void MeshShape::prepare(std::uint32_t context)
 {
-    if (m_context != context)
-        releaseGpuMesh();
-    if (!m_gpuMesh) {
-        m_gpuMesh = std::make_unique<GpuMesh>(m_primitive);
-        m_context = context;
+    if (m_context != context) {
+        release(m_gpuMesh);
+        release(m_gpuEdges);
     }
-    return *m_gpuMesh;
+    m_context = context;
+    if (!m_gpuMesh)
+        m_gpuMesh = std::make_unique<GpuMesh>(m_primitive);
+    if (!m_gpuEdges && m_areEdgesShown && !m_edges.empty())
+        m_gpuEdges = std::make_unique<GpuMesh>(m_edges);
 }
 
-void MeshShape::releaseGpuMesh()
+void MeshShape::release(std::unique_ptr<GpuMesh> &mesh) const
 {
-    if (!m_gpuMesh)
+    if (!mesh)
         return;
     // Its context need not be the current one; the next picture that is drawn there does it.
     SoGLCacheContextElement::scheduleDeleteCallback(
-        m_context, [](void *mesh, std::uint32_t) { delete static_cast<GpuMesh *>(mesh); },
-        m_gpuMesh.release());
+        m_context, [](void *old, std::uint32_t) { delete static_cast<GpuMesh *>(old); },
+        mesh.release());
+}
+
+void MeshShape::drawEdges() const
+{
+    // What the library believes to be set is so again afterwards.
+    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT);
+    glDisable(GL_LIGHTING);
+    glColor3fv(edgeColor);
+    m_gpuEdges->draw();
+    glPopAttrib();
 }
 
 template <typename Visit>

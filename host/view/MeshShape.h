@@ -25,6 +25,11 @@ public:
 
     const ScenePrimitive &primitive() const { return m_primitive; }
 
+    /// Lines between each two of the points, which are drawn as well when they are shown.
+    void setEdges(std::vector<QVector3D> edges);
+    bool hasEdges() const { return m_hasEdges; }
+    void showEdges(bool areShown);
+
 protected:
     ~MeshShape() override;
 
@@ -34,15 +39,21 @@ protected:
     void computeBBox(SoAction *action, SbBox3f &box, SbVec3f &center) override;
 
 private:
-    const GpuMesh &gpuMesh(std::uint32_t context);
-    void releaseGpuMesh();
+    /// Makes what is missing of the copies in the graphics memory of the context.
+    void prepare(std::uint32_t context);
+    void release(std::unique_ptr<GpuMesh> &mesh) const;
+    void drawEdges() const;
     template <typename Visit>
     void forEachTriangle(const Visit &visit) const;
 
     const std::shared_ptr<const SceneMesh> m_mesh; ///< owns the primitive
     const ScenePrimitive &m_primitive;
+    std::vector<QVector3D> m_edges;
+    bool m_hasEdges = false;
+    bool m_areEdgesShown = false;
     std::unique_ptr<GpuMesh> m_gpuMesh;
-    std::uint32_t m_context = 0; ///< where that lies
+    std::unique_ptr<GpuMesh> m_gpuEdges;
+    std::uint32_t m_context = 0; ///< where these lie
 };
 
 } // namespace tnhost

@@ -81,7 +81,10 @@ void Renderer::init()
 Renderer::Renderer(SoNode *parts)
     : m_root(new SoSeparator)
     , m_parts(parts)
-    , m_camera(new SoPerspectiveCamera)
+    , m_perspective(new SoPerspectiveCamera)
+    , m_orthographic(new SoOrthographicCamera)
+    , m_cameras(new SoSwitch)
+    , m_style(new SoDrawStyle)
     , m_action(SbViewportRegion())
 {
     m_root->renderCaching = SoSeparator::OFF;
@@ -91,8 +94,13 @@ Renderer::Renderer(SoNode *parts)
     m_root->addChild(environment);
     m_root->addChild(makeLight({0.25F, -0.35F, -1}, 0.8F));
     m_root->addChild(makeLight({-0.8F, 0.5F, -0.6F}, 0.3F));
-    m_camera->viewportMapping = SoCamera::LEAVE_ALONE;
-    m_root->addChild(m_camera);
+    for (SoCamera *camera :
+         {static_cast<SoCamera *>(m_perspective), static_cast<SoCamera *>(m_orthographic)}) {
+        camera->viewportMapping = SoCamera::LEAVE_ALONE;
+        m_cameras->addChild(camera);
+    }
+    m_root->addChild(m_cameras);
+    m_root->addChild(m_style);
     auto *hints = new SoShapeHints;
     hints->vertexOrdering = SoShapeHints::COUNTERCLOCKWISE; // lights both sides
     m_root->addChild(hints);
@@ -104,14 +112,22 @@ Renderer::Renderer(SoNode *parts)
 
 Renderer::~Renderer() = default;
 
+void Renderer::setWireframe(bool isWireframe)
+{
+    m_style->style = isWireframe ? SoDrawStyle::LINES : SoDrawStyle::FILLED;
+}
+
 void Renderer::place(const Camera &camera, double aspect)
 {
+    m_cameras->whichChild = camera.isOrthographic() ? 1 : 0;
+    m_perspective->heightAngle = qDegreesToRadians(Camera::verticalAngle());
+    m_orthographic->height = camera.height();
+    auto *lens = static_cast<SoCamera *>(m_cameras->getChild(m_cameras->whichChild.getValue()));
     const QQuaternion turn = camera.orientation();
-    m_camera->position = vec(camera.position());
-    m_camera->orientation.setValue(turn.x(), turn.y(), turn.z(), turn.scalar());
-    m_camera->aspectRatio = static_cast<float>(aspect);
-    m_camera->focalDistance = camera.distance();
-    m_camera->heightAngle = qDegreesToRadians(Camera::verticalAngle());
+    lens->position = vec(camera.position());
+    lens->orientation.setValue(turn.x(), turn.y(), turn.z(), turn.scalar());
+    lens->aspectRatio = static_cast<float>(aspect);
+    lens->focalDistance = camera.distance();
 
     SoGetBoundingBoxAction measure{SbViewportRegion()};
     measure.apply(m_parts.get());
@@ -121,9 +137,11 @@ void Renderer::place(const Camera &camera, double aspect)
     const SbVec3f middle = box.getCenter();
     const float radius = 0.5F * (box.getMax() - box.getMin()).length();
     const float depth = camera.depthOf({middle[0], middle[1], middle[2]});
+    const float nearest = depth - radius * 1.01F;
     const float farthest = std::max(depth + radius * 1.01F, camera.distance() * leastNear);
-    m_camera->farDistance = farthest;
-    m_camera->nearDistance = std::max(depth - radius * 1.01F, farthest * leastNear);
+    lens->farDistance = farthest;
+    lens->nearDistance =
+        camera.isOrthographic() ? nearest : std::max(nearest, farthest * leastNear);
 }
 
 void Renderer::render(const Camera &camera, const QSize &pixels, const QColor &background)

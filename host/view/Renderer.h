@@ -5,8 +5,11 @@
 #include "host/view/NodePtr.h"
 
 #include <Inventor/actions/SoGLRenderAction.h>
+#include <Inventor/nodes/SoDrawStyle.h>
+#include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoPerspectiveCamera.h>
 #include <Inventor/nodes/SoSeparator.h>
+#include <Inventor/nodes/SoSwitch.h>
 
 #include <QtCore/QSize>
 #include <QtGui/QColor>
@@ -29,6 +32,7 @@ public:
     explicit Renderer(SoNode *parts);
     ~Renderer();
 
+    void setWireframe(bool isWireframe);
     /// Into the framebuffer that is bound in the current context, which must stay the same one.
     /// Changes the state of OpenGL.
     void render(const Camera &camera, const QSize &pixels, const QColor &background);
@@ -40,7 +44,11 @@ private:
 
     NodePtr<SoSeparator> m_root;
     NodePtr<SoNode> m_parts;
-    SoPerspectiveCamera *m_camera; ///< belongs to the root
+    // These belong to the root.
+    SoPerspectiveCamera *m_perspective;
+    SoOrthographicCamera *m_orthographic;
+    SoSwitch *m_cameras; ///< these two, in this order
+    SoDrawStyle *m_style;
     SoGLRenderAction m_action;
 };
 

@@ -8,6 +8,11 @@ namespace tnhost {
 
 class Scene;
 
+/// Where one looks at the scene from.
+enum class Direction { Front, Back, Left, Right, Top, Bottom, Isometric };
+
+enum class DrawStyle { Shaded, ShadedWithEdges, Wireframe };
+
 /// A view of a scene, as the window knows it. Comes out of a module of its own, so that only who
 /// looks at a scene loads what draws it. GUI thread only.
 class SceneDisplay {
@@ -29,6 +34,11 @@ public:
     /// has been empty. Before, all that arrives is brought into view, unless the user has turned to
     /// something.
     virtual void keepCamera() = 0;
+
+    /// Turns about what is looked at.
+    virtual void look(Direction direction) = 0;
+    virtual void setOrthographic(bool isOrthographic) = 0;
+    virtual void setDrawStyle(DrawStyle style) = 0;
 };
 
 /// What the module exports by the name in viewFactoryName. Null, with a sentence for the user,

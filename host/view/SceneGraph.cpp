@@ -54,6 +54,7 @@ SceneGraph::SceneGraph(const Scene &scene, QObject *parent)
         showSelection();
         emit changed();
     });
+    connect(&m_edgeFinder, &EdgeFinder::found, this, &SceneGraph::onEdgesFound);
     for (const auto &child : scene.find(scene.root())->children())
         onInserted(child.get());
 }
@@ -138,6 +139,8 @@ SceneGraph::shapesOf(const std::shared_ptr<const SceneMesh> &mesh)
     if (isNew) {
         for (const ScenePrimitive &primitive : mesh->primitives)
             place->second.emplace_back(new MeshShape(mesh, primitive));
+        if (m_showsEdges)
+            m_edgeFinder.request(mesh);
     }
     return place->second;
 }
@@ -164,6 +167,31 @@ void SceneGraph::showSelection()
     for (const unsigned int id : m_selected)
         m_parts.at(id)->setLook(nullptr);
     m_selected = std::move(selected);
+}
+
+void SceneGraph::showEdges(bool areShown)
+{
+    m_showsEdges = areShown;
+    for (const auto &[mesh, shapes] : m_shapes) {
+        if (areShown && !shapes.empty() && !shapes.front()->hasEdges())
+            m_edgeFinder.request(mesh);
+        for (const NodePtr<MeshShape> &shape : shapes)
+            shape->showEdges(areShown);
+    }
+    emit changed();
+}
+
+void SceneGraph::onEdgesFound(const std::shared_ptr<const SceneMesh> &mesh,
+                              const std::vector<EdgeFinder::Edges> &edges)
+{
+    const auto shapes = m_shapes.find(mesh);
+    if (shapes == m_shapes.end())
+        return; // removed meanwhile
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+        shapes->second[i]->setEdges(edges[i]);
+        shapes->second[i]->showEdges(m_showsEdges);
+    }
+    emit changed();
 }
 
 void SceneGraph::forget(const SceneNode &node)

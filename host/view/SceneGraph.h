@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/scene/Scene.h"
+#include "host/view/EdgeFinder.h"
 #include "host/view/MeshShape.h"
 #include "host/view/NodePtr.h"
 #include "host/view/PartNode.h"
@@ -29,6 +30,8 @@ public:
 
     /// Of the whole scene; lives as long as the graph.
     SoNode *root() const { return m_root.get(); }
+    /// Whether bodies show their edges, once these have been found.
+    void showEdges(bool areShown);
     /// Builds at once what is still waiting.
     void finish();
 
@@ -45,6 +48,8 @@ private:
     const std::vector<NodePtr<MeshShape>> &shapesOf(const std::shared_ptr<const SceneMesh> &mesh);
     SoMaterial *materialOf(const std::shared_ptr<const SceneMaterial> &material);
     void showSelection();
+    void onEdgesFound(const std::shared_ptr<const SceneMesh> &mesh,
+                      const std::vector<EdgeFinder::Edges> &edges);
     void forget(const SceneNode &node);
     void dropUnused();
 
@@ -57,6 +62,8 @@ private:
     std::unordered_set<unsigned int> m_selected; ///< the parts that have it
     std::deque<unsigned int> m_waiting; ///< nodes to build, parents before their children
     QTimer m_step;
+    bool m_showsEdges = false;
+    EdgeFinder m_edgeFinder;
 };
 
 } // namespace tnhost

@@ -1,9 +1,11 @@
 #include "host/view/ViewWidget.h"
 
+#include "host/view/Overlay.h"
+
 #include <QtGui/QMouseEvent>
 #include <QtGui/QOffscreenSurface>
 #include <QtGui/QOpenGLContext>
-#include <QtGui/QOpenGLFunctions>
+#include <QtGui/QPainter>
 #include <QtWidgets/QApplication>
 
 #include <algorithm>
@@ -64,7 +66,7 @@ ViewWidget::~ViewWidget() = default;
 
 void ViewWidget::fitAll()
 {
-    m_camera.fit(m_scene.boundingBox(m_scene.root()), size());
+    m_camera.fit(shownBox(), size());
     update();
 }
 
@@ -87,20 +89,49 @@ void ViewWidget::keepCamera()
     m_fitsArrivals = false;
 }
 
+void ViewWidget::look(Direction direction)
+{
+    m_camera.look(direction);
+    update();
+}
+
+void ViewWidget::setOrthographic(bool isOrthographic)
+{
+    m_camera.setOrthographic(isOrthographic);
+    update();
+}
+
+void ViewWidget::setDrawStyle(DrawStyle style)
+{
+    m_renderer.setWireframe(style == DrawStyle::Wireframe);
+    m_graph.showEdges(style == DrawStyle::ShadedWithEdges);
+}
+
 void ViewWidget::onArrival()
 {
+    m_shownBox.reset();
     if (m_scene.nodeCount() == 0)
         m_fitsArrivals = true;
-    if (m_fitsArrivals)
-        fitAll();
     update();
+}
+
+const BoundingBox &ViewWidget::shownBox()
+{
+    if (!m_shownBox)
+        m_shownBox = m_scene.boundingBox(m_scene.root());
+    return *m_shownBox;
 }
 
 void ViewWidget::paintGL()
 {
+    // Not as each file arrives: there may be many before the next picture.
+    if (m_fitsArrivals)
+        m_camera.fit(shownBox(), size());
     const bool isDark = palette().window().color().lightness() < 128;
     m_renderer.render(m_camera, size() * devicePixelRatioF(),
                       isDark ? QColor(0x2b, 0x2e, 0x33) : QColor(0xee, 0xf0, 0xf3));
+    QPainter painter(this);
+    Overlay::paint(painter, size(), m_camera, shownBox(), palette().color(QPalette::WindowText));
 }
 
 void ViewWidget::mousePressEvent(QMouseEvent *event)

@@ -29,6 +29,9 @@ public:
     void fitAll() override;
     void fitSelection() override;
     void keepCamera() override;
+    void look(Direction direction) override;
+    void setOrthographic(bool isOrthographic) override;
+    void setDrawStyle(DrawStyle style) override;
 
     const Camera &camera() const { return m_camera; }
 
@@ -42,6 +45,8 @@ protected:
 private:
     void fit(const BoundingBox &box);
     void onArrival();
+    /// Of what is shown. At most O(vertices) after a change.
+    const BoundingBox &shownBox();
     /// Selects what is seen there; adding turns what it was.
     void select(const QPointF &place, bool isAdding);
     std::optional<Renderer::Hit> pick(const QPointF &place);
@@ -53,6 +58,7 @@ private:
     Renderer m_renderer;
     Camera m_camera;
     bool m_fitsArrivals = true;
+    std::optional<BoundingBox> m_shownBox; ///< nothing when it must be measured anew
     QPoint m_pressed;
     QPoint m_last;
     bool m_isDragging = false;

@@ -4,6 +4,8 @@
 
 using namespace tnhost;
 
+Q_DECLARE_METATYPE(tnhost::Direction)
+
 namespace {
 
 const QSizeF size(800, 500);
@@ -34,8 +36,21 @@ private slots:
         m_camera.fit(box({-50, -50, -50}, {50, 50, 50}), size);
     }
 
+    void handsMoveWhatTheyHold_data()
+    {
+        QTest::addColumn<bool>("isOrthographic");
+        QTest::newRow("perspective") << false;
+        QTest::newRow("orthographic") << true;
+    }
     void handsMoveWhatTheyHold()
     {
+        QFETCH(bool, isOrthographic);
+        const QPointF middle = m_camera.project(m_camera.focus() + QVector3D(0, 0, 1), size);
+        m_camera.setOrthographic(isOrthographic);
+        // What is looked at keeps its size.
+        QVERIFY(
+            QLineF(m_camera.project(m_camera.focus() + QVector3D(0, 0, 1), size), middle).length()
+            < 0.2);
         const QPointF before = m_camera.project(point, size);
         m_camera.orbit(33, 20, point);
         QVERIFY(near(m_camera.project(point, size), before));
@@ -45,11 +60,39 @@ private slots:
         const float depth = m_camera.depthOf(point);
         m_camera.zoom(2, point);
         QVERIFY(near(m_camera.project(point, size), before));
-        QVERIFY(qAbs(m_camera.depthOf(point) - depth / 2) < 0.01F);
+        if (!isOrthographic)
+            QVERIFY(qAbs(m_camera.depthOf(point) - depth / 2) < 0.01F);
 
         const QPointF to = before + QPointF(70, -40);
         m_camera.pan(before, to, size, point);
         QVERIFY(near(m_camera.project(point, size), to));
+    }
+
+    void looks_data()
+    {
+        QTest::addColumn<Direction>("direction");
+        QTest::addColumn<QVector3D>("forward");
+        QTest::addColumn<QVector3D>("toTheRight");
+        QTest::newRow("front") << Direction::Front << QVector3D(0, 1, 0) << QVector3D(1, 0, 0);
+        QTest::newRow("back") << Direction::Back << QVector3D(0, -1, 0) << QVector3D(-1, 0, 0);
+        QTest::newRow("left") << Direction::Left << QVector3D(1, 0, 0) << QVector3D(0, -1, 0);
+        QTest::newRow("right") << Direction::Right << QVector3D(-1, 0, 0) << QVector3D(0, 1, 0);
+        QTest::newRow("top") << Direction::Top << QVector3D(0, 0, -1) << QVector3D(1, 0, 0);
+        QTest::newRow("bottom") << Direction::Bottom << QVector3D(0, 0, 1) << QVector3D(1, 0, 0);
+        QTest::newRow("isometric") << Direction::Isometric << QVector3D(-1, 1, -1).normalized()
+                                   << QVector3D(1, 1, 0).normalized();
+    }
+    void looks()
+    {
+        QFETCH(Direction, direction);
+        QFETCH(QVector3D, forward);
+        QFETCH(QVector3D, toTheRight);
+        m_camera.look(direction);
+        QVERIFY((m_camera.forward() - forward).length() < 0.001F);
+        const QPointF middle(size.width() / 2, size.height() / 2);
+        QVERIFY(near(m_camera.project(m_camera.focus(), size), middle));
+        const QPointF seen = m_camera.project(m_camera.focus() + toTheRight, size);
+        QVERIFY(seen.x() > middle.x() + 1 && qAbs(seen.y() - middle.y()) < 0.05);
     }
 
     void findsPlacesBack()
