@@ -246,7 +246,7 @@ void MainWindow::createMenus()
     m_tree->insertAction(m_tree->actions().constFirst(), m_reload);
     menuBar()->addMenu(tr("&Edit"))->addActions(m_tree->actions());
     QMenu *view = menuBar()->addMenu(tr("&View"));
-    (new ViewActions(m_view->display(), this))->addTo(*view);
+    (new ViewActions(m_services.scene(), m_view->display(), this))->addTo(*view);
     view->addActions({m_treeDock->toggleViewAction(), m_resultsDock->toggleViewAction(),
                       m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
 }

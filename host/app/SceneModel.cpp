@@ -1,15 +1,20 @@
 #include "host/app/SceneModel.h"
 
 #include "host/scene/Scene.h"
+#include "host/services/HostIcons.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QLocale>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QPalette>
 
 namespace tnhost {
 
 SceneModel::SceneModel(const Scene &scene, QObject *parent)
     : QAbstractItemModel(parent)
     , m_scene(scene)
+    , m_shownIcon(HostIcons::icon(QStringLiteral("Shown")))
+    , m_hiddenIcon(HostIcons::icon(QStringLiteral("Hidden")))
 {
     connect(&scene, &Scene::aboutToInsert, this, [this](const SceneNode *place, int row) {
         beginInsertRows(indexOf(*place, Name), row, row);
@@ -85,9 +90,17 @@ QVariant SceneModel::data(const QModelIndex &index, int role) const
         if (role == Qt::TextAlignmentRole)
             return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
         break;
+    case Shown:
+        if (role == Qt::DecorationRole)
+            return at.isHidden() ? m_hiddenIcon : m_shownIcon;
+        if (role == Qt::ToolTipRole)
+            return at.isHidden() ? tr("Click to show it") : tr("Click to hide it");
+        break;
     default:
         break;
     }
+    if (role == Qt::ForegroundRole && !at.isShown())
+        return QGuiApplication::palette().brush(QPalette::PlaceholderText);
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include "platform/tndNode.h"
 
 #include <QtCore/QAbstractItemModel>
+#include <QtGui/QIcon>
 
 #include <unordered_map>
 
@@ -16,7 +17,8 @@ class SceneModel : public QAbstractItemModel {
     Q_OBJECT
 
 public:
-    enum Column { Name, SourceFile, Triangles, ColumnCount };
+    /// Shown holds an eye, open or closed.
+    enum Column { Name, SourceFile, Triangles, Shown, ColumnCount };
 
     explicit SceneModel(const Scene &scene, QObject *parent = nullptr);
 
@@ -39,6 +41,8 @@ private:
     void refreshCounts(const SceneNode *node);
 
     const Scene &m_scene;
+    const QIcon m_shownIcon;
+    const QIcon m_hiddenIcon;
     /// By node id: views ask on every paint, and each count walks the subtree.
     mutable std::unordered_map<unsigned int, std::size_t> m_triangles;
 };

@@ -15,6 +15,7 @@ namespace tnhost {
 namespace {
 
 constexpr int leastWidth = 50;
+constexpr int eyeWidth = 34;
 constexpr int mostWidth = 2000;
 /// In characters, from the second column on.
 constexpr int usualWidths[] = {14, 10};
@@ -38,12 +39,16 @@ SceneView::SceneView(Scene &scene, QWidget *parent)
     setTextElideMode(Qt::ElideMiddle); // names of parts and files differ at their ends
     header()->setStretchLastSection(false);
     header()->setSectionsMovable(false);
-    header()->setMinimumSectionSize(leastWidth);
+    header()->setMinimumSectionSize(eyeWidth);
     header()->setSectionResizeMode(SceneModel::Name, QHeaderView::Stretch);
     int column = SceneModel::SourceFile;
     for (const int width : usualWidths)
         header()->resizeSection(column++, width * fontMetrics().averageCharWidth());
+    header()->setSectionResizeMode(SceneModel::Shown, QHeaderView::Fixed);
+    header()->resizeSection(SceneModel::Shown, eyeWidth);
     createActions();
+    connect(this, &QTreeView::clicked, this, &SceneView::onClicked);
+    connect(&scene, &Scene::visibilityChanged, viewport(), qOverload<>(&QWidget::update));
     connect(&scene, &Scene::selectionChanged, this, [this] {
         showSelection();
         const std::vector<tndNode> selected = m_scene.selectedNodes(false);
@@ -75,14 +80,14 @@ void SceneView::showNode(const tndNode &node)
 QVariantList SceneView::columnWidths() const
 {
     QVariantList widths;
-    for (int column = SceneModel::SourceFile; column < SceneModel::ColumnCount; ++column)
+    for (int column = SceneModel::SourceFile; column < SceneModel::Shown; ++column)
         widths << columnWidth(column);
     return widths;
 }
 
 void SceneView::setColumnWidths(const QVariantList &widths)
 {
-    if (widths.size() != SceneModel::ColumnCount - SceneModel::SourceFile)
+    if (widths.size() != SceneModel::Shown - SceneModel::SourceFile)
         return;
     int column = SceneModel::SourceFile;
     for (const QVariant &width : widths) {
@@ -123,6 +128,17 @@ void SceneView::selectionChanged(const QItemSelection &selected, const QItemSele
     m_isTelling = true;
     m_scene.setSelection(nodes);
     m_isTelling = false;
+}
+
+void SceneView::onClicked(const QModelIndex &index)
+{
+    if (index.column() != SceneModel::Shown)
+        return;
+    const tndNode node = m_model->nodeAt(index);
+    if (m_scene.find(node)->isHidden())
+        m_scene.show({node});
+    else
+        m_scene.hide({node});
 }
 
 void SceneView::createActions()

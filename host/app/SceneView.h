@@ -13,7 +13,7 @@ class Scene;
 class SceneModel;
 
 /// Shows the scene's tree; its selection and the scene's are one. Its actions make the context
-/// menu.
+/// menu; a click on the eye of a node hides or shows it.
 class SceneView : public QTreeView {
     Q_OBJECT
 
@@ -28,7 +28,7 @@ public:
     /// Selects the node and scrolls to it.
     void showNode(const tndNode &node);
 
-    /// Of all columns but the first, which takes what remains.
+    /// Of all columns but the first, which takes what remains, and that of the eye.
     QVariantList columnWidths() const;
     /// A list that does not fit changes nothing, and neither does a width that makes no sense.
     void setColumnWidths(const QVariantList &widths);
@@ -40,6 +40,7 @@ protected:
                           const QItemSelection &deselected) override;
 
 private:
+    void onClicked(const QModelIndex &index);
     void createActions();
     void removeSelected();
     void showSelection();

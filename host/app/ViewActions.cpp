@@ -1,20 +1,25 @@
 #include "host/app/ViewActions.h"
 
+#include "host/scene/Scene.h"
 #include "host/view/SceneDisplay.h"
 
 #include <QtWidgets/QAction>
 #include <QtWidgets/QActionGroup>
 #include <QtWidgets/QMenu>
 
+#include <algorithm>
+
 namespace tnhost {
 
-ViewActions::ViewActions(SceneDisplay *display, QObject *parent)
+ViewActions::ViewActions(Scene &scene, SceneDisplay *display, QObject *parent)
     : QObject(parent)
+    , m_scene(scene)
     , m_display(display)
 {
     addFitting();
     addDirections();
     addStyles();
+    addHiding();
 }
 
 void ViewActions::addTo(QMenu &menu) const
@@ -97,6 +102,37 @@ void ViewActions::addStyles()
     addSeparator();
     if (m_display)
         group->actions().at(1)->trigger();
+}
+
+void ViewActions::addHiding()
+{
+    QAction *hide = add("hide", tr("Hi&de or Show Selected"), Qt::Key_H);
+    connect(hide, &QAction::triggered, this, &ViewActions::hideSelection);
+    QAction *isolate = add("isolate", tr("Isolate Se&lected"), Qt::Key_I);
+    connect(isolate, &QAction::triggered, this,
+            [this] { m_scene.isolate(m_scene.selectedNodes(true)); });
+    connect(add("showAll", tr("Sho&w All"), Qt::SHIFT + Qt::Key_H), &QAction::triggered, this,
+            [this] { m_scene.show({m_scene.root()}); });
+    addSeparator();
+    const auto update = [this, hide, isolate] {
+        const bool hasAny = m_display && !m_scene.selectedNodes(true).empty();
+        hide->setEnabled(hasAny);
+        isolate->setEnabled(hasAny);
+    };
+    connect(&m_scene, &Scene::selectionChanged, this, update);
+    update();
+}
+
+void ViewActions::hideSelection()
+{
+    const std::vector<tndNode> selected = m_scene.selectedNodes(true);
+    const bool isAnyShown =
+        std::any_of(selected.begin(), selected.end(),
+                    [this](const tndNode &node) { return m_scene.find(node)->isShown(); });
+    if (isAnyShown)
+        m_scene.hide(selected);
+    else
+        m_scene.show(selected);
 }
 
 } // namespace tnhost

@@ -9,6 +9,7 @@ class QMenu;
 
 namespace tnhost {
 
+class Scene;
 class SceneDisplay;
 
 /// What can be done with the view, for a menu.
@@ -16,8 +17,8 @@ class ViewActions : public QObject {
     Q_OBJECT
 
 public:
-    /// Without a display all actions are disabled. It must outlive the actions.
-    ViewActions(SceneDisplay *display, QObject *parent);
+    /// Without a display all actions are disabled. It and the scene must outlive them.
+    ViewActions(Scene &scene, SceneDisplay *display, QObject *parent);
 
     void addTo(QMenu &menu) const;
 
@@ -26,8 +27,12 @@ private:
     void addFitting();
     void addDirections();
     void addStyles();
+    void addHiding();
+    /// Hides what is selected; shows it if it was hidden altogether.
+    void hideSelection();
     void addSeparator();
 
+    Scene &m_scene;
     SceneDisplay *const m_display;
     QList<QAction *> m_all; ///< separators included
 };

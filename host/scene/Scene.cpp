@@ -44,13 +44,17 @@ void addMesh(BoundingBox &box, const SceneMesh &mesh, const QMatrix4x4 &world)
     }
 }
 
-void addSubtree(BoundingBox &box, const SceneNode &node, const QMatrix4x4 &parentWorld)
+/// Without what is hidden below the node, if that does not count.
+void addSubtree(BoundingBox &box, const SceneNode &node, const QMatrix4x4 &parentWorld,
+                bool withHidden = true)
 {
     const QMatrix4x4 world = parentWorld * node.transform();
     if (node.mesh())
         addMesh(box, *node.mesh(), world);
-    for (const auto &child : node.children())
-        addSubtree(box, *child, world);
+    for (const auto &child : node.children()) {
+        if (withHidden || !child->isHidden())
+            addSubtree(box, *child, world, withHidden);
+    }
 }
 
 /// Depth first, parents before children.
@@ -126,6 +130,7 @@ tndNode Scene::replaceNode(const tndNode &node,
     else
         applyPlacement(*file, worldOf(&place), settings);
 
+    file->m_isHidden = old.isHidden();
     // What else the user has hung below the old file must not go with it.
     const QMatrix4x4 fromWorld = (worldOf(&place) * file->transform()).inverted();
     for (SceneNode *added : filesBelow(old)) {
@@ -264,6 +269,63 @@ void Scene::setSelection(const std::vector<tndNode> &nodes)
         return;
     m_selection = std::move(selection);
     emit selectionChanged();
+}
+
+BoundingBox Scene::shownBox() const
+{
+    BoundingBox box;
+    addSubtree(box, *m_root, {}, false);
+    return box;
+}
+
+void Scene::hide(const std::vector<tndNode> &nodes)
+{
+    for (const tndNode &node : nodes) {
+        if (contains(node) && node != root())
+            m_nodes.at(node.id())->m_isHidden = true;
+    }
+    emit visibilityChanged();
+}
+
+void Scene::show(const std::vector<tndNode> &nodes)
+{
+    for (const tndNode &node : nodes) {
+        if (!contains(node))
+            continue;
+        SceneNode &top = *m_nodes.at(node.id());
+        showBelow(top);
+        for (SceneNode *above = &top; above; above = above->m_parent)
+            above->m_isHidden = false;
+    }
+    emit visibilityChanged();
+}
+
+void Scene::isolate(const std::vector<tndNode> &nodes)
+{
+    std::unordered_set<const SceneNode *> above{m_root.get()};
+    std::unordered_set<const SceneNode *> isolated;
+    for (const tndNode &node : nodes) {
+        const SceneNode *each = find(node);
+        isolated.insert(each);
+        for (; each; each = each->parent())
+            above.insert(each);
+    }
+    const std::function<void(SceneNode &)> hideOthers = [&](SceneNode &node) {
+        node.m_isHidden = above.count(&node) == 0;
+        if (node.m_isHidden || isolated.count(&node) > 0)
+            return;
+        for (const auto &child : node.m_children)
+            hideOthers(*child);
+    };
+    hideOthers(*m_root);
+    emit visibilityChanged();
+}
+
+void Scene::showBelow(SceneNode &node)
+{
+    node.m_isHidden = false;
+    for (const auto &child : node.m_children)
+        showBelow(*child);
 }
 
 std::unique_ptr<SceneNode> Scene::buildFile(const SceneFragment &fragment,

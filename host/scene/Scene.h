@@ -74,6 +74,15 @@ public:
     /// Unknown nodes are left out.
     void setSelection(const std::vector<tndNode> &nodes);
 
+    /// Of all that is shown, in world coordinates. At most O(vertices).
+    BoundingBox shownBox() const;
+    /// Unknown nodes are left out, here and below, and the root is always shown.
+    void hide(const std::vector<tndNode> &nodes);
+    /// Shows them with all that is below and above them.
+    void show(const std::vector<tndNode> &nodes);
+    /// Shows them and what is shown below them, and nothing else. O(nodes).
+    void isolate(const std::vector<tndNode> &nodes);
+
 signals:
     // For item models: one subtree at a time, built before it is inserted and whole until it has
     // been removed.
@@ -85,6 +94,8 @@ signals:
     /// Once after each operation that changed the tree.
     void changed();
     void selectionChanged();
+    /// What is hidden has changed, by other means than by what comes and goes.
+    void visibilityChanged();
 
 private:
     std::unique_ptr<SceneNode> buildFile(const SceneFragment &fragment, const QString &sourceFile,
@@ -97,6 +108,7 @@ private:
                                const tndSceneImportSettings &settings);
     /// The topmost files that were added somewhere below the file.
     static std::vector<SceneNode *> filesBelow(SceneNode &file);
+    static void showBelow(SceneNode &node);
     SceneNode *insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row);
     std::unique_ptr<SceneNode> take(SceneNode &node);
     void remember(SceneNode &node);

@@ -14,4 +14,12 @@ int SceneNode::row() const
     return static_cast<int>(found - siblings.begin());
 }
 
+bool SceneNode::isShown() const
+{
+    const SceneNode *node = this;
+    while (node && !node->m_isHidden)
+        node = node->m_parent;
+    return !node;
+}
+
 } // namespace tnhost

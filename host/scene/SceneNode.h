@@ -21,6 +21,11 @@ public:
     /// below such a node included.
     const QString &sourceFile() const { return m_sourceFile; }
 
+    /// Whether it was hidden itself, together with all below it.
+    bool isHidden() const { return m_isHidden; }
+    /// Whether neither it nor a node above it is hidden. O(depth).
+    bool isShown() const;
+
     /// The geometry at this node, or null.
     const std::shared_ptr<const SceneMesh> &mesh() const { return m_mesh; }
     /// One per primitive of the mesh; null for a primitive without material.
@@ -44,6 +49,7 @@ private:
     QString m_name;
     QMatrix4x4 m_transform;
     QString m_sourceFile;
+    bool m_isHidden = false;
     std::shared_ptr<const SceneMesh> m_mesh;
     std::vector<std::shared_ptr<const SceneMaterial>> m_materials;
     SceneNode *m_parent = nullptr;

@@ -26,4 +26,30 @@ void PartNode::setLook(SoMaterial *look)
     m_hasLook = look != nullptr;
 }
 
+void PartNode::setShown(bool isShown)
+{
+    if (isShown == m_isShown)
+        return;
+    m_isShown = isShown;
+    touch(); // boxes of what is above are kept otherwise
+}
+
+void PartNode::GLRenderBelowPath(SoGLRenderAction *action)
+{
+    if (m_isShown)
+        SoSeparator::GLRenderBelowPath(action);
+}
+
+void PartNode::rayPick(SoRayPickAction *action)
+{
+    if (m_isShown)
+        SoSeparator::rayPick(action);
+}
+
+void PartNode::getBoundingBox(SoGetBoundingBoxAction *action)
+{
+    if (m_isShown)
+        SoSeparator::getBoundingBox(action);
+}
+
 } // namespace tnhost

@@ -20,12 +20,19 @@ public:
 
     /// Shows the part, and all below it, in this look rather than its own; null: as it is.
     void setLook(SoMaterial *look);
+    /// What is not shown is neither drawn, nor picked, nor part of a box.
+    void setShown(bool isShown);
+
+    void GLRenderBelowPath(SoGLRenderAction *action) override;
+    void rayPick(SoRayPickAction *action) override;
+    void getBoundingBox(SoGetBoundingBoxAction *action) override;
 
 protected:
     ~PartNode() override = default;
 
 private:
     const unsigned int m_id;
+    bool m_isShown = true;
     bool m_hasLook = false; ///< it is the first child
 };
 

@@ -54,6 +54,7 @@ SceneGraph::SceneGraph(const Scene &scene, QObject *parent)
         showSelection();
         emit changed();
     });
+    connect(&scene, &Scene::visibilityChanged, this, &SceneGraph::onVisibilityChanged);
     connect(&m_edgeFinder, &EdgeFinder::found, this, &SceneGraph::onEdgesFound);
     for (const auto &child : scene.find(scene.root())->children())
         onInserted(child.get());
@@ -119,6 +120,7 @@ void SceneGraph::build(const SceneNode &node)
         addGeometry(*part, node);
     m_parts.at(node.parent()->id())->addChild(part);
     m_parts[node.id()] = part;
+    part->setShown(!node.isHidden());
     for (const auto &child : node.children())
         m_waiting.push_back(child->id());
 }
@@ -167,6 +169,13 @@ void SceneGraph::showSelection()
     for (const unsigned int id : m_selected)
         m_parts.at(id)->setLook(nullptr);
     m_selected = std::move(selected);
+}
+
+void SceneGraph::onVisibilityChanged()
+{
+    for (const auto &[id, part] : m_parts)
+        part->setShown(!m_scene.find(tndNode(id))->isHidden());
+    emit changed();
 }
 
 void SceneGraph::showEdges(bool areShown)

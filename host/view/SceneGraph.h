@@ -42,6 +42,7 @@ signals:
 private:
     void onInserted(const SceneNode *node);
     void onAboutToRemove(const SceneNode *node);
+    void onVisibilityChanged();
     void buildSome();
     void build(const SceneNode &node);
     void addGeometry(PartNode &part, const SceneNode &node);

@@ -118,7 +118,7 @@ void ViewWidget::onArrival()
 const BoundingBox &ViewWidget::shownBox()
 {
     if (!m_shownBox)
-        m_shownBox = m_scene.boundingBox(m_scene.root());
+        m_shownBox = m_scene.shownBox();
     return *m_shownBox;
 }
 

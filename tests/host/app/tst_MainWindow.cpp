@@ -65,6 +65,7 @@ private slots:
     void logsAnyText();
     void modelFollowsTheScene();
     void selectionIsTheScenes();
+    void eyesHideAndShow();
 
 private:
     HostServices m_services{{}};
@@ -254,6 +255,28 @@ void tst_MainWindow::selectionIsTheScenes()
     QVERIFY(!view.selectionModel()->hasSelection());
     select(0);
     QCOMPARE(scene.selectedNodes(true), std::vector<tndNode>{second});
+}
+
+void tst_MainWindow::eyesHideAndShow()
+{
+    MainWindow window(m_services);
+    window.show();
+    Scene &scene = m_services.scene();
+    const tndNode file = add(scene);
+    auto *tree = window.findChild<SceneView *>();
+    const QModelIndex eye =
+        qobject_cast<SceneModel *>(tree->model())->indexOf(file).siblingAtColumn(SceneModel::Shown);
+    tree->scrollTo(eye);
+    const auto click = [&] {
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(eye).center());
+    };
+    const qint64 open = eye.data(Qt::DecorationRole).value<QIcon>().cacheKey();
+    click();
+    QVERIFY(!scene.find(file)->isShown());
+    QVERIFY(eye.data(Qt::DecorationRole).value<QIcon>().cacheKey() != open);
+    click();
+    QVERIFY(scene.find(file)->isShown());
+    scene.removeNode(file);
 }
 
 QTEST_MAIN(tst_MainWindow)

@@ -241,6 +241,33 @@ private slots:
         QVERIFY(add().id() > file.id() + 3);
     }
 
+    void hidesShowsAndIsolates()
+    {
+        const tndNode a = add();
+        const tndNode b = add();
+        const auto shown = [this](const tndNode &node) { return m_scene->find(node)->isShown(); };
+        m_scene->hide({a, inside(b, 0), m_scene->root(), tndNode(999)});
+        QVERIFY(!shown(a) && !shown(inside(a, 1)) && shown(b) && !shown(inside(b, 0)));
+        QVERIFY(shown(m_scene->root()));
+        // Of the turned box alone.
+        QVERIFY(near(m_scene->shownBox().min, {100 - 20 * std::sqrt(0.5F), 0, 0}));
+
+        m_scene->show({inside(a, 1)});
+        QVERIFY(shown(a) && shown(inside(a, 1)) && shown(inside(a, 0)) && !shown(inside(b, 0)));
+        m_scene->isolate({inside(b), a});
+        QVERIFY(shown(inside(b)) && !shown(inside(b, 0)) && shown(a));
+        m_scene->isolate({inside(b, 0)});
+        QVERIFY(shown(b) && shown(inside(b, 0)) && !shown(inside(b, 1)) && !shown(a));
+        m_scene->show({m_scene->root()});
+        QVERIFY(shown(inside(b, 1)) && shown(inside(a, 0)));
+
+        m_scene->hide({b});
+        const tndNode again = replace(b);
+        QVERIFY(!shown(again));
+        m_scene->hide({a});
+        QVERIFY(m_scene->shownBox().isEmpty());
+    }
+
     void selectsInTreeOrder()
     {
         const tndNode a = add();

@@ -3,6 +3,7 @@
 #include "host/view/SceneGraph.h"
 
 #include <Inventor/actions/SoCallbackAction.h>
+#include <Inventor/actions/SoGetBoundingBoxAction.h>
 #include <Inventor/actions/SoSearchAction.h>
 #include <Inventor/elements/SoLazyElement.h>
 
@@ -82,6 +83,24 @@ private slots:
         QVERIFY(!mesh.expired());
         m_scene->removeNode(m_file);
         QTRY_VERIFY(mesh.expired());
+    }
+
+    void showsWhatIsNotHidden()
+    {
+        m_scene->hide({tndNode(cube(0))});
+        QVERIFY(!pick({5, 5, 10}) && pick({105, 5, 10}));
+        const SbBox3f box = [this] {
+            SoGetBoundingBoxAction action{SbViewportRegion()};
+            action.apply(m_graph->root());
+            return action.getBoundingBox();
+        }();
+        QCOMPARE(box.getMin()[0], 100.0F);
+        m_scene->show({m_file});
+        QVERIFY(pick({5, 5, 10}));
+        m_scene->hide({m_file});
+        m_scene->replaceNode(m_file, cubes({{0, 0, 0}}), "/cad/a.step", {});
+        m_graph->finish();
+        QVERIFY(!pick({5, 5, 10}));
     }
 
     void showsTheSelection()
