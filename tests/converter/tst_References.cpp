@@ -128,6 +128,29 @@ private slots:
                  QStringList({"in/arm.stp", "in/base.stp", "in/gripper.stp"}));
     }
 
+    /// Whatever ties a part file to its product may be what a damaged file has lost.
+    void looseStepParts()
+    {
+        const char *const loose = "No product is said to be in arm.stp.";
+        const struct {
+            const char *lost;
+            const char *message;
+        } rows[] = {{"#110 =", loose},
+                    {"#114 =", loose},
+                    {"#144 =", loose},
+                    {"#111 =", "2 entities that its shapes need cannot be read, the first is #110"},
+                    {"#115 =", "1 entity that its shapes need cannot be read, #136"},
+                    {"#141 =", "1 entity that its shapes need cannot be read, #139"}};
+        for (const auto &[lost, message] : rows) {
+            QByteArray top = ConverterFixture::read("assembly/robot.step");
+            const int at = top.indexOf(lost);
+            top.remove(at, top.indexOf(";\n", at) + 2 - at);
+            const QString input = m_fixture.write("in/top.stp", top);
+            const std::string told = m_fixture.convert(input).message;
+            QVERIFY2(told.find(message) != std::string::npos, told.c_str());
+        }
+    }
+
 private:
     /// in/top.wrl
     QString write(const char *text, const QString &url) const

@@ -6,7 +6,6 @@
 #include "readers/step/StepHeader.h"
 #include "scene/SceneOperations.h"
 
-#include <filesystem>
 #include <utility>
 
 namespace tnconvert {
@@ -19,12 +18,6 @@ std::string joined(const std::vector<std::string> &sentences)
     for (const std::string &sentence : sentences)
         text += (text.empty() ? "" : " ") + sentence;
     return text;
-}
-
-bool isStepName(const std::string &path)
-{
-    const std::string suffix = lowerCase(std::filesystem::path(path).extension().string());
-    return suffix == ".stp" || suffix == ".step" || suffix == ".p21";
 }
 
 } // namespace
@@ -73,20 +66,23 @@ StepAssembly::File &StepAssembly::load(const std::string &path, double from, dou
 
 void StepAssembly::loadParts(File &file, double from, double to)
 {
-    const std::vector<StepDocument::Reference> &references = file.document->references();
+    const std::vector<StepPartFile> &parts = file.document->partFiles();
     if (!m_settings.importReferencedFiles)
         return;
-    const double share = (to - from) / double(references.size());
-    for (std::size_t i = 0; i < references.size(); ++i) {
+    const double share = (to - from) / double(parts.size());
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const auto &[product, path] = parts[i];
+        if (!product) {
+            m_losses.push_back("No product is said to be in " + fileName(path) + ".");
+            continue;
+        }
         // Drawings and other documents of a product are told by their name alone.
-        const bool isPart = isStepName(references[i].file)
-            || file.document->structure().products()[references[i].product].isEmpty();
-        if (!isPart)
+        if (!parts[i].isStepFile() && !file.document->structure().products()[*product].isEmpty())
             continue;
         StepSceneBuilder *part =
-            loadPart(references[i].file, from + share * double(i), from + share * double(i + 1));
+            loadPart(path, from + share * double(i), from + share * double(i + 1));
         if (part)
-            file.builder->setPart(references[i].product, *part);
+            file.builder->setPart(*product, *part);
     }
 }
 

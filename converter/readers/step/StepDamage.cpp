@@ -1,7 +1,13 @@
 #include "readers/step/StepDamage.h"
 
+#include "readers/step/StepReferrers.h"
+
 #include <Interface_Check.hxx>
+#include <StepBasic_DocumentProductAssociation.hxx>
+#include <StepBasic_DocumentReference.hxx>
+#include <StepBasic_ExternalIdentificationAssignment.hxx>
 #include <StepBasic_ProductDefinition.hxx>
+#include <StepBasic_RoleAssociation.hxx>
 #include <StepRepr_NextAssemblyUsageOccurrence.hxx>
 #include <StepRepr_ProductDefinitionShape.hxx>
 #include <StepRepr_PropertyDefinition.hxx>
@@ -10,9 +16,11 @@
 #include <StepShape_ContextDependentShapeRepresentation.hxx>
 #include <StepShape_ShapeDefinitionRepresentation.hxx>
 
+#include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
-#include <set>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace tnconvert {
@@ -29,14 +37,18 @@ bool isOneOf(const Handle(Standard_Transient) & entity,
     return false;
 }
 
-/// What ties shapes to products, and products to each other.
+/// What ties shapes and the files of parts to products, and products to each other.
 bool beginsShape(const Handle(Standard_Transient) & entity)
 {
     return isOneOf(entity,
                    {STANDARD_TYPE(StepShape_ShapeDefinitionRepresentation),
                     STANDARD_TYPE(StepShape_ContextDependentShapeRepresentation),
                     STANDARD_TYPE(StepRepr_ShapeRepresentationRelationship),
-                    STANDARD_TYPE(StepRepr_NextAssemblyUsageOccurrence)});
+                    STANDARD_TYPE(StepRepr_NextAssemblyUsageOccurrence),
+                    STANDARD_TYPE(StepBasic_DocumentProductAssociation),
+                    STANDARD_TYPE(StepBasic_DocumentReference),
+                    STANDARD_TYPE(StepBasic_ExternalIdentificationAssignment),
+                    STANDARD_TYPE(StepBasic_RoleAssociation)});
 }
 
 /// What says nothing of geometry, and leads to persons, dates and tolerances.
@@ -66,39 +78,54 @@ std::vector<bool> neededEntities(const StepEntities &entities)
     return entities.graph().reached(first, endsShape);
 }
 
-/// The numbers of entities that could not be read, and of those with references to nothing.
-std::set<int> damagedEntities(StepData_StepModel &model)
+/// The numbers that are referred to and that no entity has.
+std::unordered_set<std::uint64_t> missingNumbers(StepData_StepModel &model)
 {
-    std::set<int> numbers;
-    for (int i = 1; i <= model.NbEntities(); ++i) {
-        if (model.IsErrorEntity(i))
-            numbers.insert(i);
-    }
-    // "Unresolved Reference, Ent.Id.#313 Param.n0 2 (Id.#314)"
+    // "Unresolved Reference, Ent.Id.#313 Param.n0 2 (Id.#314)", where the first number is none of
+    // the file when the reference stands in a list.
+    constexpr std::string_view mark = "(Id.#";
+    std::unordered_set<std::uint64_t> numbers;
     const Handle(Interface_Check) &check = model.GlobalCheck();
     for (int i = 1; i <= check->NbFails(); ++i) {
         const std::string text = check->CFail(i);
-        const std::size_t at = text.find("Ent.Id.#");
-        const int ident = at == std::string::npos ? 0 : std::atoi(text.c_str() + at + 8);
-        const int number =
-            ident > 0 ? model.NextNumberForLabel(("#" + std::to_string(ident)).c_str()) : 0;
-        if (number > 0)
-            numbers.insert(number);
+        const std::size_t at = text.find(mark);
+        if (at != std::string::npos)
+            numbers.insert(std::strtoull(text.c_str() + at + mark.size(), nullptr, 10));
     }
     return numbers;
 }
 
+/// The entities that could not be read, and those with references to nothing.
+std::vector<Handle(Standard_Transient)> damagedEntities(StepData_StepModel &model,
+                                                        const std::string &path)
+{
+    const std::unordered_set<std::uint64_t> missing = missingNumbers(model);
+    std::unordered_set<std::uint64_t> referrers;
+    if (!missing.empty())
+        referrers = referrersOf(path, missing);
+    std::vector<Handle(Standard_Transient)> damaged;
+    for (int i = 1; i <= model.NbEntities(); ++i) {
+        const Handle(Standard_Transient) &entity = model.Value(i);
+        const bool refers =
+            !referrers.empty() && referrers.count(std::uint64_t(model.IdentLabel(entity))) > 0;
+        if (refers || model.IsErrorEntity(i))
+            damaged.push_back(entity);
+    }
+    return damaged;
+}
+
 } // namespace
 
-StepDamage::StepDamage(const StepEntities &entities)
+StepDamage::StepDamage(const StepEntities &entities, const std::string &path)
 {
-    const std::set<int> damaged = damagedEntities(*entities.model());
+    const std::vector<Handle(Standard_Transient)> damaged =
+        damagedEntities(*entities.model(), path);
     if (damaged.empty())
         return;
     const std::vector<bool> isNeeded = neededEntities(entities);
-    for (const int number : damaged) {
-        const Handle(Standard_Transient) &entity = entities.model()->Value(number);
-        if (!isNeeded[std::size_t(number)] || (endsShape(entity) && !tiesShape(entity)))
+    for (const Handle(Standard_Transient) & entity : damaged) {
+        const auto number = std::size_t(entities.model()->Number(entity));
+        if (!isNeeded[number] || (endsShape(entity) && !tiesShape(entity)))
             ++m_otherCount;
         else if (m_neededCount++ == 0)
             m_firstNeeded = entities.label(entity);

@@ -13,7 +13,8 @@ namespace tnconvert {
 /// along its references once.
 class StepDamage {
 public:
-    explicit StepDamage(const StepEntities &entities);
+    /// @p entities are those of the file @p path.
+    StepDamage(const StepEntities &entities, const std::string &path);
 
     /// Damaged entities that the shapes of products or the places of occurrences are made of.
     std::size_t neededCount() const { return m_neededCount; }

@@ -9,15 +9,12 @@
 #include "readers/step/StepHeader.h"
 #include "readers/step/StepNumbers.h"
 
-#include <STEPConstruct_ExternRefs.hxx>
-#include <StepBasic_DocumentFile.hxx>
 #include <StepGeom_CartesianPoint.hxx>
 #include <StepGeom_Direction.hxx>
 #include <StepGeom_Vector.hxx>
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -94,7 +91,7 @@ StepDocument::StepDocument(const std::string &path, Report &report)
         checkNodeCount(fileName(m_path), m_structure->nodeCount());
         m_looks.emplace(*m_entities);
         m_properties.emplace(*m_entities);
-        findReferences();
+        m_partFiles = partFilesOf(m_path, *m_entities, *m_structure);
     });
     if (!isDone)
         throw ConversionError(fileName(path) + " is damaged: its products cannot be read.");
@@ -124,7 +121,7 @@ void StepDocument::checkNumbers() const
 void StepDocument::noteDamage(Report &report)
 {
     const std::string isDamaged = fileName(m_path) + " is damaged: ";
-    const StepDamage damage(*m_entities);
+    const StepDamage damage(*m_entities, m_path);
     if (damage.neededCount() > 0)
         m_losses.add(StepLosses::Kind::Needed, damage.firstNeeded(), damage.neededCount());
     // The kernel knows no finite elements, and takes them for damage.
@@ -136,30 +133,6 @@ void StepDocument::noteDamage(Report &report)
                        + " of its colours cannot be read.");
     for (const Handle(Standard_Transient) & placement : m_structure->lostPlaces())
         m_losses.add(StepLosses::Kind::Place, m_entities->label(placement));
-}
-
-void StepDocument::findReferences()
-{
-    if (m_entities->all<StepBasic_DocumentFile>().empty())
-        return;
-    STEPConstruct_ExternRefs references(m_entities->session());
-    references.LoadExternRefs();
-    const std::filesystem::path directory = std::filesystem::path(m_path).parent_path();
-    const std::vector<StepProduct> &products = m_structure->products();
-    for (int i = 1; i <= references.NbExternRefs(); ++i) {
-        const Standard_CString stated = references.FileName(i);
-        if (!stated || !*stated)
-            continue;
-        const auto product = std::find_if(products.begin(), products.end(), [&](const auto &one) {
-            return !one.entity.IsNull() && one.entity == references.ProdDef(i);
-        });
-        if (product == products.end())
-            continue;
-        std::string portable = stated;
-        std::replace(portable.begin(), portable.end(), '\\', '/');
-        m_references.push_back({std::size_t(product - products.begin()),
-                                absolutePath((directory / portable).string())});
-    }
 }
 
 } // namespace tnconvert

@@ -4,6 +4,7 @@
 #include "readers/step/StepEntities.h"
 #include "readers/step/StepLooks.h"
 #include "readers/step/StepLosses.h"
+#include "readers/step/StepPartFiles.h"
 #include "readers/step/StepProperties.h"
 #include "readers/step/StepStructure.h"
 
@@ -19,12 +20,6 @@ namespace tnconvert {
 /// A Step file as it was read, before any shape is made.
 class StepDocument {
 public:
-    /// A product whose shape is in another file.
-    struct Reference {
-        std::size_t product;
-        std::string file; ///< absolute
-    };
-
     /// Reads and checks @p path. Throws ConversionError when nothing can be made of it; damage that
     /// loses nothing is reported as warnings.
     StepDocument(const std::string &path, Report &report);
@@ -34,7 +29,7 @@ public:
     const StepStructure &structure() const { return *m_structure; }
     const StepLooks &looks() const { return *m_looks; }
     const StepProperties &properties() const { return *m_properties; }
-    const std::vector<Reference> &references() const { return m_references; }
+    const std::vector<StepPartFile> &partFiles() const { return m_partFiles; }
 
     /// What is known to be missing before shapes are made.
     const StepLosses &losses() const { return m_losses; }
@@ -43,7 +38,6 @@ private:
     void readEntities();
     void checkNumbers() const;
     void noteDamage(Report &report);
-    void findReferences();
 
     const std::string m_path;
     STEPControl_Reader m_reader;
@@ -51,7 +45,7 @@ private:
     std::optional<StepStructure> m_structure;
     std::optional<StepLooks> m_looks;
     std::optional<StepProperties> m_properties;
-    std::vector<Reference> m_references;
+    std::vector<StepPartFile> m_partFiles;
     StepLosses m_losses;
 };
 

@@ -125,6 +125,7 @@ public:
     std::vector<Handle(Standard_Transient)> lostPlaces(const std::vector<StepProduct> &products)
     {
         std::vector<Handle(Standard_Transient)> lost = m_placements.damaged();
+        lost.insert(lost.end(), m_shapeless.begin(), m_shapeless.end());
         // Files that place nothing at all mean it so.
         if (m_placing.empty() && !m_isMapping)
             return lost;
@@ -248,6 +249,9 @@ private:
             } else {
                 occurrence.placement = placementOf(placing->second, pair);
                 m_isPlaced.insert(pair);
+                // It places a shape, and the part has lost what says that the shape is its own.
+                if (m_placed[part->second].empty())
+                    m_shapeless.emplace_back(entity);
             }
             m_products[whole->second].occurrences.push_back(occurrence);
             m_products[part->second].isUsed = true;
@@ -392,6 +396,7 @@ private:
     std::map<std::pair<std::size_t, Entity>, gp_Trsf> m_places; ///< the same by representation
     std::set<Pair> m_isPlaced; ///< by a relationship
     std::map<Pair, std::deque<std::size_t>> m_unplaced; ///< occurrences, by their number
+    std::vector<Handle(Standard_Transient)> m_shapeless; ///< occurrences of parts without a shape
     bool m_isMapping = false; ///< there are mapped items
 };
 

@@ -65,8 +65,8 @@ public:
     /// it, and the count ends at 10^18.
     std::uint64_t nodeCount() const { return m_nodeCount; }
 
-    /// What states a place that could not be read, or should state one and does not; what it places
-    /// stands where its product has its origin.
+    /// What states a place that could not be read, or should state one and does not, or places what
+    /// is no shape of its product; what it places stands where its product has its origin.
     const std::vector<Handle(Standard_Transient)> &lostPlaces() const { return m_lostPlaces; }
 
 private:
