@@ -156,7 +156,6 @@ int main(int argc, char **argv)
     if (headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         Console::muteScreenWarnings();
-        Console::printLog();
     }
 
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // small icons would be ragged

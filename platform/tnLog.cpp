@@ -1,5 +1,7 @@
 #include "platform/tnLog.h"
 
+#include <QtCore/QStringList>
+
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -29,7 +31,10 @@ void emitText(tnLog::Level level, const QString &text)
         return;
     }
     static constexpr const char *prefixes[] = {"", "Warning: ", "Error: "};
-    std::fprintf(stderr, "%s%s\n", prefixes[static_cast<int>(level)], text.toUtf8().constData());
+    for (const QString &line : text.split(QLatin1Char('\n'))) {
+        std::fprintf(stderr, "%s%s\n", prefixes[static_cast<int>(level)],
+                     tnLog::printable(line).toUtf8().constData());
+    }
 }
 
 } // namespace
@@ -54,6 +59,18 @@ void tnLog::warning(const char *format, ...)
 void tnLog::error(const char *format, ...)
 {
     TN_LOG(Level::Error);
+}
+
+QString tnLog::printable(const QString &line)
+{
+    QString result;
+    for (const QChar character : line) {
+        if (character.category() == QChar::Other_Control)
+            result += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            result += character;
+    }
+    return result;
 }
 
 void tnLog::setSink(Sink sink)

@@ -18,7 +18,11 @@ public:
     static void warning(const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
     static void error(const char *format, ...) Q_ATTRIBUTE_FORMAT_PRINTF(1, 2);
 
-    /// Where the log goes; without one to the standard error stream. The sink is called in the
-    /// thread that logs.
+    /// Where the log goes; without one to the standard error stream, line by line and printable.
+    /// The sink is called in the thread that logs.
     static void setSink(Sink sink);
+
+    /// A line without control characters, which may rule the terminal that it is printed to: they
+    /// become \u001b and the like, which JSON understands as well.
+    static QString printable(const QString &line);
 };

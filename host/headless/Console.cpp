@@ -13,35 +13,14 @@ namespace {
 
 bool lostOutput = false;
 
-QString escaped(const QString &line)
-{
-    QString result;
-    for (const QChar character : line) {
-        if (character.category() == QChar::Other_Control)
-            result += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
-        else
-            result += character;
-    }
-    return result;
-}
-
 } // namespace
 
 void Console::print(std::FILE *stream, const QString &line)
 {
-    const bool isPrinted = std::fprintf(stream, "%s\n", escaped(line).toUtf8().constData()) >= 0
+    const bool isPrinted =
+        std::fprintf(stream, "%s\n", tnLog::printable(line).toUtf8().constData()) >= 0
         && std::fflush(stream) == 0;
     lostOutput = lostOutput || (!isPrinted && stream != stderr);
-}
-
-void Console::printLog()
-{
-    tnLog::setSink([](tnLog::Level level, const QString &text) {
-        static constexpr const char *prefixes[] = {"", "Warning: ", "Error: "};
-        const QString prefix = QLatin1String(prefixes[static_cast<int>(level)]);
-        for (const QString &line : text.split(QLatin1Char('\n')))
-            print(stderr, prefix + line);
-    });
 }
 
 bool Console::hasLostOutput()

@@ -15,8 +15,6 @@ public:
     /// line as it comes. A file's name, which a stranger may have chosen, is not to rule the
     /// terminal: control characters are written as \u001b, which JSON understands as well.
     static void print(std::FILE *stream, const QString &line);
-    /// Prints what is logged from now on to the standard error stream, line by line.
-    static void printLog();
     /// Whether a line was lost, for want of space on a disk say, that was not for the standard
     /// error stream.
     static bool hasLostOutput();

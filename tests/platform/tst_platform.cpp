@@ -5,6 +5,8 @@
 
 #include <QtTest/QtTest>
 
+#include <unistd.h>
+
 class tst_Platform : public QObject {
     Q_OBJECT
 
@@ -27,6 +29,20 @@ private slots:
         for (const tnMessage::Attribute &attribute : message.attributes())
             keys += attribute.first + ' ';
         QCOMPARE(keys, std::string("files empty answer "));
+    }
+
+    /// Without a sink the log goes to the standard error stream.
+    void printedLog()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        const int before = dup(STDERR_FILENO);
+        QVERIFY(before >= 0 && dup2(file.handle(), STDERR_FILENO) >= 0);
+        tnLog::warning("%s", "a\x1b[31m\u009b\nb\u00e4");
+        dup2(before, STDERR_FILENO);
+        close(before);
+        file.seek(0);
+        QCOMPARE(file.readAll(), QByteArray("Warning: a\\u001b[31m\\u009b\nWarning: b\u00e4\n"));
     }
 
     void checkWrite()
