@@ -33,29 +33,6 @@ constexpr int exitTime = 500;
 // How long the death of a killed process may take before its file no longer waits for it.
 constexpr int killTime = 1000;
 
-/// The words of one of the system's files about a process; none when it has ended.
-QList<QByteArray> processFacts(qint64 process, const char *file)
-{
-    QFile facts(QStringLiteral("/proc/%1/%2").arg(QString::number(process), QLatin1String(file)));
-    return facts.open(QIODevice::ReadOnly) ? facts.readAll().simplified().split(' ')
-                                           : QList<QByteArray>();
-}
-
-/// Bytes of a process and those that it started, without what they share with others: libraries,
-/// and files that the system can drop.
-qint64 memoryOf(qint64 process)
-{
-    const QList<QByteArray> pages = processFacts(process, "statm");
-    qint64 sum =
-        (pages.value(1).toLongLong() - pages.value(2).toLongLong()) * sysconf(_SC_PAGESIZE);
-    const QByteArray children = "task/" + QByteArray::number(process) + "/children";
-    for (const QByteArray &child : processFacts(process, children)) {
-        if (!child.isEmpty())
-            sum += memoryOf(child.toLongLong());
-    }
-    return sum;
-}
-
 /// Once, rather than for each process and each batch.
 void warnOfConverter(const QString &message)
 {
@@ -134,11 +111,11 @@ void ConverterWorker::watch()
                  .arg(fileName(), QString::number(m_limits.silence / 1000.0)));
 }
 
-qint64 ConverterWorker::memory() const
+qint64 ConverterWorker::memory(ProcessMemory::Count count) const
 {
     if (m_state == State::Killed || m_state == State::Dead)
         return 0;
-    return memoryOf(m_process->processId());
+    return ProcessMemory::of(m_process->processId(), count);
 }
 
 void ConverterWorker::endForMemory(qint64 memory)

@@ -3,6 +3,7 @@
 #include "host/import/Conversion.h"
 #include "host/import/ConversionWatch.h"
 #include "host/import/PipedProcess.h"
+#include "host/import/ProcessMemory.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
@@ -57,7 +58,7 @@ public:
     void watch();
     /// Bytes that the process and those that it started take for themselves alone; 0 once it has
     /// been killed.
-    qint64 memory() const;
+    qint64 memory(ProcessMemory::Count count) const;
     /// Kills the process; the current file, if there is one, ends as failed for that reason.
     void endForMemory(qint64 memory);
     /// Kills the process without waiting for its end, for a quick shutdown of many.

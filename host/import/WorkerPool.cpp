@@ -68,19 +68,25 @@ void WorkerPool::onWatch()
 
 void WorkerPool::keepBudget()
 {
+    using Count = ProcessMemory::Count;
     if (m_limits.budget <= 0)
         return;
-    qint64 sum = 0;
-    // An idle worker goes before any file fails, then the largest: never one within its even share.
-    std::tuple<bool, qint64, ConverterWorker *> first(false, 0, nullptr);
-    for (const auto &worker : m_workers) {
-        const qint64 memory = worker->memory();
-        sum += memory;
-        if (memory > 0)
-            first = std::max(first, std::make_tuple(worker->isIdle(), memory, worker.get()));
+    for (const Count count : {Count::Quick, Count::Exact}) {
+        qint64 sum = 0;
+        // An idle worker goes before any file fails, then the largest: never one within its even
+        // share.
+        std::tuple<bool, qint64, ConverterWorker *> first(false, 0, nullptr);
+        for (const auto &worker : m_workers) {
+            const qint64 memory = worker->memory(count);
+            sum += memory;
+            if (memory > 0)
+                first = std::max(first, std::make_tuple(worker->isIdle(), memory, worker.get()));
+        }
+        if (sum <= m_limits.budget)
+            return;
+        if (count == Count::Exact)
+            std::get<ConverterWorker *>(first)->endForMemory(std::get<qint64>(first));
     }
-    if (sum > m_limits.budget)
-        std::get<ConverterWorker *>(first)->endForMemory(std::get<qint64>(first));
 }
 
 void WorkerPool::onWorkerEnded(ConverterWorker *worker)

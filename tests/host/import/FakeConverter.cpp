@@ -99,6 +99,10 @@ void runCommand(const QString &line)
         if (fork() == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             const QByteArray taken(first.toInt(), 'x');
+            // And in copies of it, which share what they do not change.
+            for (int copies = rest.section(' ', 1, 1).toInt(); copies > 0 && fork() > 0; --copies) {
+            }
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
             pause();
         }
     } else if (command == "say") {

@@ -268,7 +268,7 @@ private slots:
         fixture.service->setMaxParallelProcesses(2);
         const quint64 job = fixture.convert(
             {fixture.file("large.step", "half\ntake 350000000\nhang"),
-             fixture.file("small.step", "take 50000000\nsleep 1500"), fixture.file("next.step")});
+             fixture.file("small.step", "take 50000000 3\nsleep 1500"), fixture.file("next.step")});
         QVERIFY(fixture.wait(job));
         QCOMPARE(fixture.count(job,
                                "failed large The conversion of large.step was ended: it took "
