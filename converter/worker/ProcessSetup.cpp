@@ -1,5 +1,6 @@
 #include "worker/ProcessSetup.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -84,10 +85,12 @@ void limitResources()
     };
     for (const auto &[resource, bound] : limits) {
         rlimit limit{};
-        if (getrlimit(resource, &limit) == 0 && limit.rlim_cur > bound) { // infinity is the most
-            limit.rlim_cur = bound;
-            setrlimit(resource, &limit);
-        }
+        if (getrlimit(resource, &limit) != 0)
+            continue;
+        limit.rlim_cur = std::min(limit.rlim_cur, bound); // infinity is the most
+        // Nor can what a file brings in raise them again. Room to be told of the end by a signal.
+        limit.rlim_max = std::min(limit.rlim_max, bound + 1);
+        setrlimit(resource, &limit);
     }
     // A file that grows past the limit fails its writing, which has a sentence of its own.
     std::signal(SIGXFSZ, SIG_IGN);

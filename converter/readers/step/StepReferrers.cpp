@@ -29,8 +29,8 @@ std::unordered_set<std::uint64_t> referrersOf(const std::string &path,
     std::uint64_t entity = 0; // 0: the next number is that of an entity
     for (std::size_t at = 0; at < content.size(); ++at) {
         // A quote within a text is doubled, as if one text came behind another.
-        for (std::size_t next = at; (next = behindText(content, at)) != at;)
-            at = next;
+        while (behindText(content, at) != at)
+            at = behindText(content, at);
         if (content[at] == ';')
             entity = 0;
         if (content[at] != '#')
