@@ -21,6 +21,7 @@
 #include <QtCore/QTimer>
 #include <QtWidgets/QApplication>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <memory>
@@ -69,9 +70,16 @@ int runBatch(HostServices &services, const CommandLine &commandLine)
                            .arg(options.outputDirectory));
         return wrongUsage;
     }
+    services.fileService().setLargestFirst(true);
+    const FileCollector::Result files =
+        FileCollector::collect(commandLine.files(), services.fileService());
+    services.fileService().prepare(static_cast<int>(
+        std::count_if(files.files.begin(), files.files.end(), [&services](const auto &file) {
+            return file.problem.isEmpty()
+                && services.fileService().isDirectLoadCandidate(file.path);
+        })));
     BatchRunner runner(
-        services.fileService(), services.scene(), options,
-        FileCollector::collect(commandLine.files(), services.fileService()),
+        services.fileService(), services.scene(), options, files,
         [](const QString &line) { Console::print(stdout, line); },
         [](const QString &line) { Console::print(stderr, line); });
     return runToEnd(runner);

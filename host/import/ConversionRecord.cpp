@@ -49,11 +49,13 @@ std::optional<ConversionRecord> ConversionRecord::fromJson(const QByteArray &jso
     if (!object.contains(eventsKey) || !object.contains(referencesKey))
         return std::nullopt;
     ConversionRecord record;
-    for (const QJsonValue &event : object.value(eventsKey).toArray())
+    const QJsonArray events = object.value(eventsKey).toArray();
+    for (const QJsonValue &event : events)
         record.events.push_back({static_cast<Event::Kind>(event[0].toInt()), event[1].toString(),
                                  event[2].toString(),
                                  static_cast<tnCADFileTypes::JobState>(event[3].toInt())});
-    for (const QJsonValue &reference : object.value(referencesKey).toArray())
+    const QJsonArray references = object.value(referencesKey).toArray();
+    for (const QJsonValue &reference : references)
         record.references.push_back(
             {reference[0].toString(), QByteArray::fromHex(reference[1].toString().toLatin1())});
     return record;

@@ -34,6 +34,12 @@ int Conversions::running() const
                                          [](const auto &each) { return each->isLooking(); }));
 }
 
+void Conversions::prepare(int count)
+{
+    if (m_program.isEmpty())
+        m_pool.prepare(count);
+}
+
 void Conversions::start(ConversionRequest request, ConversionObserver &observer)
 {
     request.settings.insert(QStringLiteral("FollowOutside"), m_limits.followOutside);

@@ -27,6 +27,8 @@ public:
 
     /// Files that are on their way, less those that no longer need a processor.
     int running() const;
+    /// Has processes ready for so many files at a time, unless their results may be there already.
+    void prepare(int count);
     void start(ConversionRequest request, ConversionObserver &observer);
     /// Ends the observer's conversion as aborted, soon; nothing when it has none.
     void abort(const ConversionObserver &observer);

@@ -82,7 +82,8 @@ ConverterWorker::~ConverterWorker()
 
 bool ConverterWorker::isIdle() const
 {
-    return m_state == State::Ready && !m_task.observer && !m_outputClosed;
+    return (m_state == State::Starting || m_state == State::Ready) && !m_task.observer
+        && !m_outputClosed;
 }
 
 void ConverterWorker::convert(const ConversionRequest &request, ConversionObserver &observer)

@@ -46,7 +46,7 @@ public:
     /// Kills the process and waits for its end. The observer hears nothing of it.
     ~ConverterWorker() override;
 
-    /// Whether convert() may be called.
+    /// Whether convert() may be called, be it that the process has yet to start.
     bool isIdle() const;
     /// Whose file is being converted, or null.
     const ConversionObserver *observer() const { return m_task.observer; }

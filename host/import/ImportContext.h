@@ -35,6 +35,7 @@ struct ImportRequest {
     QString outputDirectory; ///< empty: a temporary one
     bool load = false;
     bool removeConverted = false;
+    bool isLargestFirst = false; ///< the files need not start in their order
     ImportSettings settings;
     tndSceneImportSettings sceneSettings;
 };

@@ -7,6 +7,9 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+#include <numeric>
+
 namespace tnhost {
 
 ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
@@ -25,6 +28,10 @@ ImportJob::ImportJob(const ImportContext &context, ImportRequest request)
         file.type = FileTypeProbe::byName(file.path);
         m_files.push_back(std::make_unique<FileImport>(*this, i, file));
     }
+    m_order.resize(count);
+    std::iota(m_order.begin(), m_order.end(), std::size_t(0));
+    if (m_request.isLargestFirst)
+        sortBySize();
     QMetaObject::invokeMethod(this, &ImportJob::begin, Qt::QueuedConnection);
 }
 
@@ -40,6 +47,17 @@ void ImportJob::cleanUp()
     for (const auto &[file, claim] : m_claims)
         m_context.names.release(claim);
     m_claims.clear();
+}
+
+/// A large file that starts last would keep one core busy while the others idle.
+void ImportJob::sortBySize()
+{
+    std::vector<qint64> sizes;
+    sizes.reserve(m_files.size());
+    for (const FileResult &file : m_result->files)
+        sizes.push_back(QFileInfo(file.path).size());
+    std::stable_sort(m_order.begin(), m_order.end(),
+                     [&sizes](std::size_t a, std::size_t b) { return sizes[a] > sizes[b]; });
 }
 
 void ImportJob::begin()
@@ -78,7 +96,7 @@ bool ImportJob::hasWaitingFile() const
 void ImportJob::startNext()
 {
     if (hasWaitingFile())
-        m_files[m_started++]->start();
+        m_files[m_order[m_started++]]->start();
 }
 
 void ImportJob::abort()
@@ -88,7 +106,7 @@ void ImportJob::abort()
     m_aborted = true;
     const auto abortFiles = [this] {
         for (std::size_t i = 0; i < m_started; ++i)
-            m_files[i]->abort();
+            m_files[m_order[i]]->abort();
         checkEnd();
     };
     QMetaObject::invokeMethod(this, abortFiles, Qt::QueuedConnection);

@@ -66,6 +66,7 @@ signals:
 
 private:
     void begin();
+    void sortBySize();
     void prepareOutput();
     void checkEnd();
 
@@ -79,7 +80,8 @@ private:
     QString m_problem;
     std::unordered_map<std::size_t, OutputNames::Claim> m_claims; ///< by file
     std::vector<std::unique_ptr<FileImport>> m_files;
-    std::size_t m_started = 0; ///< the files before this one
+    std::vector<std::size_t> m_order; ///< the files by when they start
+    std::size_t m_started = 0; ///< so many of these
     std::size_t m_reported = 0; ///< files whose end shows in the progress
     std::size_t m_ended = 0; ///< files that report nothing more
     bool m_begun = false;

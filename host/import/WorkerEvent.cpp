@@ -27,7 +27,8 @@ QString WorkerEvent::text(const char *key) const
 QStringList WorkerEvent::texts(const char *key) const
 {
     QStringList texts;
-    for (const QJsonValue &text : m_object.value(QLatin1String(key)).toArray())
+    const QJsonArray array = m_object.value(QLatin1String(key)).toArray();
+    for (const QJsonValue &text : array)
         texts << text.toString();
     return texts;
 }

@@ -29,6 +29,12 @@ int WorkerPool::running() const
                       [](const auto &worker) { return worker->observer() != nullptr; }));
 }
 
+void WorkerPool::prepare(int count)
+{
+    while (static_cast<int>(m_workers.size()) < count)
+        addWorker();
+}
+
 void WorkerPool::start(const ConversionRequest &request, ConversionObserver &observer)
 {
     const auto idle = std::find_if(m_workers.begin(), m_workers.end(),

@@ -24,6 +24,9 @@ public:
     /// Conversions that have been started and have not come to their end.
     int running() const;
 
+    /// Starts processes until there are so many, for conversions that are about to come. They end
+    /// when none come.
+    void prepare(int count);
     void start(const ConversionRequest &request, ConversionObserver &observer);
     /// Ends the observer's conversion as aborted, soon; nothing when it has none.
     void abort(const ConversionObserver &observer);

@@ -184,6 +184,7 @@ quint64 FileService::addJob(ImportRequest request)
 {
     m_partNames.reserve(request.files);
     request.id = ++m_lastId;
+    request.isLargestFirst = m_isLargestFirst;
     request.settings = m_settings;
     request.sceneSettings = m_sceneSettings;
     m_jobs.push_back(std::make_unique<ImportJob>(m_context, std::move(request)));
@@ -191,6 +192,18 @@ quint64 FileService::addJob(ImportRequest request)
     connect(job, &ImportJob::workAdded, this, &FileService::schedule);
     connect(job, &ImportJob::ended, this, [this, job] { onJobEnded(job); });
     return m_lastId;
+}
+
+void FileService::prepare(int files)
+{
+    m_conversions.prepare(std::min(files, limit()));
+}
+
+/// How many conversions may run at a time.
+int FileService::limit() const
+{
+    return std::max(
+        1, m_maxParallelProcesses > 0 ? m_maxParallelProcesses : QThread::idealThreadCount());
 }
 
 void FileService::schedule()
@@ -204,10 +217,8 @@ void FileService::schedule()
 void FileService::onSchedule()
 {
     m_isScheduled = false;
-    const int limit =
-        m_maxParallelProcesses > 0 ? m_maxParallelProcesses : QThread::idealThreadCount();
     ImportJob *job = nextJob();
-    if (!job || m_conversions.running() >= std::max(1, limit))
+    if (!job || m_conversions.running() >= limit())
         return;
     // One at a time: whoever learns of the start may do anything, to the jobs and to the limit.
     m_lastServed = job->id();

@@ -35,6 +35,11 @@ public:
     const ImportLog &log() const { return m_log; }
     /// The jobs that have not come to their end, in the order of their ids.
     std::vector<JobResultPtr> runningJobs() const;
+    /// Whether jobs from now on start with their largest files, so that no core idles at their end;
+    /// false at first.
+    void setLargestFirst(bool isLargestFirst) { m_isLargestFirst = isLargestFirst; }
+    /// Announces a job, so that converters start before its files need them.
+    void prepare(int files);
     /// The results of earlier conversions; null when there are none to be used.
     ResultStore *resultStore() const { return m_conversions.store(); }
 
@@ -74,6 +79,7 @@ public:
 
 private:
     quint64 addJob(ImportRequest request);
+    int limit() const;
     void schedule();
     void onSchedule();
     void onJobEnded(ImportJob *job);
@@ -91,6 +97,7 @@ private:
     BackgroundThread m_probeThread;
 
     int m_maxParallelProcesses = -1;
+    bool m_isLargestFirst = false;
     ImportSettings m_settings;
     tndSceneImportSettings m_sceneSettings;
     tndProjectMergeSettings m_mergeSettings;

@@ -18,9 +18,9 @@ namespace {
 bool writeHangingConverter(const HostProcess &host)
 {
     return host.write("converter",
-                      "#!/bin/sh\necho $$ > pid\n"
+                      "#!/bin/sh\n"
                       "echo '{\"event\":\"ready\",\"version\":2,\"formats\":[\"STL\"]}'\n"
-                      "read request\necho '{\"event\":\"started\",\"id\":1}'\n"
+                      "read request\necho $$ > pid\necho '{\"event\":\"started\",\"id\":1}'\n"
                       "while read request; do :; done\n")
         && QFile(host.path("converter")).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
 }

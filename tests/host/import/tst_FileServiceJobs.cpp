@@ -58,6 +58,47 @@ private slots:
         QVERIFY(!fixture.wasInsideCall);
     }
 
+    void startsProcessesAhead()
+    {
+        ServiceFixture fixture;
+        fixture.service->setMaxParallelProcesses(2);
+        fixture.service->prepare(5);
+        const auto processes = [] {
+            QFile children(QString("/proc/self/task/%1/children").arg(getpid()));
+            return children.open(QIODevice::ReadOnly) ? children.readAll().trimmed() : QByteArray();
+        };
+        const QByteArray before = processes();
+        QCOMPARE(before.split(' ').size(), 2);
+        // Files that come while they start wait for them, and for no others.
+        QVERIFY(fixture.wait(fixture.convert(fixture.files(4, "sleep 50"))));
+        QCOMPARE(processes(), before);
+        QCOMPARE(fixture.fakeProcesses().size(), 2);
+    }
+
+    void startsWithTheLargest()
+    {
+        ServiceFixture fixture;
+        fixture.service->setMaxParallelProcesses(1);
+        fixture.service->setLargestFirst(true);
+        const QByteArray line = "sleep 0\n";
+        const QStringList files{
+            fixture.file("a.step", line), fixture.file("b.step", line.repeated(3)),
+            fixture.file("c.step", line), fixture.file("d.step", line.repeated(2))};
+        const quint64 job = fixture.convert(files);
+        QVERIFY(fixture.wait(job));
+        QCOMPARE(fixture.signalsOf(job).filter("converting").join('|'),
+                 QString("converting b|converting d|converting a|converting c"));
+        // What has not started is not aborted, wherever it stands.
+        fixture.onSignal = [&fixture](quint64 id, const QString &signal) {
+            if (signal == "converting b")
+                fixture.service->abortImport(id);
+        };
+        const quint64 second = fixture.convert(files);
+        QVERIFY(fixture.wait(second));
+        QCOMPARE(fixture.count(second, "converted"), 1);
+        QCOMPARE(fixture.count(second, "converted b JobAborted"), 1);
+    }
+
     void boundsTheConversionsOfAllJobs()
     {
         ServiceFixture fixture;
