@@ -12,6 +12,7 @@
 #include "host/services/FileService.h"
 #include "host/services/HostServices.h"
 #include "host/services/LimitPreferences.h"
+#include "host/view/PictureFile.h"
 #include "platform/tnController.h"
 #include "platform/tnFile.h"
 #include "platform/tnLog.h"
@@ -82,7 +83,13 @@ int runBatch(HostServices &services, const CommandLine &commandLine)
         services.fileService(), services.scene(), options, files,
         [](const QString &line) { Console::print(stdout, line); },
         [](const QString &line) { Console::print(stderr, line); });
-    return runToEnd(runner);
+    const int status = runToEnd(runner);
+    QString error;
+    if (options.picture.isEmpty() || status > failed
+        || PictureFile::write(services.scene(), options.pictureSize, options.picture, &error))
+        return status;
+    Console::print(stderr, error);
+    return failed;
 }
 
 std::unique_ptr<ScriptRunner> makeScriptRunner(HostServices &services, QByteArray script,

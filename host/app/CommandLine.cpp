@@ -29,6 +29,8 @@ constexpr Option options[] = {
      true},
     {"output", "DIR", "Put the converted files of a headless run into this directory.", true},
     {"logbook", nullptr, "Tell where the logbook of a headless run stands.", true},
+    {"picture", "FILE.png", "Draw the scene of a headless run into this file.", true},
+    {"size", "WxH", "How large that picture is, in pixels; 1280x800 without it.", true},
     {"script", "FILE",
      "Send the messages of this file to the plug-in, one JSON object per line; print the answers.",
      false},
@@ -61,6 +63,18 @@ std::optional<int> processCount(const QString &text)
     bool isNumber = false;
     const int count = text.toInt(&isNumber);
     return isNumber && count >= 0 ? std::make_optional(count) : std::nullopt;
+}
+
+constexpr int largestPicture = 8192;
+
+/// Both numbers of pixels, such as 800x600.
+std::optional<QSize> pictureSize(const QString &text)
+{
+    const QStringList numbers = text.split(QLatin1Char('x'));
+    const QSize size(numbers.value(0).toInt(), numbers.value(1).toInt());
+    const bool isValid = numbers.size() == 2 && !size.isEmpty()
+        && size.boundedTo({largestPicture, largestPicture}) == size;
+    return isValid ? std::make_optional(size) : std::nullopt;
 }
 
 /// The parser asks the application for the program's name, and there is none yet.
@@ -152,6 +166,10 @@ void CommandLine::readBatch(const QCommandLineParser &parser)
     m_batch.tellsLogbook = parser.isSet(QStringLiteral("logbook"));
     if (parser.isSet(QStringLiteral("output")))
         m_batch.outputDirectory = QDir(parser.value(QStringLiteral("output"))).absolutePath();
+    if (parser.isSet(QStringLiteral("picture")))
+        m_batch.picture = QDir(parser.value(QStringLiteral("picture"))).absolutePath();
+    readValue(parser, "size", &pictureSize, "a size such as 800x600, of at most 8192 pixels",
+              m_batch.pictureSize);
     if (!parser.isSet(QStringLiteral("mode")))
         return;
     const QString name = parser.value(QStringLiteral("mode"));
@@ -177,6 +195,10 @@ void CommandLine::checkCombination(const QCommandLineParser &parser)
             fail(QStringLiteral("Option --%1 is for files that are imported with --headless.")
                      .arg(name));
     }
+    if (!m_batch.picture.isEmpty() && m_batch.mode == BatchOptions::Mode::Convert)
+        fail(QStringLiteral("With --mode convert there is no scene for a --picture."));
+    if (parser.isSet(QStringLiteral("size")) && m_batch.picture.isEmpty())
+        fail(QStringLiteral("Option --size is that of a --picture."));
     if (isScript && !m_files.isEmpty())
         fail(QStringLiteral("With --script the files are those of the script."));
     if (m_headless && !isScript && m_files.isEmpty() && !m_clearsCache)

@@ -1,11 +1,16 @@
 #include "host/app/ViewActions.h"
 
 #include "host/scene/Scene.h"
+#include "host/view/PictureFile.h"
 #include "host/view/SceneDisplay.h"
 
+#include <QtCore/QFileInfo>
+#include <QtGui/QImage>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QActionGroup>
+#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QMessageBox>
 
 #include <algorithm>
 
@@ -20,6 +25,9 @@ ViewActions::ViewActions(Scene &scene, SceneDisplay *display, QObject *parent)
     addDirections();
     addStyles();
     addHiding();
+    connect(add("savePicture", tr("Save &Picture…"), {}), &QAction::triggered, this,
+            &ViewActions::savePicture);
+    addSeparator();
 }
 
 void ViewActions::addTo(QMenu &menu) const
@@ -133,6 +141,20 @@ void ViewActions::hideSelection()
         m_scene.hide(selected);
     else
         m_scene.show(selected);
+}
+
+void ViewActions::savePicture()
+{
+    QWidget *const window = m_display->widget()->window();
+    QString path = QFileDialog::getSaveFileName(window, tr("Save Picture"), {}, tr("PNG (*.png)"));
+    if (path.isEmpty())
+        return;
+    if (QFileInfo(path).suffix().isEmpty())
+        path += QStringLiteral(".png");
+    QString error;
+    const QImage image = m_display->picture(&error);
+    if (image.isNull() || !PictureFile::write(image, path, &error))
+        QMessageBox::warning(window, tr("Save Picture"), error);
 }
 
 } // namespace tnhost

@@ -30,6 +30,7 @@ private:
     void addHiding();
     /// Hides what is selected; shows it if it was hidden altogether.
     void hideSelection();
+    void savePicture();
     void addSeparator();
 
     Scene &m_scene;

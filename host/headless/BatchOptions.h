@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QSize>
 #include <QtCore/QString>
 
 namespace tnhost {
@@ -13,6 +14,8 @@ struct BatchOptions {
     QString outputDirectory; ///< absolute; empty: the one that the dialog proposes
     int maxProcesses = -1; ///< -1: as the dialog has it
     bool tellsLogbook = false;
+    QString picture; ///< absolute path of the file to draw the scene into; empty: none
+    QSize pictureSize{1280, 800}; ///< in pixels
 };
 
 } // namespace tnhost

@@ -2,8 +2,9 @@
 
 #include "host/scene/SceneFragment.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEvent>
 #include <QtCore/QMetaObject>
-#include <QtCore/QRunnable>
 
 #include <algorithm>
 #include <numeric>
@@ -137,6 +138,12 @@ void EdgeFinder::request(const std::shared_ptr<const SceneMesh> &mesh)
             this, [this, mesh, edges = std::move(edges)] { emit found(mesh, edges); },
             Qt::QueuedConnection);
     });
+}
+
+void EdgeFinder::finish()
+{
+    m_pool.waitForDone();
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 } // namespace tnhost

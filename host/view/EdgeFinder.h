@@ -29,6 +29,8 @@ public:
 
     /// found() will be emitted from the event loop.
     void request(const std::shared_ptr<const SceneMesh> &mesh);
+    /// Finds at once what was requested.
+    void finish();
 
 signals:
     /// One list for each primitive of the mesh.

@@ -112,6 +112,11 @@ Renderer::Renderer(SoNode *parts)
 
 Renderer::~Renderer() = default;
 
+QColor Renderer::background(bool isDark)
+{
+    return isDark ? QColor(0x2b, 0x2e, 0x33) : QColor(0xee, 0xf0, 0xf3);
+}
+
 void Renderer::setWireframe(bool isWireframe)
 {
     m_style->style = isWireframe ? SoDrawStyle::LINES : SoDrawStyle::FILLED;

@@ -32,6 +32,8 @@ public:
     explicit Renderer(SoNode *parts);
     ~Renderer();
 
+    /// Of the pictures, quiet, and dark where the surroundings are.
+    static QColor background(bool isDark);
     void setWireframe(bool isWireframe);
     /// Into the framebuffer that is bound in the current context, which must stay the same one.
     /// Changes the state of OpenGL.

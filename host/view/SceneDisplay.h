@@ -2,6 +2,8 @@
 
 #include <QtCore/QString>
 
+class QImage;
+class QSize;
 class QWidget;
 
 namespace tnhost {
@@ -39,11 +41,20 @@ public:
     virtual void look(Direction direction) = 0;
     virtual void setOrthographic(bool isOrthographic) = 0;
     virtual void setDrawStyle(DrawStyle style) = 0;
+
+    /// What is seen, in the size of the widget in pixels. Null with a sentence for the user.
+    virtual QImage picture(QString *error) = 0;
 };
 
-/// What the module exports by the name in viewFactoryName. Null, with a sentence for the user,
+/// What the module exports by the names below. The view is null, with a sentence for the user,
 /// where no OpenGL can be had. The scene must outlive the display.
 using ViewFactory = SceneDisplay *(*)(Scene &scene, QString *error);
 constexpr const char *viewFactoryName = "tnCreateView";
+
+/// A picture of all that the scene shows, with no need of a display. Null with a sentence for the
+/// user.
+using PictureFunction = void (*)(const Scene &scene, const QSize &size, QImage &image,
+                                 QString *error);
+constexpr const char *pictureFunctionName = "tnRenderPicture";
 
 } // namespace tnhost

@@ -69,6 +69,7 @@ void SceneGraph::finish()
         if (const SceneNode *node = m_scene.find(tndNode(m_waiting.front())))
             build(*node);
     }
+    m_edgeFinder.finish();
     showSelection();
 }
 

@@ -32,7 +32,7 @@ public:
     SoNode *root() const { return m_root.get(); }
     /// Whether bodies show their edges, once these have been found.
     void showEdges(bool areShown);
-    /// Builds at once what is still waiting.
+    /// Builds at once what is still waiting, edges that are shown included.
     void finish();
 
 signals:

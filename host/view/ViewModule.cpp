@@ -3,6 +3,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
 #include <QtCore/QLibrary>
+#include <QtGui/QImage>
 
 namespace tnhost {
 
@@ -35,6 +36,14 @@ SceneDisplay *ViewModule::createView(Scene &scene, QString *error)
 {
     const auto create = reinterpret_cast<ViewFactory>(resolve(viewFactoryName, error));
     return create ? create(scene, error) : nullptr;
+}
+
+QImage ViewModule::renderPicture(const Scene &scene, const QSize &size, QString *error)
+{
+    QImage image;
+    if (const auto render = reinterpret_cast<PictureFunction>(resolve(pictureFunctionName, error)))
+        render(scene, size, image, error);
+    return image;
 }
 
 } // namespace tnhost

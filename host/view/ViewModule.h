@@ -12,6 +12,8 @@ public:
 
     /// See ViewFactory. Null with a sentence for the user also where the module is missing.
     static SceneDisplay *createView(Scene &scene, QString *error);
+    /// See PictureFunction.
+    static QImage renderPicture(const Scene &scene, const QSize &size, QString *error);
 };
 
 } // namespace tnhost

@@ -1,10 +1,12 @@
 #include "host/view/ViewWidget.h"
 
 #include "host/view/Overlay.h"
+#include "host/view/Picture.h"
 
 #include <QtGui/QMouseEvent>
 #include <QtGui/QOffscreenSurface>
 #include <QtGui/QOpenGLContext>
+#include <QtGui/QOpenGLFunctions>
 #include <QtGui/QPainter>
 #include <QtWidgets/QApplication>
 
@@ -49,15 +51,21 @@ SceneDisplay *ViewWidget::create(Scene &scene, QString *error)
         return nullptr;
     }
     Renderer::init();
-    return new ViewWidget(scene);
+    // Without a graphics card that would cost more than it is worth.
+    const QByteArray renderer(
+        reinterpret_cast<const char *>(context.functions()->glGetString(GL_RENDERER)));
+    const bool isSoftware = renderer.contains("llvmpipe") || renderer.contains("softpipe");
+    return new ViewWidget(scene, !isSoftware);
 }
 
-ViewWidget::ViewWidget(Scene &scene)
+ViewWidget::ViewWidget(Scene &scene, bool isSmoothed)
     : m_scene(scene)
     , m_graph(scene)
     , m_renderer(m_graph.root())
 {
-    setFormat(usualFormat());
+    QSurfaceFormat format = usualFormat();
+    format.setSamples(isSmoothed ? 4 : 0);
+    setFormat(format);
     setFocusPolicy(Qt::StrongFocus);
     connect(&m_graph, &SceneGraph::changed, this, &ViewWidget::onArrival);
 }
@@ -127,10 +135,31 @@ void ViewWidget::paintGL()
     // Not as each file arrives: there may be many before the next picture.
     if (m_fitsArrivals)
         m_camera.fit(shownBox(), size());
-    const bool isDark = palette().window().color().lightness() < 128;
-    m_renderer.render(m_camera, size() * devicePixelRatioF(),
-                      isDark ? QColor(0x2b, 0x2e, 0x33) : QColor(0xee, 0xf0, 0xf3));
-    QPainter painter(this);
+    m_renderer.render(m_camera, size() * devicePixelRatioF(), background());
+    paintOverlay(*this);
+}
+
+QImage ViewWidget::picture(QString *error)
+{
+    makeCurrent();
+    QImage image =
+        Picture::render(m_renderer, m_camera, size() * devicePixelRatioF(), background(), error);
+    doneCurrent();
+    if (image.isNull())
+        return image;
+    image.setDevicePixelRatio(devicePixelRatioF());
+    paintOverlay(image);
+    return image;
+}
+
+QColor ViewWidget::background() const
+{
+    return Renderer::background(palette().window().color().lightness() < 128);
+}
+
+void ViewWidget::paintOverlay(QPaintDevice &device)
+{
+    QPainter painter(&device);
     Overlay::paint(painter, size(), m_camera, shownBox(), palette().color(QPalette::WindowText));
 }
 

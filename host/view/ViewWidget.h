@@ -22,7 +22,7 @@ public:
     static SceneDisplay *create(Scene &scene, QString *error);
 
     /// The scene must outlive the widget, and OpenGL must be there.
-    explicit ViewWidget(Scene &scene);
+    explicit ViewWidget(Scene &scene, bool isSmoothed = false);
     ~ViewWidget() override;
 
     QWidget *widget() override { return this; }
@@ -32,6 +32,7 @@ public:
     void look(Direction direction) override;
     void setOrthographic(bool isOrthographic) override;
     void setDrawStyle(DrawStyle style) override;
+    QImage picture(QString *error) override;
 
     const Camera &camera() const { return m_camera; }
 
@@ -47,6 +48,8 @@ private:
     void onArrival();
     /// Of what is shown. At most O(vertices) after a change.
     const BoundingBox &shownBox();
+    QColor background() const;
+    void paintOverlay(QPaintDevice &device);
     /// Selects what is seen there; adding turns what it was.
     void select(const QPointF &place, bool isAdding);
     std::optional<Renderer::Hit> pick(const QPointF &place);

@@ -2,6 +2,7 @@
 
 #include <QtCore/QSettings>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QImage>
 #include <QtTest/QtTest>
 
 #include <array>
@@ -77,6 +78,7 @@ private slots:
     void needsNoStreams();
     void abortsOnSignals();
     void sharesAnOutputDirectory();
+    void drawsAPicture();
     void takesOverFromKilledHosts();
 };
 
@@ -211,6 +213,12 @@ void tst_Headless::refusesWrongUsage()
         {"cannot be written", "--headless --output " TN_BIN_DIR "/tnhost a.stl"},
         {"--mode", "--headless --mode bad a.stl"},
         {"--mode", "--mode keep a.stl"},
+        {"--size", "--headless --picture a.png --size 800x a.stl"},
+        {"--size", "--headless --picture a.png --size 800x0 a.stl"},
+        {"--size", "--headless --picture a.png --size 9000x10 a.stl"},
+        {"--size", "--headless --size 80x60 a.stl"},
+        {"--picture", "--headless --picture a.png --mode convert a.stl"},
+        {"--picture", "--picture a.png a.stl"},
         {"--output", "--headless --script a.jsonl --output out"},
         {"--script", "--headless --script a.jsonl a.stl"},
         {"cannot be read", "--headless --script " TN_BIN_DIR "/missing.jsonl"},
@@ -317,6 +325,31 @@ void tst_Headless::sharesAnOutputDirectory()
     const QStringList names = namesIn(out.path());
     QCOMPARE(names.size(), 36);
     QCOMPARE(names.filter(QRegularExpression("^gear\\d+(-[23])?\\.glb$")).size(), 36);
+}
+
+void tst_Headless::drawsAPicture()
+{
+    HostProcess host;
+    QVERIFY(host.copySample("gear.stl", "gear.stl"));
+    const auto arguments = QStringLiteral("--headless --size 160x120 gear.stl --picture ");
+    const int status = host.run((arguments + "gear.png").split(' '));
+    if (host.errors.contains("OpenGL"))
+        QSKIP("This machine has no OpenGL that works without a display.");
+    QVERIFY2(status == 0 && host.errors.isEmpty(), host.report());
+    const QImage image(host.path("gear.png"), "PNG");
+    QCOMPARE(image.size(), QSize(160, 120));
+    QImage empty = image;
+    empty.fill(image.pixelColor(0, 0));
+    QVERIFY(image != empty);
+
+    for (const char *name : {"no.directory/gear.png", "."}) {
+        HostProcess other;
+        QVERIFY(other.copySample("gear.stl", "gear.stl"));
+        QVERIFY(other.copySample("gear.stl", "no.directory"));
+        QVERIFY2(other.run((arguments + name).split(' ')) == 1, other.report());
+        QVERIFY2(other.errors.contains("cannot be written"), other.report());
+        QVERIFY2(other.output.contains("1 of 1 files succeeded"), other.report());
+    }
 }
 
 void tst_Headless::takesOverFromKilledHosts()
