@@ -25,6 +25,10 @@ ViewActions::ViewActions(Scene &scene, SceneDisplay *display, QObject *parent)
     addDirections();
     addStyles();
     addHiding();
+    QAction *measure = add("measure", tr("&Measure Distance"), Qt::Key_M);
+    measure->setCheckable(true);
+    connect(measure, &QAction::toggled, this,
+            [this](bool isChecked) { m_display->setMeasuring(isChecked); });
     connect(add("savePicture", tr("Save &Picture…"), {}), &QAction::triggered, this,
             &ViewActions::savePicture);
     addSeparator();

@@ -163,8 +163,7 @@ void Renderer::render(const Camera &camera, const QSize &pixels, const QColor &b
     m_action.apply(m_root.get());
 }
 
-std::optional<Renderer::Hit> Renderer::pick(const Camera &camera, const QPointF &place,
-                                            const QSizeF &size)
+std::optional<Hit> Renderer::pick(const Camera &camera, const QPointF &place, const QSizeF &size)
 {
     this->place(camera, size.width() / size.height());
     SoRayPickAction action{

@@ -18,14 +18,15 @@
 
 namespace tnhost {
 
+/// What is seen at a place of a picture.
+struct Hit {
+    unsigned int node; ///< whose geometry it is
+    QVector3D point; ///< in the world
+};
+
 /// Draws a scene graph, lit from the eye, and tells what is to be seen at a place of the picture.
 class Renderer {
 public:
-    struct Hit {
-        unsigned int node; ///< whose geometry it is
-        QVector3D point; ///< in the world
-    };
-
     /// Makes the library ready, once for the process. Before anything else of it.
     static void init();
 

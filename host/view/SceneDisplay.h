@@ -41,6 +41,8 @@ public:
     virtual void look(Direction direction) = 0;
     virtual void setOrthographic(bool isOrthographic) = 0;
     virtual void setDrawStyle(DrawStyle style) = 0;
+    /// While measuring, clicks pick the two points of a distance rather than select.
+    virtual void setMeasuring(bool isMeasuring) = 0;
 
     /// What is seen, in the size of the widget in pixels. Null with a sentence for the user.
     virtual QImage picture(QString *error) = 0;

@@ -17,6 +17,8 @@ namespace tnhost {
 
 namespace {
 
+/// As far from a corner it is the corner that is measured.
+constexpr int snapPixels = 8;
 constexpr float degreesPerPixel = 0.4F;
 /// For one notch of a usual wheel, which has 120 units.
 constexpr double zoomPerNotch = 1.2;
@@ -115,6 +117,14 @@ void ViewWidget::setDrawStyle(DrawStyle style)
     m_graph.showEdges(style == DrawStyle::ShadedWithEdges);
 }
 
+void ViewWidget::setMeasuring(bool isMeasuring)
+{
+    m_isMeasuring = isMeasuring;
+    m_measurement.clear();
+    setCursor(isMeasuring ? Qt::CrossCursor : Qt::ArrowCursor);
+    update();
+}
+
 void ViewWidget::onArrival()
 {
     m_shownBox.reset();
@@ -161,6 +171,7 @@ void ViewWidget::paintOverlay(QPaintDevice &device)
 {
     QPainter painter(&device);
     Overlay::paint(painter, size(), m_camera, shownBox(), palette().color(QPalette::WindowText));
+    m_measurement.paint(painter, size(), m_camera);
 }
 
 void ViewWidget::mousePressEvent(QMouseEvent *event)
@@ -192,9 +203,22 @@ void ViewWidget::mouseMoveEvent(QMouseEvent *event)
 
 void ViewWidget::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (!m_isDragging && event->button() == Qt::LeftButton)
+    const bool isClick = !m_isDragging && event->button() == Qt::LeftButton;
+    if (isClick && m_isMeasuring)
+        measure(event->localPos());
+    else if (isClick)
         select(event->localPos(), event->modifiers() & Qt::ControlModifier);
     m_isDragging = false;
+}
+
+void ViewWidget::measure(const QPointF &place)
+{
+    const auto hit = pick(place);
+    if (!hit)
+        return;
+    const QVector3D beside = m_camera.unproject(place + QPointF(snapPixels, 0), size(), hit->point);
+    m_measurement.add(Measurement::snap(m_scene, *hit, (beside - hit->point).length()));
+    update();
 }
 
 void ViewWidget::select(const QPointF &place, bool isAdding)
@@ -224,7 +248,7 @@ void ViewWidget::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
-std::optional<Renderer::Hit> ViewWidget::pick(const QPointF &place)
+std::optional<Hit> ViewWidget::pick(const QPointF &place)
 {
     return m_renderer.pick(m_camera, place, size());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/view/Camera.h"
+#include "host/view/Measurement.h"
 #include "host/view/Renderer.h"
 #include "host/view/SceneDisplay.h"
 #include "host/view/SceneGraph.h"
@@ -32,6 +33,7 @@ public:
     void look(Direction direction) override;
     void setOrthographic(bool isOrthographic) override;
     void setDrawStyle(DrawStyle style) override;
+    void setMeasuring(bool isMeasuring) override;
     QImage picture(QString *error) override;
 
     const Camera &camera() const { return m_camera; }
@@ -50,9 +52,10 @@ private:
     const BoundingBox &shownBox();
     QColor background() const;
     void paintOverlay(QPaintDevice &device);
+    void measure(const QPointF &place);
     /// Selects what is seen there; adding turns what it was.
     void select(const QPointF &place, bool isAdding);
-    std::optional<Renderer::Hit> pick(const QPointF &place);
+    std::optional<Hit> pick(const QPointF &place);
     /// The point below the pointer; where there is none, one as deep as what is looked at.
     QVector3D pointAt(const QPointF &place);
 
@@ -62,6 +65,8 @@ private:
     Camera m_camera;
     bool m_fitsArrivals = true;
     std::optional<BoundingBox> m_shownBox; ///< nothing when it must be measured anew
+    bool m_isMeasuring = false;
+    Measurement m_measurement;
     QPoint m_pressed;
     QPoint m_last;
     bool m_isDragging = false;

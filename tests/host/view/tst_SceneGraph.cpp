@@ -131,7 +131,7 @@ private:
     {
         return m_scene->find(m_file)->children()[0]->children()[index]->id();
     }
-    std::optional<Renderer::Hit> pick(const QVector3D &point)
+    std::optional<Hit> pick(const QVector3D &point)
     {
         return m_renderer->pick(m_camera, m_camera.project(point, size), size);
     }
