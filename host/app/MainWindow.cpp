@@ -3,6 +3,7 @@
 #include "host/app/AssetManager.h"
 #include "host/app/LogPane.h"
 #include "host/app/SceneView.h"
+#include "host/app/SectionBar.h"
 #include "host/app/ViewActions.h"
 #include "host/app/ViewPane.h"
 #include "host/app/results/ResultsPane.h"
@@ -237,6 +238,9 @@ void MainWindow::createMenus()
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->addActions({import, folder, m_reload, assets});
 
+    auto *section = new SectionBar(m_view->display());
+    addToolBar(section);
+
     QMenu *file = menuBar()->addMenu(tr("&File"));
     file->addActions({import, folder, m_reload});
     file->addSeparator();
@@ -248,7 +252,8 @@ void MainWindow::createMenus()
     QMenu *view = menuBar()->addMenu(tr("&View"));
     (new ViewActions(m_services.scene(), m_view->display(), this))->addTo(*view);
     view->addActions({m_treeDock->toggleViewAction(), m_resultsDock->toggleViewAction(),
-                      m_logDock->toggleViewAction(), assets, bar->toggleViewAction()});
+                      m_logDock->toggleViewAction(), assets, bar->toggleViewAction(),
+                      section->toggleViewAction()});
 }
 
 void MainWindow::addClearing(QMenu &menu)

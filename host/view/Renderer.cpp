@@ -85,6 +85,7 @@ Renderer::Renderer(SoNode *parts)
     , m_orthographic(new SoOrthographicCamera)
     , m_cameras(new SoSwitch)
     , m_style(new SoDrawStyle)
+    , m_section(new SoClipPlane)
     , m_action(SbViewportRegion())
 {
     m_root->renderCaching = SoSeparator::OFF;
@@ -101,6 +102,8 @@ Renderer::Renderer(SoNode *parts)
     }
     m_root->addChild(m_cameras);
     m_root->addChild(m_style);
+    m_section->on = FALSE;
+    m_root->addChild(m_section);
     auto *hints = new SoShapeHints;
     hints->vertexOrdering = SoShapeHints::COUNTERCLOCKWISE; // lights both sides
     m_root->addChild(hints);
@@ -120,6 +123,18 @@ QColor Renderer::background(bool isDark)
 void Renderer::setWireframe(bool isWireframe)
 {
     m_style->style = isWireframe ? SoDrawStyle::LINES : SoDrawStyle::FILLED;
+}
+
+void Renderer::setSection(const Section &section, const BoundingBox &box)
+{
+    m_section->on = section.axis != Section::Axis::None && !box.isEmpty();
+    if (!m_section->on.getValue())
+        return;
+    const int axis = static_cast<int>(section.axis) - static_cast<int>(Section::Axis::X);
+    const float place = box.min[axis] + section.place * (box.max[axis] - box.min[axis]);
+    SbVec3f kept(0, 0, 0);
+    kept[axis] = section.isFlipped ? -1.0F : 1.0F;
+    m_section->plane = SbPlane(kept, kept[axis] * place);
 }
 
 void Renderer::place(const Camera &camera, double aspect)

@@ -5,6 +5,7 @@
 #include "host/view/NodePtr.h"
 
 #include <Inventor/actions/SoGLRenderAction.h>
+#include <Inventor/nodes/SoClipPlane.h>
 #include <Inventor/nodes/SoDrawStyle.h>
 #include <Inventor/nodes/SoOrthographicCamera.h>
 #include <Inventor/nodes/SoPerspectiveCamera.h>
@@ -36,6 +37,8 @@ public:
     /// Of the pictures, quiet, and dark where the surroundings are.
     static QColor background(bool isDark);
     void setWireframe(bool isWireframe);
+    /// Cuts what is drawn, and what is picked, at a place of the box; nothing when that is empty.
+    void setSection(const Section &section, const BoundingBox &box);
     /// Into the framebuffer that is bound in the current context, which must stay the same one.
     /// Changes the state of OpenGL.
     void render(const Camera &camera, const QSize &pixels, const QColor &background);
@@ -52,6 +55,7 @@ private:
     SoOrthographicCamera *m_orthographic;
     SoSwitch *m_cameras; ///< these two, in this order
     SoDrawStyle *m_style;
+    SoClipPlane *m_section;
     SoGLRenderAction m_action;
 };
 

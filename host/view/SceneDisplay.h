@@ -15,6 +15,15 @@ enum class Direction { Front, Back, Left, Right, Top, Bottom, Isometric };
 
 enum class DrawStyle { Shaded, ShadedWithEdges, Wireframe };
 
+/// A plane across an axis that cuts all that is shown.
+struct Section {
+    enum class Axis { None, X, Y, Z };
+
+    Axis axis = Axis::None;
+    float place = 0.5F; ///< from 0 to 1, between the least and the largest coordinate of all
+    bool isFlipped = false; ///< whether what lies before it, rather than behind it, is cut away
+};
+
 /// A view of a scene, as the window knows it. Comes out of a module of its own, so that only who
 /// looks at a scene loads what draws it. GUI thread only.
 class SceneDisplay {
@@ -41,6 +50,7 @@ public:
     virtual void look(Direction direction) = 0;
     virtual void setOrthographic(bool isOrthographic) = 0;
     virtual void setDrawStyle(DrawStyle style) = 0;
+    virtual void setSection(const Section &section) = 0;
     /// While measuring, clicks pick the two points of a distance rather than select.
     virtual void setMeasuring(bool isMeasuring) = 0;
 

@@ -117,6 +117,13 @@ void ViewWidget::setDrawStyle(DrawStyle style)
     m_graph.showEdges(style == DrawStyle::ShadedWithEdges);
 }
 
+void ViewWidget::setSection(const Section &section)
+{
+    m_section = section;
+    m_renderer.setSection(m_section, shownBox());
+    update();
+}
+
 void ViewWidget::setMeasuring(bool isMeasuring)
 {
     m_isMeasuring = isMeasuring;
@@ -135,16 +142,19 @@ void ViewWidget::onArrival()
 
 const BoundingBox &ViewWidget::shownBox()
 {
-    if (!m_shownBox)
+    if (!m_shownBox) {
         m_shownBox = m_scene.shownBox();
+        m_renderer.setSection(m_section, *m_shownBox);
+    }
     return *m_shownBox;
 }
 
 void ViewWidget::paintGL()
 {
     // Not as each file arrives: there may be many before the next picture.
+    const BoundingBox &shown = shownBox();
     if (m_fitsArrivals)
-        m_camera.fit(shownBox(), size());
+        m_camera.fit(shown, size());
     m_renderer.render(m_camera, size() * devicePixelRatioF(), background());
     paintOverlay(*this);
 }

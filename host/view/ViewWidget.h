@@ -33,6 +33,7 @@ public:
     void look(Direction direction) override;
     void setOrthographic(bool isOrthographic) override;
     void setDrawStyle(DrawStyle style) override;
+    void setSection(const Section &section) override;
     void setMeasuring(bool isMeasuring) override;
     QImage picture(QString *error) override;
 
@@ -65,6 +66,7 @@ private:
     Camera m_camera;
     bool m_fitsArrivals = true;
     std::optional<BoundingBox> m_shownBox; ///< nothing when it must be measured anew
+    Section m_section;
     bool m_isMeasuring = false;
     Measurement m_measurement;
     QPoint m_pressed;

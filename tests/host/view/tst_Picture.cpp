@@ -54,6 +54,7 @@ private slots:
         m_scene = std::make_unique<Scene>();
         m_camera = Camera();
         m_image = {};
+        m_section = {};
     }
 
     void showsAllThatIsShown()
@@ -125,6 +126,15 @@ private slots:
         QVERIFY(isGreen({5, 5, 10}) && isGreen({25, 5, 10}) && isRed({5, 0, 2}));
     }
 
+    void cutsAtTheSection()
+    {
+        add(cubes({{0, 0, 0}, {20, 0, 0}}));
+        m_section = {Section::Axis::X, 0.5F, false};
+        draw();
+        QVERIFY(isGreen({25, 5, 10}));
+        QCOMPARE(colorAt({5, 5, 10}), background);
+    }
+
     void batchesDrawAlone()
     {
         QString error;
@@ -152,6 +162,7 @@ private:
         Renderer::init();
         SceneGraph graph(*m_scene);
         Renderer renderer(graph.root());
+        renderer.setSection(m_section, m_scene->shownBox());
         renderer.setWireframe(style == DrawStyle::Wireframe);
         graph.showEdges(style == DrawStyle::ShadedWithEdges);
         graph.finish();
@@ -178,6 +189,7 @@ private:
 
     std::unique_ptr<Scene> m_scene;
     Camera m_camera;
+    Section m_section;
     QImage m_image;
 };
 
