@@ -1,5 +1,6 @@
 #include "conversion/Converter.h"
 #include "core/ForkedProcess.h"
+#include "core/Libraries.h"
 #include "core/Text.h"
 #include "protocol/Formats.h"
 #include "protocol/WorkerProtocol.h"
@@ -46,6 +47,7 @@ constexpr const char *usage =
     "  --worker              serve requests on the standard input, one JSON object on each line\n"
     "  --list-formats        list the file types and their suffixes\n"
     "  --version             print the version\n"
+    "  --libraries           list the libraries and their versions\n"
     "  --help                print this text\n"
     "\n"
     "Exit codes: 0 success, 1 failure, 2 wrong usage, 3 parts of an assembly are missing.\n";
@@ -208,6 +210,10 @@ int run(const std::vector<std::string> &arguments)
             return ExitSuccess;
         } else if (argument == "--version") {
             std::cout << "tnconvert " TN_VERSION "\n";
+            return ExitSuccess;
+        } else if (argument == "--libraries") {
+            for (const std::string &library : libraryVersions())
+                std::cout << library << '\n';
             return ExitSuccess;
         } else if (argument == "--list-formats") {
             listFormats();

@@ -6,8 +6,14 @@
 #include "host/app/SectionBar.h"
 #include "host/app/ViewActions.h"
 #include "host/app/ViewPane.h"
+#include "host/app/help/HelpMenu.h"
 #include "host/app/results/ResultsPane.h"
+#include "host/app/start/DropArea.h"
 #include "host/app/start/ImportCommands.h"
+#include "host/app/start/RecentFiles.h"
+#include "host/app/start/RecentMenu.h"
+#include "host/app/start/StartPage.h"
+#include "host/app/start/StartStack.h"
 #include "host/app/status/StatusBar.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
@@ -20,10 +26,8 @@
 #include "platform/tnLog.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QMimeData>
 #include <QtCore/QSettings>
 #include <QtCore/QTimer>
-#include <QtGui/QDragEnterEvent>
 #include <QtGui/QScreen>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
@@ -45,24 +49,6 @@ const QString stateKey = QStringLiteral("mainWindow/state");
 const QString headerKey = QStringLiteral("mainWindow/sceneHeader");
 const QString resultsKey = QStringLiteral("mainWindow/resultsHeader");
 
-QList<QUrl> localUrls(const QMimeData &data)
-{
-    QList<QUrl> result;
-    for (const QUrl &url : data.urls()) {
-        if (url.isLocalFile())
-            result << url;
-    }
-    return result;
-}
-
-/// Files are only ever copied: after a move the source would delete its own.
-bool isWelcome(const QDropEvent &event)
-{
-    // A modal dialog does not keep drops from the windows behind it.
-    return (event.possibleActions() & Qt::CopyAction) && !QApplication::activeModalWidget()
-        && !localUrls(*event.mimeData()).isEmpty();
-}
-
 /// What does not stop a file: what is missing from it, and what was repaired.
 void logRemarks(const JobResultPtr &job, std::size_t position)
 {
@@ -79,10 +65,10 @@ void logRemarks(const JobResultPtr &job, std::size_t position)
 MainWindow::MainWindow(HostServices &services)
     : m_services(services)
     , m_commands(new ImportCommands(services.fileService(), this))
+    , m_recent(new RecentFiles(services.fileService().log(), this))
 {
     setWindowTitle(QStringLiteral("tnhost"));
     setWindowIcon(HostIcons::icon(QStringLiteral("Application")));
-    setAcceptDrops(true);
 
     // First of all, so that everything that follows is logged where the user can see it.
     m_logDock = addDock(QStringLiteral("log"), tr("Log"), new LogPane, Qt::BottomDockWidgetArea);
@@ -91,7 +77,9 @@ MainWindow::MainWindow(HostServices &services)
         if (m_view->display())
             m_view->display()->keepCamera();
     });
-    setCentralWidget(m_view);
+    auto *start = new StartPage(*m_commands, *m_recent);
+    setCentralWidget(new StartStack(services.scene(), start, m_view));
+    new DropArea(this, *m_commands);
     m_tree = new SceneView(services.scene());
     m_treeDock = addDock(QStringLiteral("scene"), tr("Scene"), m_tree, Qt::LeftDockWidgetArea);
     m_results = new ResultsPane(services.fileService().log(), services.scene());
@@ -175,25 +163,6 @@ void MainWindow::askToQuit()
     m_question->open();
 }
 
-void MainWindow::dragEnterEvent(QDragEnterEvent *event)
-{
-    if (!isWelcome(*event))
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-}
-
-void MainWindow::dropEvent(QDropEvent *event)
-{
-    if (!isWelcome(*event))
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    // Where the files come from waits until this returns, and the search for them may take long.
-    QTimer::singleShot(
-        0, this, [this, urls = localUrls(*event->mimeData())] { m_commands->importUrls(urls); });
-}
-
 QDockWidget *MainWindow::addDock(const QString &name, const QString &title, QWidget *content,
                                  Qt::DockWidgetArea area)
 {
@@ -242,7 +211,9 @@ void MainWindow::createMenus()
     addToolBar(section);
 
     QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addActions({import, folder, m_reload});
+    file->addActions({import, folder});
+    file->addMenu(new RecentMenu(*m_recent, *m_commands, this));
+    file->addAction(m_reload);
     file->addSeparator();
     if (m_services.fileService().resultStore())
         addClearing(*file);
@@ -254,6 +225,7 @@ void MainWindow::createMenus()
     view->addActions({m_treeDock->toggleViewAction(), m_resultsDock->toggleViewAction(),
                       m_logDock->toggleViewAction(), assets, bar->toggleViewAction(),
                       section->toggleViewAction()});
+    menuBar()->addMenu(new HelpMenu(m_services.converterProgram(), this));
 }
 
 void MainWindow::addClearing(QMenu &menu)

@@ -11,6 +11,7 @@ namespace tnhost {
 
 class HostServices;
 class ImportCommands;
+class RecentFiles;
 class ResultsPane;
 class SceneView;
 class ViewPane;
@@ -29,8 +30,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
 
 private:
     QDockWidget *addDock(const QString &name, const QString &title, QWidget *content,
@@ -50,7 +49,8 @@ private:
     void onAssetManagerRequested(bool show);
 
     HostServices &m_services;
-    ImportCommands *m_commands; ///< owned as QObject child
+    ImportCommands *m_commands; ///< this and the next owned as QObject children
+    RecentFiles *m_recent;
     ViewPane *m_view = nullptr;
     SceneView *m_tree = nullptr;
     QDockWidget *m_treeDock = nullptr;

@@ -4,7 +4,6 @@
 #include "host/scene/Scene.h"
 #include "host/services/HostIcons.h"
 
-#include <QtGui/QPainter>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QHeaderView>
 
@@ -95,18 +94,6 @@ void SceneView::setColumnWidths(const QVariantList &widths)
             setColumnWidth(column, width.toInt());
         ++column;
     }
-}
-
-void SceneView::paintEvent(QPaintEvent *event)
-{
-    QTreeView::paintEvent(event);
-    if (m_scene.nodeCount() > 0)
-        return;
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(viewport()->rect().adjusted(leastWidth, 0, -leastWidth, 0),
-                     Qt::AlignCenter | Qt::TextWordWrap,
-                     tr("The scene is empty. Drop CAD files or folders here to import them."));
 }
 
 void SceneView::rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end)

@@ -34,7 +34,6 @@ public:
     void setColumnWidths(const QVariantList &widths);
 
 protected:
-    void paintEvent(QPaintEvent *event) override;
     void rowsAboutToBeRemoved(const QModelIndex &parent, int start, int end) override;
     void selectionChanged(const QItemSelection &selected,
                           const QItemSelection &deselected) override;

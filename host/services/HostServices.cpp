@@ -14,7 +14,8 @@
 namespace tnhost {
 
 HostServices::HostServices(const Options &options)
-    : m_scene(std::make_unique<Scene>())
+    : m_converterProgram(options.converterProgram)
+    , m_scene(std::make_unique<Scene>())
     , m_sceneService(std::make_unique<SceneService>(*m_scene))
     , m_controllerService(std::make_unique<ControllerService>())
 {

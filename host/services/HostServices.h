@@ -32,11 +32,13 @@ public:
 
     Scene &scene() { return *m_scene; }
     FileService &fileService() { return *m_fileService; }
+    const QString &converterProgram() const { return m_converterProgram; }
     ControllerService &controllerService() { return *m_controllerService; }
 
 private:
     void announceReadTypes() const;
 
+    const QString m_converterProgram;
     // The services stand on the scene, so it comes first and goes last.
     std::unique_ptr<Scene> m_scene;
     std::unique_ptr<SceneService> m_sceneService;
