@@ -68,7 +68,7 @@ private slots:
     void eyesHideAndShow();
 
 private:
-    HostServices m_services{{}};
+    HostServices m_services{{{}, {}, -1, {}, 1 << 20}};
 };
 
 void tst_MainWindow::reloadsAndRemovesTheSelection()
@@ -191,8 +191,9 @@ void tst_MainWindow::logsAnyText()
     const LogPane &log = *window.findChild<LogPane *>();
     emit m_services.fileService().fileLoadingFailed(1, "100%s.stl", "<b>bold</b> &\n  indented");
     tnLog::info("Fine");
+    window.findChild<QAction *>("clearResults")->trigger();
     QVERIFY2(QRegularExpression("^[\\d:]{8}  Error: 100%s.stl: <b>bold</b> &\n  indented\n"
-                                "[\\d:]{8}  Fine$")
+                                "[\\d:]{8}  Fine\n[\\d:]{8}  Earlier results removed: 0, 0 .*$")
                  .match(log.toPlainText())
                  .hasMatch(),
              qPrintable(log.toPlainText()));
