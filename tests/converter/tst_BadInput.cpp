@@ -387,6 +387,22 @@ private slots:
         QVERIFY(fixture.result().triangles > 0);
     }
 
+    /// Faces that are made one by one look as their solid does.
+    void looksOfRescuedFaces()
+    {
+        ConverterFixture fixture;
+        fixture.convert("bracket.step");
+        const QMap<QString, QStringList> colors = fixture.result().colors;
+        QByteArray content =
+            read("bracket.step").replace("VERTEX_POINT('',#23)", "VERTEX_POINT('',$)");
+        content.insert(content.lastIndexOf("ENDSEC;"), "#900=GEOMETRIC_SET('',(#12));\n");
+        for (const char *items : {"(#11,#15)", "(#11,#15,#900)"}) {
+            content.replace("(#11,#15)", items);
+            fixture.convert(fixture.write("bracket.step", content));
+            QCOMPARE(fixture.result().colors, colors);
+        }
+    }
+
     /// Of what makes an assembly, the lines that others refer to in lists, and one that is referred
     /// to by none.
     void lostStepLines()
@@ -397,6 +413,7 @@ private slots:
         } rows[] = {
             {"#41 =", "1 entity that its shapes need cannot be read, #40 ADVANCED_BREP_"},
             {"#18 =", "1 entity that its shapes need cannot be read, #15 AXIS2_PLACEMENT_3D"},
+            {"#338 =", "1 position could not be read, #342 NEXT_ASSEMBLY_USAGE_OCCURRENCE"},
             {"#371 =", "1 position could not be read, #441 NEXT_ASSEMBLY_USAGE_OCCURRENCE"}};
         for (const auto &[lost, message] : rows) {
             QByteArray step = read("gearbox.step");

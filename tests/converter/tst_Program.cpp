@@ -4,6 +4,8 @@
 #include <QJsonArray>
 #include <QtTest>
 
+#include <csignal>
+
 /// One call of the program.
 struct Call {
     const char *name;
@@ -17,6 +19,18 @@ Q_DECLARE_METATYPE(Call)
 /// The program as people call it, and conversations with a worker, as the host holds them.
 class tst_Program : public QObject {
     Q_OBJECT
+
+private:
+    /// Sets that contain two of the next kind each, 40 times over, keep the kernel busy.
+    static QByteArray busyFile()
+    {
+        QByteArray sets = "#1040=GEOMETRIC_SET('',(#12));\n";
+        for (int i = 1000; i < 1040; ++i)
+            sets += QString("#%1=GEOMETRIC_SET('',(#%2,#%2));\n").arg(i).arg(i + 1).toUtf8();
+        return ConverterFixture::read("bracket.step")
+            .replace("(#11,#15)", "(#11,#15,#1000)")
+            .replace("ENDSEC;\nEND-ISO", sets + "ENDSEC;\nEND-ISO");
+    }
 
 private slots:
     void usage_data()
@@ -81,19 +95,10 @@ private slots:
         QCOMPARE(fixture.result().triangles, 12);
     }
 
-    /// Sets that contain two of the next kind each, 40 times over.
     void endsInSilence()
     {
-        QByteArray sets;
-        for (int i = 1000; i < 1040; ++i)
-            sets += QString("#%1=GEOMETRIC_SET('',(#%2,#%2));\n").arg(i).arg(i + 1).toUtf8();
         const ConverterFixture fixture;
-        const QString input = fixture.write(
-            "x.step",
-            ConverterFixture::read("bracket.step")
-                .replace("(#11,#15)", "(#11,#15,#1000)")
-                .replace("ENDSEC;\nEND-ISO",
-                         "#1040=GEOMETRIC_SET('',(#12));\n" + sets + "ENDSEC;\nEND-ISO"));
+        const QString input = fixture.write("x.step", busyFile());
         fixture.write("out.glb.part", "half");
         ConverterProcess run({input, fixture.path("out.glb"), "--silence", "1"});
         QCOMPARE(run.end(), 1);
@@ -102,6 +107,18 @@ private slots:
                                  "seconds and was ended.\n"),
                  errors);
         QVERIFY(!QFile::exists(fixture.path("out.glb.part")));
+    }
+
+    /// Who starts the program may give it less than it allows itself.
+    void endsWithItsProcessorTime()
+    {
+        const ConverterFixture fixture;
+        QProcess shell;
+        shell.start("/bin/sh",
+                    {"-c", "ulimit -St 1; '" TN_BIN_DIR "/tnconvert' \"$0\" \"$1\"; echo $?",
+                     fixture.write("x.step", busyFile()), fixture.path("out.glb")});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.readAllStandardOutput().trimmed().toInt(), 128 + SIGXCPU);
     }
 
     void unusualNames()
@@ -216,6 +233,11 @@ private slots:
             QCOMPARE(answer["id"].toInt(-1), id);
             QVERIFY(!answer["message"].toString().isEmpty());
         }
+        QFile limits(QString("/proc/%1/limits").arg(worker.processId()));
+        QVERIFY(limits.open(QIODevice::ReadOnly));
+        const QByteArray bounds = limits.readAll().simplified();
+        QVERIFY2(bounds.contains("Max cpu time 14400 14401 seconds"), bounds);
+        QVERIFY2(bounds.contains("Max file size 4294967296 4294967297 bytes"), bounds);
         // It serves on, and has given up what it does not need.
         QFile status(QString("/proc/%1/status").arg(worker.processId()));
         QVERIFY(status.open(QIODevice::ReadOnly));

@@ -114,6 +114,17 @@ private slots:
                     shifted + assembly + wholeShape + occurrence
                         + relationship("#130,#109", "#11,#108") + placing)
             << "asm/base" << QVector3D(100, 3, 0);
+        QTest::newRow("relationship that leads away from the part")
+            << file(solid, QByteArray(emptyPart).replace("(#11)", "(#11,#133)"),
+                    QByteArray(shifted)
+                            .replace("(#15)", "(#15,#135)")
+                            .replace("#130,#10)", "#10,#130)")
+                            .replace("#11,#133)", "#133,#135)")
+                        + "#135=AXIS2_PLACEMENT_3D('',#12,#13,#14);" + assembly + wholeShape
+                        + occurrence + relationship("#130,#109", "#11,#108") + placing)
+            << "asm/base" << QVector3D(100, 3, 0);
+        QTest::newRow("nothing is placed") << file({}, {}, assembly + wholeShape + occurrence)
+                                           << "asm/base" << QVector3D(10, 0, 0);
         QTest::newRow("mirror and scale")
             << file({}, {},
                     QByteArray(mapped).replace("#113,#108", "#113,#150")
@@ -212,6 +223,8 @@ private slots:
                   "#152=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','','',#9998,#9997,$);"
                                           << QStringList(grey);
         QTest::newRow("hidden") << QByteArray("#146=INVISIBILITY((#75));") << QStringList();
+        QTest::newRow("hidden without a style")
+            << QByteArray("#146=INVISIBILITY((#147));#147=STYLED_ITEM('',$,#15);") << QStringList();
         QTest::newRow("hidden layer")
             << QByteArray("#146=INVISIBILITY((#147));"
                           "#147=PRESENTATION_LAYER_ASSIGNMENT('L','',(#15));")
@@ -237,10 +250,15 @@ private slots:
     /// What the file says of its product, and what was read of it.
     void properties_data()
     {
+        QTest::addColumn<QByteArray>("whole");
         QTest::addColumn<QByteArray>("volume");
+        QTest::addColumn<double>("scale"); // of the assembly's volume
         QTest::addColumn<QString>("message");
-        QTest::newRow("right") << QByteArray("100530.96") << "";
-        QTest::newRow("wrong") << QByteArray("101000.")
+        QTest::newRow("right") << usual << QByteArray("100530.96") << 1. << "";
+        QTest::newRow("scaled") << QByteArray(mapped).replace("#113,#108", "#113,#180")
+                + "#180=CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#105,2.,$);"
+                                << QByteArray("100530.96") << 8. << "";
+        QTest::newRow("wrong") << usual << QByteArray("101000.") << 1.
                                << "x.step is damaged: 2 products differ from what the file states "
                                   "for them, the first is \"base\": volume 100530.964915 instead "
                                   "of 101000.000000.";
@@ -248,7 +266,9 @@ private slots:
 
     void properties()
     {
+        QFETCH(const QByteArray, whole);
         QFETCH(const QByteArray, volume);
+        QFETCH(const double, scale);
         ConverterFixture fixture;
         // The assembly's in cubic centimetres.
         const QByteArray entities = "#150=PROPERTY_DEFINITION_REPRESENTATION(#151,#152);"
@@ -263,7 +283,7 @@ private slots:
               "#161=PROPERTY_DEFINITION('','',#104);"
               "#162=REPRESENTATION('volume',(#163),#68);"
               "#163=MEASURE_REPRESENTATION_ITEM('volume measure',VOLUME_MEASURE("
-            + QByteArray::number(volume.toDouble() / 1000, 'f', 5)
+            + QByteArray::number(scale * volume.toDouble() / 1000, 'f', 5)
             + "),#164);"
               "#164=DERIVED_UNIT((#165));#165=DERIVED_UNIT_ELEMENT(#166,3.);"
               "#166=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.CENTI.,.METRE.));"
@@ -271,7 +291,7 @@ private slots:
               "#171=REPRESENTATION('',(#172),#68);"
               "#172=DESCRIPTIVE_REPRESENTATION_ITEM('maker','us');";
         const auto outcome = fixture.convert(
-            fixture.write("x.step", file({}, {}, usual + entities)), R"({"ImportMetadata": true})");
+            fixture.write("x.step", file({}, {}, whole + entities)), R"({"ImportMetadata": true})");
         QTEST(QString::fromStdString(outcome.message), "message");
         const ConvertedFile result = fixture.result();
         const auto &nodes = result.document["nodes"];
