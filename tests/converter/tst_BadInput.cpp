@@ -387,6 +387,20 @@ private slots:
         QVERIFY(fixture.result().triangles > 0);
     }
 
+    /// An entity over which the kernel crashes costs what needs it.
+    void crashesOfTheIgesKernel()
+    {
+        QByteArray content = read("housing.iges");
+        const int at = content.lastIndexOf('\n', content.indexOf("0D0000218")) + 1;
+        content.remove(at, content.indexOf('\n', at) + 1 - at);
+        ConverterFixture fixture;
+        const tnconvert::Outcome outcome = fixture.convert(fixture.write("x.igs", content));
+        QVERIFY2(outcome.message.find("the first is type 142 at D217") != std::string::npos,
+                 outcome.message.c_str());
+        QCOMPARE(outcome.state, tnconvert::State::Incomplete);
+        QVERIFY(fixture.result().triangles > 0);
+    }
+
     /// Faces that are made one by one look as their solid does.
     void looksOfRescuedFaces()
     {
