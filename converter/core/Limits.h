@@ -20,6 +20,14 @@ constexpr int depthBound = 400;
 /// is the most that its format can hold.
 constexpr std::uint64_t triangleBound = 50'000'000;
 
+/// The most bytes of triangles and lines in an output, which counts its bytes with 32 bits, what
+/// describes them included.
+constexpr std::uint64_t outputBound = 3'500'000'000;
+
+/// The most triangles that a file may state one by one. As many fill an output when they share
+/// their vertices as closed surfaces do; whether they do shows only later.
+constexpr std::uint64_t statedTriangleBound = outputBound / 24;
+
 /// The most bytes that a compressed file may unpack to; its size says nothing of that.
 constexpr std::uint64_t unpackedBound = 1'000'000'000;
 
@@ -42,12 +50,23 @@ inline void checkNodeCount(const std::string &what, std::uint64_t count)
 
 /// Throws ConversionError when @p count triangles are more than a scene may have. @p what begins
 /// the sentence: it is what has the triangles.
-inline void checkTriangleCount(const std::string &what, std::uint64_t count)
+inline void checkTriangleCount(const std::string &what, std::uint64_t count,
+                               std::uint64_t bound = triangleBound)
 {
-    if (count > triangleBound)
+    if (count > bound)
         throw ConversionError(what + " has too many triangles: " + std::to_string(count)
-                              + ", and at most " + std::to_string(triangleBound)
-                              + " can be converted.");
+                              + ", and at most " + std::to_string(bound) + " can be converted.");
+}
+
+/// Throws ConversionError when an output cannot hold @p bytes of triangles and lines.
+inline void checkOutputSize(std::uint64_t bytes)
+{
+    if (bytes > outputBound)
+        throw ConversionError(
+            "The model is larger than a glTF binary can be: its triangles need at "
+            "least "
+            + std::to_string(bytes) + " bytes, and at most " + std::to_string(outputBound)
+            + " can be written.");
 }
 
 } // namespace tnconvert
