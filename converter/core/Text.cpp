@@ -1,5 +1,6 @@
 #include "core/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -124,6 +125,21 @@ std::optional<double> parseNumber(std::string_view text)
     return value;
 }
 
+std::string_view takeWord(std::string_view &text)
+{
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    const char *const end = text.data() + text.size();
+    const char *const first = std::find_if_not(text.data(), end, isBlank);
+    const char *const last = std::find_if(first, end, isBlank);
+    text.remove_prefix(std::size_t(last - text.data()));
+    return {first, std::size_t(last - first)};
+}
+
+std::optional<double> takeNumber(std::string_view &text)
+{
+    return parseNumber(takeWord(text));
+}
+
 std::string fileName(const std::string &path)
 {
     return validUtf8(std::filesystem::path(path).filename().string());
@@ -141,11 +157,12 @@ std::string absolutePath(const std::string &path)
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\r\n\f\v";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 std::string_view withoutByteOrderMark(std::string_view text)

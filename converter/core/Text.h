@@ -17,6 +17,12 @@ std::string validUtf8(std::string_view text);
 /// undefined values are no numbers.
 std::optional<double> parseNumber(std::string_view text);
 
+/// Takes the word at the start of @p text off it, with the blanks and tabs in front.
+std::string_view takeWord(std::string_view &text);
+
+/// Takes a word like takeWord(), and reads it like parseNumber().
+std::optional<double> takeNumber(std::string_view &text);
+
 /// The file name at the end of @p path, as shown to people.
 std::string fileName(const std::string &path);
 

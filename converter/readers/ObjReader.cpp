@@ -2,11 +2,12 @@
 
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
+#include "core/MappedFile.h"
 #include "core/References.h"
 #include "core/Text.h"
+#include "readers/LineReader.h"
 #include "readers/obj/ObjFile.h"
 #include "scene/FacetMeshBuilder.h"
-#include "scene/PolygonTriangulator.h"
 
 #include <tiny_obj_loader.h>
 
@@ -16,7 +17,7 @@
 #include <map>
 #include <set>
 #include <sstream>
-#include <unordered_map>
+#include <utility>
 
 namespace tnconvert {
 
@@ -24,19 +25,14 @@ namespace {
 
 void checkContent(const std::string &path, std::string_view content)
 {
-    static const std::set<std::string_view> keywords = {
-        "v",    "vn",  "vt",     "vp",     "f",      "l",        "p",       "o",
-        "g",    "s",   "mtllib", "usemtl", "cstype", "deg",      "curv",    "surf",
-        "parm", "end", "mg",     "bevel",  "lod",    "c_interp", "d_interp"};
-    while (!content.empty()) {
-        const std::size_t end = content.find_first_of("\r\n");
-        const std::string_view line = trimmed(content.substr(0, end));
-        content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
+    LineReader lines(content);
+    for (std::string_view line; lines.next(line);) {
+        line = trimmed(line);
         if (line.empty() || line[0] == '#')
             continue;
-        if (keywords.count(line.substr(0, line.find_first_of(" \t"))) == 0)
-            break;
-        return;
+        if (ObjFile::isKeyword(takeWord(line)))
+            return;
+        break;
     }
     throwWrongContent(path, "an Obj file", "its first line has no keyword of this format");
 }
@@ -128,144 +124,216 @@ private:
     std::vector<tinyobj::material_t> m_materials;
 };
 
-/// Turns the shapes of a file into meshes.
+/// Gives a part of some entries indices of their own.
+class Renumbering {
+public:
+    explicit Renumbering(std::size_t count)
+        : m_count(count)
+    {
+    }
+
+    /// The index of entry @p old in the part; ObjFile::none has itself.
+    std::uint32_t operator()(std::uint32_t old)
+    {
+        if (old == ObjFile::none)
+            return old;
+        if (m_newIndex.empty())
+            m_newIndex.assign(m_count, ObjFile::none);
+        if (m_newIndex[old] == ObjFile::none) {
+            m_newIndex[old] = std::uint32_t(m_used.size());
+            m_used.push_back(old);
+        }
+        return m_newIndex[old];
+    }
+
+    /// The entries of the part, which ends with this.
+    std::vector<std::uint32_t> takeUsed()
+    {
+        for (const std::uint32_t old : m_used)
+            m_newIndex[old] = ObjFile::none;
+        return std::exchange(m_used, {});
+    }
+
+private:
+    std::size_t m_count;
+    std::vector<std::uint32_t> m_newIndex; ///< empty before the first part
+    std::vector<std::uint32_t> m_used;
+};
+
+/// Turns the shapes of a file into meshes, and takes the file to pieces for that.
 class ObjSceneBuilder {
 public:
-    ObjSceneBuilder(const ObjFile &file, std::vector<Material> materials)
+    ObjSceneBuilder(ObjFile &file, std::vector<Material> materials)
         : m_file(file)
         , m_hasColors(file.colors.size() == file.points.size())
         , m_materials(std::move(materials))
     {
     }
 
-    Node shapeNode(const ObjFile::Shape &shape, const Settings &settings)
+    std::vector<Node> nodes(const Settings &settings)
     {
-        auto mesh = std::make_shared<Mesh>();
-        mesh->name = shape.name;
-        if (settings.importMeshes)
-            addFacets(shape, *mesh);
-        if (settings.importCurves)
-            addLines(shape, *mesh);
-        Node node;
-        node.name = shape.name;
-        node.mesh = mesh;
-        return node;
+        std::vector<Node> result;
+        for (const ObjFile::Shape &shape : m_file.shapes) {
+            auto mesh = std::make_shared<Mesh>();
+            mesh->name = shape.name;
+            // The points may be gone after the facets.
+            const Primitive lines = settings.importCurves ? linesOf(shape) : Primitive();
+            if (settings.importMeshes)
+                addFacets(shape, *mesh);
+            if (!lines.indices.empty())
+                mesh->primitives.push_back(lines);
+            Node node;
+            node.name = shape.name;
+            node.mesh = mesh;
+            result.push_back(std::move(node));
+        }
+        return result;
     }
 
     /// Triangles that the meshes lack because their coordinates are out of all bounds.
     std::size_t dropped() const { return m_dropped; }
 
 private:
-    /// The facets of one material, with the points that they use.
-    struct Part {
-        FacetMeshBuilder builder;
-        std::unordered_map<std::uint32_t, std::uint32_t> pointOf;
-    };
-
     void addFacets(const ObjFile::Shape &shape, Mesh &mesh)
     {
         const bool hasGroups =
-            std::any_of(shape.faces.begin(), shape.faces.end(),
-                        [](const ObjFile::Face &face) { return face.smoothingGroup != 0; });
-        std::map<int, Part> parts;
-        for (const ObjFile::Face &face : shape.faces)
-            addFace(face, hasGroups, parts[face.material]);
-        for (auto &[id, part] : parts) {
-            Primitive primitive = part.builder.build();
-            m_dropped += part.builder.droppedFacets();
-            if (id >= 0)
-                primitive.material = m_materials[std::size_t(id)];
+            std::any_of(shape.runs.begin(), shape.runs.end(),
+                        [](const ObjFile::Run &run) { return run.smoothingGroup != 0; });
+        std::set<int> materials;
+        for (const ObjFile::Run &run : shape.runs)
+            materials.insert(run.material);
+        const bool isWhole = m_file.shapes.size() == 1 && materials.size() == 1;
+        for (const int material : materials) {
+            FacetMeshBuilder builder = isWhole ? wholeFile() : part(shape, material);
+            if (hasGroups) {
+                builder.creaseAngle = M_PI;
+                builder.groups = groups(shape, material);
+            }
+            Primitive primitive = builder.build();
+            m_dropped += builder.droppedFacets();
+            if (material >= 0)
+                primitive.material = m_materials[std::size_t(material)];
             mesh.primitives.push_back(std::move(primitive));
         }
     }
 
-    void addFace(const ObjFile::Face &face, bool hasGroups, Part &part) const
+    FacetMeshBuilder wholeFile()
     {
-        std::vector<Vec3> positions;
-        for (const ObjFile::Corner &c : face.corners)
-            positions.push_back(m_file.points[c.point]);
-        for (const std::array<std::uint32_t, 3> &triangle : triangulated(positions)) {
-            FacetMeshBuilder::Facet facet;
-            for (std::size_t i = 0; i < 3; ++i)
-                facet.corners[i] = corner(face.corners[triangle[i]], part);
-            if (hasGroups) {
-                facet.smoothingGroup = face.smoothingGroup;
-                part.builder.creaseAngle = M_PI;
+        FacetMeshBuilder builder;
+        builder.points = std::move(m_file.points);
+        builder.corners = std::move(m_file.corners);
+        builder.normals = std::move(m_file.normals);
+        builder.normalOf = std::move(m_file.normalOf);
+        if (m_hasColors)
+            builder.pointColors = std::move(m_file.colors);
+        return builder;
+    }
+
+    /// The triangles of one material, with the points and normals that they use.
+    FacetMeshBuilder part(const ObjFile::Shape &shape, int material)
+    {
+        FacetMeshBuilder builder;
+        const bool hasNormalList = !m_file.normalOf.empty();
+        forRuns(shape, material, [&](const ObjFile::Run &, std::size_t begin, std::size_t end) {
+            for (std::size_t i = begin; i < end; ++i) {
+                builder.corners.push_back(m_newPoint(m_file.corners[i]));
+                if (hasNormalList)
+                    builder.normalOf.push_back(m_newNormal(m_file.normalOf[i]));
             }
-            part.builder.facets.push_back(facet);
+        });
+        for (const std::uint32_t point : m_newPoint.takeUsed()) {
+            builder.points.push_back(m_file.points[point]);
+            if (m_hasColors)
+                builder.pointColors.push_back(m_file.colors[point]);
+            if (!hasNormalList && !m_file.normals.empty())
+                builder.normals.push_back(m_file.normals[point]);
+        }
+        for (const std::uint32_t normal : m_newNormal.takeUsed())
+            builder.normals.push_back(m_file.normals[normal]);
+        return builder;
+    }
+
+    static std::vector<std::uint32_t> groups(const ObjFile::Shape &shape, int material)
+    {
+        std::vector<std::uint32_t> result;
+        forRuns(shape, material, [&](const ObjFile::Run &run, std::size_t begin, std::size_t end) {
+            result.insert(result.end(), (end - begin) / 3, run.smoothingGroup);
+        });
+        // One group for all is as good as none, and cheaper.
+        const bool isOne = result.front() != 0
+            && std::all_of(result.begin(), result.end(),
+                           [&](std::uint32_t group) { return group == result.front(); });
+        return isOne ? std::vector<std::uint32_t>() : result;
+    }
+
+    template <typename Take>
+    static void forRuns(const ObjFile::Shape &shape, int material, Take take)
+    {
+        std::size_t begin = shape.begin;
+        for (const ObjFile::Run &run : shape.runs) {
+            if (run.material == material)
+                take(run, begin, run.end);
+            begin = run.end;
         }
     }
 
-    FacetMeshBuilder::Corner corner(const ObjFile::Corner &stated, Part &part) const
-    {
-        FacetMeshBuilder::Corner result;
-        const auto [entry, isNew] =
-            part.pointOf.try_emplace(stated.point, std::uint32_t(part.builder.points.size()));
-        if (isNew)
-            part.builder.points.push_back(m_file.points[stated.point]);
-        result.point = entry->second;
-        if (stated.normal)
-            result.normal = m_file.normals[*stated.normal];
-        if (m_hasColors)
-            result.color = color(m_file.colors[stated.point]);
-        return result;
-    }
-
-    void addLines(const ObjFile::Shape &shape, Mesh &mesh) const
+    Primitive linesOf(const ObjFile::Shape &shape) const
     {
         Primitive primitive;
         primitive.mode = Primitive::Mode::Lines;
         for (const std::vector<std::uint32_t> &line : shape.lines) {
             for (std::size_t i = 0; i < line.size(); ++i) {
-                const Vec3 &p = m_file.points[line[i]];
                 const auto vertex = std::uint32_t(primitive.positions.size());
-                primitive.positions.push_back({float(p.x), float(p.y), float(p.z)});
+                primitive.positions.push_back(m_file.points.near(line[i]));
                 if (i > 0)
                     primitive.indices.insert(primitive.indices.end(), {vertex - 1, vertex});
             }
         }
-        if (!primitive.indices.empty())
-            mesh.primitives.push_back(std::move(primitive));
+        return primitive;
     }
 
-    static Rgba8 color(const Vec3 &c)
-    {
-        const auto byte = [](double v) {
-            return std::uint8_t(std::lround(std::clamp(v, 0.0, 1.0) * 255));
-        };
-        return {byte(c.x), byte(c.y), byte(c.z), 255};
-    }
-
-    const ObjFile &m_file;
+    ObjFile &m_file;
     const bool m_hasColors;
     const std::vector<Material> m_materials;
+    Renumbering m_newPoint{m_file.points.size()};
+    Renumbering m_newNormal{m_file.normals.size()};
     std::size_t m_dropped = 0;
 };
 
 /// Tells @p scene what the file states and the scene lacks, or need not have.
 void addLosses(const ObjFile &file, const Settings &settings, std::size_t dropped, Scene &scene)
 {
-    std::size_t faces = 0;
-    bool hasLines = false;
-    for (const ObjFile::Shape &shape : file.shapes) {
-        faces += shape.faces.size();
-        hasLines = hasLines || !shape.lines.empty();
-    }
+    const bool hasLines =
+        std::any_of(file.shapes.begin(), file.shapes.end(),
+                    [](const ObjFile::Shape &shape) { return !shape.lines.empty(); });
     scene.isFiltered =
-        (!settings.importMeshes && faces > 0) || (!settings.importCurves && hasLines);
+        (!settings.importMeshes && file.faces > 0) || (!settings.importCurves && hasLines);
     const auto add = [&scene](std::size_t count, const std::string &what) {
         if (count > 0)
             scene.losses.push_back(std::to_string(count) + what);
     };
     if (settings.importMeshes) {
         add(file.lostFaces,
-            " of " + std::to_string(faces + file.lostFaces)
+            " of " + std::to_string(file.faces + file.lostFaces)
                 + " faces have indices out of range or fewer than three corners.");
         add(dropped, " triangles have impossible coordinates.");
         add(file.freeForms, " free-form surfaces are not read.");
     }
+    add(file.unknown,
+        (file.unknown == 1 ? " line is no statement of this format, line "
+                           : " lines are no statements of this format, first line ")
+            + std::to_string(file.firstUnknown) + ".");
     if (settings.importCurves)
         add(file.lostLines, " lines have indices out of range or fewer than two points.");
+}
+
+/// The file itself is closed at the end.
+ObjFile statementsOf(const std::string &path, Report &report)
+{
+    const MappedFile file(path);
+    const std::string_view text = withoutByteOrderMark(file.bytes());
+    checkContent(path, text);
+    return ObjFile::read(text, fileName(path), report);
 }
 
 } // namespace
@@ -273,10 +341,7 @@ void addLosses(const ObjFile &file, const Settings &settings, std::size_t droppe
 Scene ObjReader::read(const std::string &path, const Settings &settings, Report &report)
 {
     report.progress(0, "Reading");
-    const std::string content = readWhole(path);
-    const std::string_view text = withoutByteOrderMark(content);
-    checkContent(path, text);
-    const ObjFile file = ObjFile::read(text, fileName(path));
+    ObjFile file = statementsOf(path, report);
     report.progress(60, "Reading");
     Libraries libraries(path, settings.followOutside, report);
     for (const std::string &names : file.libraries)
@@ -289,8 +354,7 @@ Scene ObjReader::read(const std::string &path, const Settings &settings, Report 
     scene.up = UpAxis::Y;
     scene.losses = libraries.losses();
     ObjSceneBuilder builder(file, std::move(materials));
-    for (const ObjFile::Shape &shape : file.shapes)
-        scene.roots.push_back(builder.shapeNode(shape, settings));
+    scene.roots = builder.nodes(settings);
     addLosses(file, settings, builder.dropped(), scene);
     return scene;
 }

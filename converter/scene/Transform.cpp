@@ -6,17 +6,6 @@
 
 namespace tnconvert {
 
-double Vec3::length() const
-{
-    return std::sqrt(dot(*this));
-}
-
-Vec3 Vec3::normalized() const
-{
-    const double l = length();
-    return l > 1e-300 && std::isfinite(l) ? *this * (1 / l) : Vec3{};
-}
-
 bool Vec3::isFinite() const
 {
     return std::isfinite(x) && std::isfinite(y) && std::isfinite(z);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 
 namespace tnconvert {
 
@@ -18,9 +19,13 @@ struct Vec3 {
     {
         return {y * o.z - z * o.y, z * o.x - x * o.z, x * o.y - y * o.x};
     }
-    double length() const;
+    double length() const { return std::sqrt(dot(*this)); }
     /// The vector of length 1, or the null vector where there is no direction.
-    Vec3 normalized() const;
+    Vec3 normalized() const
+    {
+        const double l = length();
+        return l > 1e-300 && std::isfinite(l) ? *this * (1 / l) : Vec3{};
+    }
     bool isFinite() const;
 };
 

@@ -110,6 +110,9 @@ private slots:
         } rows[] = {
             {"mtllib pipe.mtl\nf 1 2 3\n", "pipe.mtl is not a regular file.", 1},
             {"mtllib no.mtl\nf 1 2 3\n", "no.mtl does not exist.", 1},
+            {"vcolor 1 0 0\nvcolor 1 1 0\nf 1 2 3\n",
+             "2 statements of unknown kinds, as vcolor at line 6", 1},
+            {"f 1 2 3\nparm u 0 \\\n 1 2 3\nmtllib no.mtl\n", "no.mtl does not exist.", 1},
             {"mtllib no.mtl red.mtl\nusemtl red\nf 1 2 \\\n3\n", "no.mtl does not exist.", 1},
         };
         for (const auto &[content, warning, triangles] : rows) {
@@ -206,8 +209,12 @@ private slots:
             const char *loss;
             int triangles;
         } rows[] = {
-            {"STL: count too small", "x.stl", QByteArray(gear).replace(80, 1, QByteArray(1, 100)),
-             "Behind the last triangle that is announced there is room for 92 more.", 100},
+            {"STL: cut, and count too small", "x.stl",
+             QByteArray(gear).replace(80, 1, "d").chopped(20), "The file ends within triangle 192.",
+             191},
+            {"STL: something else behind", "x.stl", gear + QByteArray(60, 'x'),
+             "Behind the last triangle that is announced stand 60 bytes that are no triangles.",
+             192},
             {"STL: undefined coordinate", "x.stl",
              QByteArray(gear).replace(96, 4, "\xFF\xFF\xFF\x7F"),
              "1 of 192 triangles have impossible coordinates.", 191},
@@ -215,6 +222,10 @@ private slots:
              "1 of 192 triangles have no corners.", 191},
             {"Obj: indices", "x.obj", points + "f 1 2 99\nf -9 1 2\nf 1 0 2\nf 1 2\nf 1 2 3\n",
              "4 of 5 faces have indices out of range or fewer than three corners.", 1},
+            {"Obj: no keyword", "x.obj", points + "1 2 3\n1//1 2//2 3//3\nF 1 2 3\nf 1 2 3\n",
+             "3 lines are no statements of this format, first line 4.", 1},
+            {"Obj: far away", "x.obj", points + "v 1e31 0 0\nf 1 2 3\nf 1 2 4\nf 1 2 3 4\n",
+             "2 triangles have impossible coordinates.", 2},
             {"Obj: free forms", "x.obj", points + "f -3 -2 -1\nsurf 0 1 0 1 1 2 3\n",
              "1 free-form surfaces are not read.", 1},
             {"Obj: nothing left", "x.obj", points + "f 1 2 99\n",
@@ -247,6 +258,18 @@ private slots:
         QCOMPARE(outcome.state,
                  triangles > 0 ? tnconvert::State::Incomplete : tnconvert::State::Failure);
         QVERIFY(triangles == 0 || fixture.result().triangles == triangles);
+    }
+
+    void facetsBehindTheCount()
+    {
+        ConverterFixture fixture;
+        for (const char count : {0, 1, 100}) {
+            const QByteArray gear = read("gear.stl").replace(80, 1, QByteArray(1, count));
+            QCOMPARE(fixture.convert(fixture.write("x.stl", gear)).state,
+                     tnconvert::State::Success);
+            QCOMPARE(fixture.result().triangles, 192);
+            QVERIFY(fixture.warnings.last().contains("and has 192; all are read."));
+        }
     }
 
     /// Few bytes that would become a lot, which is told before it is done.

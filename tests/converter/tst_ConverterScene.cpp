@@ -1,5 +1,8 @@
 #include "ConvertedFile.h"
 #include "core/Text.h"
+#include "readers/LineReader.h"
+#include "scene/FacetMeshBuilder.h"
+#include "scene/PointWelder.h"
 #include "scene/PolygonTriangulator.h"
 #include "scene/SceneOperations.h"
 #include "writer/GlbWriter.h"
@@ -50,6 +53,81 @@ private slots:
             QCOMPARE(int(triangulated(corners).size()), triangles);
             QVERIFY2(std::fabs(sum.length() - area) < 1e-6, QByteArray::number(sum.length()));
         }
+    }
+
+    /// A roof of two slopes that meet at @p degrees, in a list with points that it does not use.
+    static FacetMeshBuilder roof(double degrees)
+    {
+        FacetMeshBuilder builder;
+        const double angle = degrees * M_PI / 180;
+        for (const Vec3 &p : {Vec3{7, 7, 7},
+                              {0, 0, 0},
+                              {1, 0, 0},
+                              {0, -1, 0},
+                              {1, -1, 0},
+                              {0, std::cos(angle), -std::sin(angle)},
+                              {NAN, 0, 0},
+                              {1e31, 0, 0}})
+            builder.points.push_back(p);
+        builder.corners = {1, 3, 4, 1, 4, 2, 1, 2, 5, 1, 2, 6, 1, 2, 7, 1, 2, 99, 1, 1, 2};
+        return builder;
+    }
+
+    void normalsOfFacets()
+    {
+        const auto mesh = [](FacetMeshBuilder builder) {
+            const Primitive result = builder.build();
+            return std::pair(result, builder.droppedFacets());
+        };
+        for (const auto &[angle, vertices] : {std::pair(20, 5U), std::pair(40, 7U)}) {
+            const auto [result, dropped] = mesh(roof(angle));
+            QCOMPARE(dropped, std::size_t(3));
+            QCOMPARE(result.indices.size(), std::size_t(9));
+            QCOMPARE(result.positions.size(), std::size_t(vertices));
+            QCOMPARE(result.normals.size(), std::size_t(vertices));
+            // Where the ridge is smooth, the larger slope, twice the other, bends the normal more.
+            const float y = result.normals[result.indices[8]][1];
+            const double half =
+                std::atan2(std::sin(20 * M_PI / 180), 2 + std::cos(20 * M_PI / 180));
+            const float ridge = result.normals[result.indices[0]][1];
+            QVERIFY(std::fabs(double(ridge) - (angle == 20 ? std::sin(half) : 0)) < 1e-6);
+            QVERIFY(std::fabs(double(y) - std::sin(angle * M_PI / 180)) < 1e-6);
+        }
+        FacetMeshBuilder groups = roof(20);
+        groups.groups = {1, 1, 2, 2, 2, 2, 2};
+        QCOMPARE(mesh(groups).first.positions.size(), std::size_t(7));
+        FacetMeshBuilder stated = roof(40);
+        stated.normals.assign(8, Vec3f{0, 0, 2});
+        QCOMPARE(mesh(stated).first.normals, std::vector<Vec3f>(5, {0, 0, 1}));
+        FacetMeshBuilder colored = roof(20);
+        colored.cornerColors.assign(21, Rgba8{1, 2, 3, 4});
+        colored.cornerColors[0] = {9, 9, 9, 9};
+        QCOMPARE(mesh(colored).first.colors.size(), std::size_t(6));
+    }
+
+    void pointsAreWelded()
+    {
+        PointList points;
+        PointWelder welder(points, 0);
+        for (std::uint32_t round = 0; round < 2; ++round) {
+            for (std::uint32_t i = 0; i < 5000; ++i)
+                QCOMPARE(welder.index({double(i % 70), double(i / 70), 1e-12 * (i % 2)}), i);
+        }
+        QCOMPARE(welder.index({-0.0, 0, -0.0}), 0U);
+        QCOMPARE(welder.index({0, 0, NAN}), PointWelder::impossible);
+        // Closer to each other than single precision tells.
+        QCOMPARE(welder.index({1e6 + 1e-4, 0, 0}), 5000U);
+        QCOMPARE(welder.index({1e6 + 2e-4, 0, 0}), 5001U);
+        QVERIFY(std::fabs(points[5001].x - points[5000].x - 1e-4) < 1e-8);
+    }
+
+    void lines()
+    {
+        LineReader reader("a\r\nb\rc\n\nd\r");
+        std::string text;
+        for (std::string_view line; reader.next(line);)
+            text += std::to_string(reader.number()) + std::string(line) + ' ';
+        QCOMPARE(text, std::string("1a 2b 3c 4 5d "));
     }
 
     void longEdgesAreSplitAlike()

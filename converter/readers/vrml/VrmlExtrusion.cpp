@@ -86,8 +86,7 @@ std::vector<Frame> frames(const std::vector<Vec3> &spine, bool isClosed)
     return result;
 }
 
-std::vector<double> orDefault(const std::vector<double> &stated,
-                              const std::vector<double> &fallback)
+VrmlNumbers orDefault(const VrmlNumbers &stated, const VrmlNumbers &fallback)
 {
     return stated.empty() ? fallback : stated;
 }
@@ -96,12 +95,12 @@ std::vector<double> orDefault(const std::vector<double> &stated,
 
 void VrmlGeometry::extrusion(const VrmlNode &vrml, FacetMeshBuilder &builder)
 {
-    const std::vector<double> section =
+    const VrmlNumbers section =
         orDefault(vrml.numbers("crossSection"), {1, 1, 1, -1, -1, -1, -1, 1, 1, 1});
     const std::vector<Vec3> spine =
         vrmlPoints(orDefault(vrml.numbers("spine"), {0, 0, 0, 0, 1, 0}), 1);
-    const std::vector<double> scale = orDefault(vrml.numbers("scale"), {1, 1});
-    const std::vector<double> turn = orDefault(vrml.numbers("orientation"), {0, 0, 1, 0});
+    const VrmlNumbers scale = orDefault(vrml.numbers("scale"), {1, 1});
+    const VrmlNumbers turn = orDefault(vrml.numbers("orientation"), {0, 0, 1, 0});
     const std::size_t corners = section.size() / 2;
     if (corners < 2 || spine.size() < 2 || scale.size() < 2 || turn.size() < 4) {
         ++m_losses["extrusions without a cross section or spine"];

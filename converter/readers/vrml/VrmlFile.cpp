@@ -3,6 +3,7 @@
 #include "core/ConversionError.h"
 #include "core/FileProbe.h"
 #include "core/Limits.h"
+#include "core/MappedFile.h"
 #include "core/Text.h"
 
 #include <memory>
@@ -41,8 +42,9 @@ std::vector<VrmlNodePtr> readVrmlFile(const std::string &path, const VrmlParser:
 {
     checkReadable(path);
     const bool isCompressed = readHead(path, 2) == "\x1F\x8B";
-    const std::string content = isCompressed ? inflated(path) : readWhole(path);
-    const std::string_view text = withoutByteOrderMark(content);
+    const MappedFile file(path);
+    const std::string unpacked = isCompressed ? inflated(path) : std::string();
+    const std::string_view text = withoutByteOrderMark(isCompressed ? unpacked : file.bytes());
     if (text.substr(0, 8) == "#VRML V1")
         throw ConversionError(fileName(path)
                               + " is a VRML 1.0 file, which cannot be read; please export it as "

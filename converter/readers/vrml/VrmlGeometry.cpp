@@ -72,33 +72,39 @@ void VrmlGeometry::addPolygon(const std::vector<Corner> &polygon, bool isClockwi
                               FacetMeshBuilder &builder)
 {
     std::vector<Vec3> positions;
+    positions.reserve(polygon.size());
     for (const Corner &corner : polygon) {
-        if (corner.point >= builder.points.size() || !builder.points[corner.point].isFinite()) {
+        if (corner.point >= builder.points.size() || !builder.points.isPossible(corner.point)) {
             ++m_losses["faces with indices out of range or impossible coordinates"];
             return;
         }
         positions.push_back(builder.points[corner.point]);
     }
     for (const auto &[a, b, c] : triangulated(positions)) {
-        FacetMeshBuilder::Facet facet;
-        facet.corners = {polygon[a], polygon[b], polygon[c]};
         if (isClockwise)
-            std::swap(facet.corners[1], facet.corners[2]);
-        builder.facets.push_back(facet);
+            builder.addFacet({polygon[a], polygon[c], polygon[b]});
+        else
+            builder.addFacet({polygon[a], polygon[b], polygon[c]});
     }
 }
 
 void VrmlGeometry::faceSet(const VrmlNode &vrml, FacetMeshBuilder &builder)
 {
     const VrmlNodePtr coordinates = vrml.child("coord");
-    const std::vector<double> &index = vrml.numbers("coordIndex");
+    const VrmlNumbers &index = vrml.numbers("coordIndex");
     if (!coordinates) {
         if (!index.empty())
             ++m_losses["face sets without coordinates"];
         return;
     }
     checkTriangleCount("A face set", index.size() / 3);
-    builder.points = vrmlPoints(coordinates->numbers("point"), vrmlUnit);
+    builder.corners.reserve(index.size() / 4 * 3);
+    const VrmlNumbers &points = coordinates->numbers("point");
+    if (!points.empty() && !vrml.field("coordIndex"))
+        m_warn("Face sets with points and without faces are left out.");
+    builder.points.reserve(points.size() / 3);
+    for (std::size_t i = 0; i + 2 < points.size(); i += 3)
+        builder.points.push_back(Vec3{points[i], points[i + 1], points[i + 2]} * vrmlUnit);
     const VrmlIndexedData normals(vrml, "normal", "vector", "normalIndex", "normalPerVertex");
     const VrmlIndexedData colors(vrml, "color", "color", "colorIndex", "colorPerVertex");
     const bool isClockwise = !vrml.flag("ccw", true);
@@ -124,7 +130,7 @@ void VrmlGeometry::faceSet(const VrmlNode &vrml, FacetMeshBuilder &builder)
 
 void VrmlGeometry::elevationGrid(const VrmlNode &vrml, FacetMeshBuilder &builder)
 {
-    const std::vector<double> &heights = vrml.numbers("height");
+    const VrmlNumbers &heights = vrml.numbers("height");
     const double statedX = vrml.number("xDimension", 0);
     const double statedZ = vrml.number("zDimension", 0);
     if (!(statedX >= 2) || !(statedZ >= 2))
@@ -175,7 +181,7 @@ Primitive VrmlGeometry::lineSet(const VrmlNode &vrml)
         return result;
     const std::vector<Vec3> points = vrmlPoints(coordinates->numbers("point"), vrmlUnit);
     const VrmlIndexedData colors(vrml, "color", "color", "colorIndex", "colorPerVertex");
-    const std::vector<double> &index = vrml.numbers("coordIndex");
+    const VrmlNumbers &index = vrml.numbers("coordIndex");
     std::size_t line = 0;
     bool continues = false;
     bool isColored = false;
@@ -217,7 +223,7 @@ int VrmlGeometry::segments(double radius) const
 
 void VrmlGeometry::box(const VrmlNode &vrml, FacetMeshBuilder &builder)
 {
-    const std::vector<double> &size = vrml.numbers("size");
+    const VrmlNumbers &size = vrml.numbers("size");
     const Vec3 half =
         (size.size() >= 3 ? Vec3{size[0], size[1], size[2]} : Vec3{2, 2, 2}) * (vrmlUnit / 2);
     for (int i = 0; i < 8; ++i)
@@ -262,9 +268,9 @@ void VrmlGeometry::sphere(const VrmlNode &vrml, FacetMeshBuilder &builder)
             const Corner c = corner(row + 1, column + 1);
             const Corner d = corner(row, column + 1);
             if (row + 1 < down)
-                builder.facets.push_back({{a, b, c}, 1});
+                builder.addFacet({a, b, c});
             if (row > 0)
-                builder.facets.push_back({{a, c, d}, 1});
+                builder.addFacet({a, c, d});
         }
     }
 }
@@ -288,9 +294,9 @@ void VrmlGeometry::addFrustum(double bottom, double top, double height, const Vr
     }
     for (std::size_t i = 0; vrml.flag("side", true) && i < lower.size(); ++i) {
         const std::size_t next = (i + 1) % lower.size();
-        builder.facets.push_back({{lower[i], lower[next], upper[next]}, 1});
+        builder.addFacet({lower[i], lower[next], upper[next]});
         if (top > 0)
-            builder.facets.push_back({{lower[i], upper[next], upper[i]}, 1});
+            builder.addFacet({lower[i], upper[next], upper[i]});
     }
     const auto addCap = [&](std::vector<Corner> ring, double direction) {
         for (Corner &corner : ring)

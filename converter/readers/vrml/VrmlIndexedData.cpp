@@ -30,7 +30,7 @@ std::optional<Vec3> VrmlIndexedData::at(std::size_t face, std::size_t position, 
     return Vec3{(*m_values)[start], (*m_values)[start + 1], (*m_values)[start + 2]};
 }
 
-std::vector<Vec3> vrmlPoints(const std::vector<double> &values, double unit)
+std::vector<Vec3> vrmlPoints(const VrmlNumbers &values, double unit)
 {
     std::vector<Vec3> points;
     points.reserve(values.size() / 3);

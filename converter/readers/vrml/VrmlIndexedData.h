@@ -22,14 +22,14 @@ public:
     std::optional<Vec3> at(std::size_t face, std::size_t position, double point) const;
 
 private:
-    const std::vector<double> *m_values = nullptr;
-    const std::vector<double> &m_index;
+    const VrmlNumbers *m_values = nullptr;
+    const VrmlNumbers &m_index;
     bool m_isPerVertex;
     VrmlNodePtr m_child;
 };
 
 /// The numbers of @p values in threes, multiplied by @p unit.
-std::vector<Vec3> vrmlPoints(const std::vector<double> &values, double unit);
+std::vector<Vec3> vrmlPoints(const VrmlNumbers &values, double unit);
 
 /// A colour that a file states with numbers from 0 to 1.
 std::optional<Rgba8> vrmlColor(const std::optional<Vec3> &color);

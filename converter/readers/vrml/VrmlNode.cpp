@@ -2,6 +2,18 @@
 
 namespace tnconvert {
 
+void VrmlNumbers::push_back(double value)
+{
+    const bool isInteger = value >= -1e9 && value <= 1e9 && double(std::int32_t(value)) == value;
+    if (m_values.empty() && isInteger)
+        return m_integers.push_back(std::int32_t(value));
+    if (!m_integers.empty()) {
+        m_values.assign(m_integers.begin(), m_integers.end());
+        m_integers = {};
+    }
+    m_values.push_back(value);
+}
+
 const VrmlField *VrmlNode::field(const char *fieldName) const
 {
     const auto found = fields.find(fieldName);
@@ -21,16 +33,16 @@ const std::vector<VrmlNodePtr> &VrmlNode::children(const char *fieldName) const
     return found ? found->nodes : none;
 }
 
-const std::vector<double> &VrmlNode::numbers(const char *fieldName) const
+const VrmlNumbers &VrmlNode::numbers(const char *fieldName) const
 {
-    static const std::vector<double> none;
+    static const VrmlNumbers none;
     const VrmlField *found = field(fieldName);
     return found ? found->numbers : none;
 }
 
 double VrmlNode::number(const char *fieldName, double fallback) const
 {
-    const std::vector<double> &values = numbers(fieldName);
+    const VrmlNumbers &values = numbers(fieldName);
     return values.empty() ? fallback : values.front();
 }
 
