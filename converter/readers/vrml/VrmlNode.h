@@ -10,8 +10,18 @@
 
 namespace tnconvert {
 
-/// How much is missing, by what it is, as in "faces with indices out of range".
-using VrmlLosses = std::map<std::string, std::size_t>;
+/// What is missing of a file.
+struct VrmlLosses {
+    std::map<std::string, std::size_t>
+        counts; ///< by what it is, as in "extrusions without a spine"
+    std::vector<std::string> damages; ///< in sentences
+
+    std::size_t &operator[](const std::string &what) { return counts[what]; }
+    bool operator!=(const VrmlLosses &o) const
+    {
+        return counts != o.counts || damages != o.damages;
+    }
+};
 
 struct VrmlNode;
 using VrmlNodePtr = std::shared_ptr<const VrmlNode>;

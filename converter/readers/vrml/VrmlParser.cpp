@@ -5,6 +5,8 @@
 #include "core/Text.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace tnconvert {
 
@@ -26,6 +28,30 @@ public:
 
 private:
     int &m_depth;
+};
+
+/// The text breaks the rules, so what follows cannot be understood.
+class SyntaxError : public ConversionError {
+public:
+    using ConversionError::ConversionError;
+};
+
+/// Puts a list aside for as long as it lives.
+template <typename List>
+class PutAside {
+public:
+    explicit PutAside(List &list)
+        : m_list(list)
+        , m_kept(std::exchange(list, {}))
+    {
+    }
+    ~PutAside() { m_list = std::move(m_kept); }
+    PutAside(const PutAside &) = delete;
+    PutAside &operator=(const PutAside &) = delete;
+
+private:
+    List &m_list;
+    List m_kept;
 };
 
 bool isEvent(std::string_view word)
@@ -50,15 +76,56 @@ VrmlParser::VrmlParser(std::string_view text, std::string fileName, Warn warn, V
 
 std::vector<VrmlNodePtr> VrmlParser::parse()
 {
-    return statements(/*isTop*/ true);
+    std::vector<VrmlNodePtr> nodes;
+    try {
+        statements(/*isTop*/ true, nodes);
+    } catch (const SyntaxError &error) {
+        if (VrmlNodePtr last = rescued())
+            nodes.push_back(std::move(last));
+        if (nodes.empty())
+            throw;
+        m_losses.damages.push_back(std::string(error.what()) + " What follows is missing.");
+    }
+    return nodes;
+}
+
+/// What is known of the node at the top within which the reading ended; null when that is nothing.
+VrmlNodePtr VrmlParser::rescued()
+{
+    VrmlNodePtr inner;
+    for (; !m_open.empty(); m_open.pop_back()) {
+        const auto &[node, field] = m_open.back();
+        if (inner)
+            node->fields[field].nodes.push_back(inner);
+        completeNode(*node);
+        const bool isKept = field == "children" && isTrueWithoutRest(*node);
+        inner = isKept ? node : nullptr;
+    }
+    return inner;
+}
+
+/// Whether the children of a node can be shown that ends within them. Where places stand behind the
+/// children, these would be shown elsewhere; programs that write one place in front write all of
+/// them there.
+bool VrmlParser::isTrueWithoutRest(const VrmlNode &node) const
+{
+    if (node.children("children").empty() || found(&Scope::prototypes, node.type))
+        return false;
+    if (node.type == "Group" || node.type == "Anchor" || node.type == "Collision")
+        return true;
+    constexpr const char *places[] = {"translation", "rotation", "scale", "scaleOrientation"};
+    return node.type == "Transform"
+        && std::any_of(std::begin(places), std::end(places),
+                       [&node](const char *place) { return node.field(place); });
 }
 
 void VrmlParser::fail(const std::string &what) const
 {
+    const std::string line = std::to_string(m_lexer.line());
     if (m_lexer.kind() == VrmlLexer::Kind::End || m_lexer.isCut())
-        throw ConversionError(m_fileName + " is truncated: it ends at line "
-                              + std::to_string(m_lexer.line()) + " within a node.");
-    failAtLine(what);
+        throw SyntaxError(m_fileName + " is truncated: it ends at line " + line
+                          + " within a node.");
+    throw SyntaxError(m_fileName + " is damaged at line " + line + ": " + what + ".");
 }
 
 /// For what is wrong with whole nodes: nothing is truncated, even if one is the last of the file.
@@ -96,9 +163,8 @@ const T *VrmlParser::found(std::map<std::string, T> Scope::*names, const std::st
     return nullptr;
 }
 
-std::vector<VrmlNodePtr> VrmlParser::statements(bool isTop)
+void VrmlParser::statements(bool isTop, std::vector<VrmlNodePtr> &nodes)
 {
-    std::vector<VrmlNodePtr> nodes;
     while (isTop ? m_lexer.kind() != VrmlLexer::Kind::End : !m_lexer.isSign('}')) {
         if (m_lexer.isWord("ROUTE")) {
             route();
@@ -114,14 +180,13 @@ std::vector<VrmlNodePtr> VrmlParser::statements(bool isTop)
             nodes.push_back(std::move(read));
         }
     }
-    return nodes;
 }
 
 VrmlNodePtr VrmlParser::node()
 {
     const DepthGuard guard(m_depth);
     if (m_depth > depthBound)
-        fail("the nodes are nested too deeply");
+        failAtLine("the nodes are nested too deeply");
     std::string type = word("a node");
     if (type == "NULL")
         return nullptr;
@@ -170,8 +235,10 @@ VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &nam
     result->name = name;
     result->line = m_lexer.line();
     expect('{');
+    m_open.push_back({result, {}});
     while (!m_lexer.isSign('}'))
-        bodyItem(*result);
+        bodyItem();
+    m_open.pop_back();
     m_lexer.next();
     completeNode(*result);
     const Prototype *prototype = found(&Scope::prototypes, type);
@@ -180,7 +247,7 @@ VrmlNodePtr VrmlParser::nodeBody(const std::string &type, const std::string &nam
     return instance(*result, *prototype);
 }
 
-void VrmlParser::bodyItem(VrmlNode &node)
+void VrmlParser::bodyItem()
 {
     if (m_lexer.isWord("ROUTE"))
         return route();
@@ -199,12 +266,14 @@ void VrmlParser::bodyItem(VrmlNode &node)
     }
     if (event && !m_lexer.isWord("IS"))
         return;
-    node.fields[name] = value();
+    m_open.back().field = name;
+    VrmlField &field = m_open.back().node->fields[name];
+    field = {};
+    readValue(field);
 }
 
-VrmlField VrmlParser::value()
+void VrmlParser::readValue(VrmlField &field)
 {
-    VrmlField field;
     if (m_lexer.isWord("IS")) {
         m_lexer.next();
         field.prototypeField = word("the name of a field");
@@ -219,7 +288,6 @@ VrmlField VrmlParser::value()
     } else {
         element(field);
     }
-    return field;
 }
 
 void VrmlParser::element(VrmlField &field)
@@ -268,7 +336,7 @@ std::map<std::string, VrmlField> VrmlParser::interfaceFields(bool hasDefaults)
         word("a field type");
         const std::string name = word("the name of a field");
         if (hasDefaults && isDeclaration(kind))
-            fields[name] = value();
+            readValue(fields[name]);
     }
     m_lexer.next();
     return fields;
@@ -278,15 +346,18 @@ void VrmlParser::prototype()
 {
     const DepthGuard guard(m_depth);
     if (m_depth > depthBound)
-        fail("the prototypes are nested too deeply");
+        failAtLine("the prototypes are nested too deeply");
     m_lexer.next();
     const std::string name = word("the name of a prototype");
+    // Nothing of a prototype is drawn where it stands, so nothing of an unfinished one either.
+    const PutAside around(m_open);
     Prototype result;
     result.defaults = interfaceFields(/*hasDefaults*/ true);
     expect('{');
     // Names and prototypes defined inside are not known outside.
     m_scopes.emplace_back();
-    const std::vector<VrmlNodePtr> content = statements(/*isTop*/ false);
+    std::vector<VrmlNodePtr> content;
+    statements(/*isTop*/ false, content);
     m_scopes.pop_back();
     expect('}');
     // Only the first node of a prototype is drawn.
@@ -300,7 +371,8 @@ void VrmlParser::externalPrototype()
     m_lexer.next();
     const std::string name = word("the name of a prototype");
     interfaceFields(/*hasDefaults*/ false);
-    value();
+    VrmlField address;
+    readValue(address);
     m_scopes.back().prototypes[name] = Prototype();
 }
 

@@ -17,8 +17,9 @@ public:
     /// messages. What is missing is added to @p losses, which must outlive the parser too.
     VrmlParser(std::string_view text, std::string fileName, Warn warn, VrmlLosses &losses);
 
-    /// The nodes at the top of the file. Throws ConversionError, with the line, when the text is
-    /// damaged or ends too early.
+    /// The nodes at the top of the file. When the text is damaged or ends too early, those that
+    /// stand before, with all that is sure to be part of them; the losses name the line. Throws
+    /// ConversionError when nothing does, or when nodes are nested too deeply.
     std::vector<VrmlNodePtr> parse();
 
 private:
@@ -32,12 +33,20 @@ private:
         std::map<std::string, Prototype> prototypes;
     };
 
-    std::vector<VrmlNodePtr> statements(bool isTop);
+    /// A node whose body is being read.
+    struct OpenNode {
+        std::shared_ptr<VrmlNode> node;
+        std::string field; ///< the one that is being read
+    };
+
+    void statements(bool isTop, std::vector<VrmlNodePtr> &nodes);
+    VrmlNodePtr rescued();
+    bool isTrueWithoutRest(const VrmlNode &node) const;
     VrmlNodePtr node();
     void completeNode(VrmlNode &node) const;
     VrmlNodePtr nodeBody(const std::string &type, const std::string &name);
-    void bodyItem(VrmlNode &node);
-    VrmlField value();
+    void bodyItem();
+    void readValue(VrmlField &field);
     void element(VrmlField &field);
     void prototype();
     void externalPrototype();
@@ -59,6 +68,7 @@ private:
     const std::string m_fileName;
     const Warn m_warn;
     VrmlLosses &m_losses;
+    std::vector<OpenNode> m_open; ///< the innermost is the last
     std::vector<Scope> m_scopes{1}; ///< the innermost is the last
     int m_depth = 0;
     std::size_t m_copies = 0;

@@ -21,14 +21,14 @@ constexpr double leastScale = 1e-9;
 
 Vec3 vector(const VrmlNode &vrml, const char *field, const Vec3 &fallback)
 {
-    const std::vector<double> &v = vrml.numbers(field);
+    const VrmlNumbers &v = vrml.numbers(field);
     const Vec3 result = v.size() >= 3 ? Vec3{v[0], v[1], v[2]} : fallback;
     return result.isFinite() ? result : fallback;
 }
 
 Transform rotation(const VrmlNode &vrml, const char *field, double sign)
 {
-    const std::vector<double> &v = vrml.numbers(field);
+    const VrmlNumbers &v = vrml.numbers(field);
     return v.size() >= 4 ? Transform::rotation({v[0], v[1], v[2]}, sign * v[3]) : Transform();
 }
 
@@ -61,6 +61,13 @@ std::string decodedUrl(const std::string &url)
     return result;
 }
 
+/// Whether other shapes can use something of @p appearance.
+bool definesLook(const VrmlNode *appearance)
+{
+    const VrmlNodePtr material = appearance ? appearance->child("material") : nullptr;
+    return appearance && (!appearance->name.empty() || (material && !material->name.empty()));
+}
+
 bool isRemote(const std::string &url)
 {
     const std::size_t colon = url.find("://");
@@ -84,7 +91,8 @@ Scene VrmlSceneBuilder::build(const std::string &path)
     scene.roots = fileNodes(absolutePath(path));
     scene.missingParts = m_missingParts;
     scene.metadata = m_metadata;
-    for (const auto &[what, count] : m_losses)
+    scene.losses = m_losses.damages;
+    for (const auto &[what, count] : m_losses.counts)
         scene.losses.push_back("Missing " + what + ": " + std::to_string(count) + ".");
     scene.isFiltered = m_isFiltered;
     return scene;
@@ -164,7 +172,23 @@ void VrmlSceneBuilder::addNodes(const Nodes &nodes, Node &parent)
             continue;
         }
         countNodes(1);
+        countUnknownFields(*vrml);
         (this->*handler->second)(*vrml, parent);
+    }
+}
+
+/// No node that draws something has nodes in other fields, so the name of one is damaged.
+void VrmlSceneBuilder::countUnknownFields(const VrmlNode &vrml)
+{
+    static const std::set<std::string> drawing = {"Transform", "Group",  "Anchor", "Collision",
+                                                  "Billboard", "Switch", "LOD",    "Shape"};
+    static const std::set<std::string> known = {"appearance", "children", "choice", "geometry",
+                                                "level",      "metadata", "proxy"};
+    if (drawing.count(vrml.type) == 0)
+        return;
+    for (const auto &[name, field] : vrml.fields) {
+        if (!field.nodes.empty() && known.count(name) == 0)
+            m_losses["nodes in fields of unknown names"] += field.nodes.size();
     }
 }
 
@@ -391,8 +415,12 @@ void VrmlSceneBuilder::addShape(const VrmlNode &vrml, Node &parent)
 {
     const VrmlNodePtr geometry = vrml.child("geometry");
     const VrmlNodePtr appearance = vrml.child("appearance");
-    if (!geometry)
+    if (!geometry) {
+        // NULL is a geometry too, and some programs keep their materials in shapes without any.
+        if (!vrml.field("geometry") && !definesLook(appearance.get()))
+            warnOnce("Shapes without a geometry are left out.");
         return;
+    }
     Node node;
     node.name = vrml.name;
     node.visible = !m_isHidden;

@@ -46,6 +46,7 @@ private:
     std::string inlinedPath(const VrmlNode &vrml) const;
     void readInlined(const std::string &path);
     void countNodes(std::size_t more);
+    void countUnknownFields(const VrmlNode &vrml);
     void warnOnce(const std::string &message);
 
     const Settings &m_settings;
