@@ -8,21 +8,12 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace tnconvert {
 
 namespace {
-
-/// Takes memory in large pieces and gives none back, which a short life need not bother with.
-void hoardMemory()
-{
-    mallopt(M_TOP_PAD, 16 << 20);
-    mallopt(M_TRIM_THRESHOLD, 64 << 20);
-    mallopt(M_MMAP_THRESHOLD, 32 << 20);
-}
 
 /// What stands in there is for the parent.
 void leaveInput()
@@ -36,7 +27,6 @@ int statusOf(const std::function<void()> &work)
 {
     try {
         return ForkedProcess([&work] {
-                   hoardMemory();
                    leaveInput();
                    work();
                })
