@@ -72,7 +72,10 @@ public:
         if (!m_throttle.passes(percent, message))
             return;
         m_silence.restart();
-        std::cerr << message << ": " << std::lround(percent) << " %\n";
+        const std::string line = message + ": " + std::to_string(std::lround(percent)) + " %\n";
+        if (line != m_line)
+            std::cerr << line;
+        m_line = line;
     }
     void warning(const std::string &message) override
     {
@@ -94,6 +97,7 @@ public:
 private:
     const SilenceLimit &m_silence;
     ProgressThrottle m_throttle;
+    std::string m_line; ///< the last one
 };
 
 void listFormats()

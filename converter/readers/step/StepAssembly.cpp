@@ -48,8 +48,8 @@ Scene StepAssembly::read(const std::string &path)
 StepAssembly::File &StepAssembly::load(const std::string &path, double from, double to)
 {
     File &file = m_files[path];
-    file.document = std::make_unique<StepDocument>(path, m_report);
     const double half = from + (to - from) * 4 / 9;
+    file.document = std::make_unique<StepDocument>(path, m_report, from, half);
     file.builder = std::make_unique<StepSceneBuilder>(*file.document, m_settings, m_report, half,
                                                       to, m_nodeCount);
     loadParts(file, from, half);

@@ -4,6 +4,7 @@
 #include "core/FileProbe.h"
 #include "core/Limits.h"
 #include "core/Text.h"
+#include "core/WatchedFile.h"
 #include "readers/kernel/KernelGuard.h"
 #include "readers/step/StepDamage.h"
 #include "readers/step/StepHeader.h"
@@ -15,12 +16,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
+#include <filesystem>
+#include <istream>
 #include <sstream>
 
 namespace tnconvert {
 
 namespace {
+
+/// Of the time that reading takes. What is read is then linked and checked.
+constexpr double parsingShare = 0.7;
 
 void checkStepFile(const std::string &path)
 {
@@ -34,7 +39,8 @@ void checkStepFile(const std::string &path)
 }
 
 /// Unlike the reader's own ReadFile, one that takes no byte order mark for damage.
-bool readFile(STEPControl_Reader &reader, const std::string &path, const StepNumbers &numbers)
+bool readFile(STEPControl_Reader &reader, const std::string &path, const StepNumbers &numbers,
+              const std::function<void(double)> &heard)
 {
     if (numbers.twinCount() > 0) {
         std::istringstream text(
@@ -42,8 +48,9 @@ bool readFile(STEPControl_Reader &reader, const std::string &path, const StepNum
         return reader.ReadStream(path.c_str(), text) == IFSelect_RetDone;
     }
     const std::string head = readHead(path, 3);
-    std::ifstream file(path, std::ios::binary);
-    file.seekg(std::streamoff(head.size() - withoutByteOrderMark(head).size()));
+    WatchedFile bytes(path, heard);
+    std::istream file(&bytes);
+    file.ignore(std::streamsize(head.size() - withoutByteOrderMark(head).size()));
     return reader.ReadStream(path.c_str(), file) == IFSelect_RetDone;
 }
 
@@ -80,11 +87,13 @@ bool areFinite(const StepEntities &entities)
 
 } // namespace
 
-StepDocument::StepDocument(const std::string &path, Report &report)
+StepDocument::StepDocument(const std::string &path, Report &report, double from, double to)
     : m_path(path)
 {
     checkStepFile(path);
-    readEntities();
+    readEntities([&](double share) {
+        report.progress(from + (to - from) * share * parsingShare, "Reading");
+    });
     checkNumbers();
     const bool isDone = KernelGuard::run([this] {
         m_structure.emplace(*m_entities);
@@ -98,13 +107,13 @@ StepDocument::StepDocument(const std::string &path, Report &report)
     noteDamage(report);
 }
 
-void StepDocument::readEntities()
+void StepDocument::readEntities(const std::function<void(double)> &heard)
 {
     const StepNumbers numbers(m_path);
     if (numbers.twinCount() > 0)
         m_losses.add(StepLosses::Kind::Twin, numbers.firstTwin(), numbers.twinCount());
     bool isRead = false;
-    KernelGuard::run([&] { isRead = readFile(m_reader, m_path, numbers); });
+    KernelGuard::run([&] { isRead = readFile(m_reader, m_path, numbers, heard); });
     if (!isRead)
         throw ConversionError(fileName(m_path) + " is damaged: its data section cannot be read.");
     m_entities.emplace(m_reader.WS());

@@ -11,6 +11,7 @@
 #include <STEPControl_Reader.hxx>
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,7 +23,8 @@ class StepDocument {
 public:
     /// Reads and checks @p path. Throws ConversionError when nothing can be made of it; damage that
     /// loses nothing is reported as warnings.
-    StepDocument(const std::string &path, Report &report);
+    /// Progress is reported between @p from and @p to percent.
+    StepDocument(const std::string &path, Report &report, double from, double to);
 
     const std::string &path() const { return m_path; }
     const StepEntities &entities() const { return *m_entities; }
@@ -35,7 +37,7 @@ public:
     const StepLosses &losses() const { return m_losses; }
 
 private:
-    void readEntities();
+    void readEntities(const std::function<void(double)> &heard);
     void checkNumbers() const;
     void noteDamage(Report &report);
 
