@@ -33,8 +33,7 @@ constexpr double largestSilence = 1e6; ///< seconds, as for the host
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitIncomplete = 3 };
 
 constexpr const char *usage =
-    "Usage: tnconvert IN OUT.glb [--settings FILE.json] [--silence SECONDS] [--follow-outside]\n"
-    "                 [--full-source]\n"
+    "Usage: tnconvert IN OUT.glb [OPTIONS]\n"
     "       tnconvert --worker\n"
     "\n"
     "Converts a CAD file to glTF 2.0 binary.\n"
@@ -44,6 +43,9 @@ constexpr const char *usage =
     "never\n"
     "  --follow-outside      follow references out of the folder of IN\n"
     "  --full-source         note the path of IN in OUT.glb rather than its name alone\n"
+    "  --healing full|needed heal all of the shapes of a Step file, or only what cannot be used\n"
+    "                        otherwise, which is the default\n"
+    "  --threads N           work on N cores at most; 0, the default: on all\n"
     "  --worker              serve requests on the standard input, one JSON object on each line\n"
     "  --list-formats        list the file types and their suffixes\n"
     "  --version             print the version\n"
@@ -110,6 +112,14 @@ void listFormats()
         }
         std::cout << '\n';
     }
+}
+
+/// A number of a few digits; nothing when @p text is something else.
+std::optional<int> count(const std::string &text)
+{
+    if (text.empty() || text.size() > 4 || text.find_first_not_of("0123456789") != text.npos)
+        return std::nullopt;
+    return std::stoi(text);
 }
 
 int wrongUsage(const std::string &what)
@@ -202,6 +212,7 @@ int run(const std::vector<std::string> &arguments)
 {
     std::vector<std::string> files;
     Call call;
+    call.job.threads = 0;
     bool acceptsOptions = true;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string &argument = arguments[i];
@@ -231,6 +242,16 @@ int run(const std::vector<std::string> &arguments)
             if (seconds < 0 || seconds > largestSilence || std::floor(seconds) != seconds)
                 return wrongUsage("--silence wants a whole number of seconds.");
             call.silence = unsigned(seconds);
+        } else if (argument == "--healing" && i + 1 < arguments.size()) {
+            const std::string &healing = arguments[++i];
+            if (healing != "full" && healing != "needed")
+                return wrongUsage("the healing " + healing + " is not known.");
+            call.switched["Healing"] = healing;
+        } else if (argument == "--threads" && i + 1 < arguments.size()) {
+            const std::optional<int> threads = count(arguments[++i]);
+            if (!threads)
+                return wrongUsage("the number of threads " + arguments[i] + " is not understood.");
+            call.job.threads = *threads;
         } else if (const char *field = switchedBy(argument)) {
             call.switched[field] = true;
         } else {

@@ -51,6 +51,7 @@ inline constexpr char seconds[] = "seconds";
 inline constexpr char settings[] = "settings";
 inline constexpr char sourceId[] = "sourceId";
 inline constexpr char state[] = "state";
+inline constexpr char threads[] = "threads";
 inline constexpr char type[] = "type";
 inline constexpr char version[] = "version";
 } // namespace key

@@ -7,6 +7,7 @@
 #include "core/Stopwatch.h"
 #include "core/Text.h"
 #include "readers/ReaderRegistry.h"
+#include "readers/kernel/Kernel.h"
 #include "sandbox/Sandbox.h"
 #include "scene/SceneOperations.h"
 #include "writer/GlbWriter.h"
@@ -90,6 +91,7 @@ Outcome convertOrThrow(const Job &job, Report &report)
 {
     if (job.confinesProcess)
         Sandbox::confine(job.input, job.output, job.settings.followOutside);
+    setKernelThreads(job.threads);
     checkReadable(job.input);
     const std::unique_ptr<Reader> reader = readerFor(job);
     checkOutput(job);

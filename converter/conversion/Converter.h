@@ -14,6 +14,7 @@ struct Job {
     std::string type; ///< display name of the format; empty: by the input's suffix
     std::string sourceId; ///< see GlbWriter
     Settings settings;
+    int threads = 1; ///< that the work may take; 0: as many as there are cores
     /// Gives up all files but this one's, so that the process can convert no other one.
     bool confinesProcess = false;
 };

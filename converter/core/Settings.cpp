@@ -89,6 +89,12 @@ Settings Settings::fromJson(const nlohmann::json &object, std::vector<std::strin
         else
             refuse(entry.name, "is out of range");
     }
+    if (const auto found = object.find("Healing"); found != object.end()) {
+        if (*found == "full")
+            settings.healing = Healing::Full;
+        else if (*found != "needed")
+            refuse("Healing", "is neither \"needed\" nor \"full\"");
+    }
     return settings;
 }
 

@@ -7,6 +7,9 @@
 
 namespace tnconvert {
 
+/// How much of the shapes of Step files is healed: all, or what cannot be used otherwise.
+enum class Healing { Needed, Full };
+
 /// The translator's options; the members are named after the fields of the JSON object.
 struct Settings {
     bool importSurfaces = true;
@@ -28,6 +31,7 @@ struct Settings {
     bool flushTransformations = false;
     bool importReferencedFiles = true;
     bool importMetadata = false;
+    Healing healing = Healing::Needed;
     bool followOutside = false; ///< references may lead out of the input's folder
     bool fullSource = false; ///< the output names the input's path rather than its name alone
 

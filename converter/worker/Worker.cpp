@@ -53,6 +53,9 @@ std::string problemOf(const nlohmann::json &request)
     const nlohmann::json *type = member(request, key::type);
     if (type && !type->is_string())
         return "The request's type is no text.";
+    const nlohmann::json *threads = member(request, key::threads);
+    if (threads && (!threads->is_number_unsigned() || threads->get<std::uint64_t>() > 1024))
+        return "The request's number of threads is none.";
     return {};
 }
 
@@ -65,6 +68,8 @@ void convertRequest(const nlohmann::json &request, FileEvents &events)
     job.output = text(request, key::output);
     job.type = text(request, key::type);
     job.sourceId = text(request, key::sourceId);
+    if (const nlohmann::json *threads = member(request, key::threads))
+        job.threads = threads->get<int>();
     std::vector<std::string> warnings;
     if (const nlohmann::json *settings = member(request, key::settings))
         job.settings = Settings::fromJson(*settings, warnings);

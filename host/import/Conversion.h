@@ -14,6 +14,7 @@ struct ConversionRequest {
     QString type; ///< display name of the file type
     QString sourceId; ///< noted in the output; see OutputNames
     QJsonObject settings; ///< translator options by field name
+    int threads = 1; ///< cores that the conversion may use
 };
 
 /// Receives how a conversion goes on, always from the event loop and in the GUI thread. It must

@@ -42,6 +42,7 @@ void Conversions::prepare(int count)
 
 void Conversions::start(ConversionRequest request, ConversionObserver &observer)
 {
+    request.threads = m_threads;
     request.settings.insert(QStringLiteral("FollowOutside"), m_limits.followOutside);
     request.settings.insert(QStringLiteral("FullSource"), m_limits.fullSource);
     if (!m_store) {

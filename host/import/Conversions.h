@@ -29,6 +29,8 @@ public:
     int running() const;
     /// Has processes ready for so many files at a time, unless their results may be there already.
     void prepare(int count);
+    /// How many cores each conversion that is started next may use; one at first.
+    void setThreads(int threads) { m_threads = threads; }
     void start(ConversionRequest request, ConversionObserver &observer);
     /// Ends the observer's conversion as aborted, soon; nothing when it has none.
     void abort(const ConversionObserver &observer);
@@ -44,6 +46,7 @@ private:
     void onEnded(ReusableConversion *conversion);
 
     const WorkerLimits m_limits;
+    int m_threads = 1;
     const QByteArray m_programName; ///< of the program's files in the store
     QStringList m_program; ///< the files of the converter, as far as they are known
     std::unique_ptr<ResultStore> m_store;

@@ -369,6 +369,7 @@ void ConverterWorker::sendTask()
         {QLatin1String(key::type), request.type},
         {QLatin1String(key::sourceId), request.sourceId},
         {QLatin1String(key::settings), request.settings},
+        {QLatin1String(key::threads), request.threads},
     };
     m_process->write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }

@@ -88,9 +88,9 @@ void ImportJob::prepareOutput()
     }
 }
 
-bool ImportJob::hasWaitingFile() const
+int ImportJob::waitingFiles() const
 {
-    return m_begun && !m_aborted && m_started < m_files.size();
+    return m_begun && !m_aborted ? int(m_files.size() - m_started) : 0;
 }
 
 void ImportJob::startNext()

@@ -33,7 +33,8 @@ public:
     double seconds() const { return static_cast<double>(m_clock.elapsed()) / 1000.0; }
 
     /// Whether startNext() has something to do.
-    bool hasWaitingFile() const;
+    bool hasWaitingFile() const { return waitingFiles() > 0; }
+    int waitingFiles() const;
     void startNext();
     /// Takes back the files that wait, at once, and ends those that run, from the event loop.
     void abort();

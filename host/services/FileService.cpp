@@ -9,6 +9,7 @@
 #include <QtCore/QThread>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace tnhost {
@@ -220,6 +221,12 @@ void FileService::onSchedule()
     ImportJob *job = nextJob();
     if (!job || m_conversions.running() >= limit())
         return;
+    // A core that no other file waits for would be idle.
+    const int waiting =
+        std::accumulate(m_jobs.begin(), m_jobs.end(), 0,
+                        [](int sum, const auto &each) { return sum + each->waitingFiles(); });
+    const int cores = std::min(limit(), QThread::idealThreadCount());
+    m_conversions.setThreads(std::max(1, (cores - m_conversions.running()) / waiting));
     // One at a time: whoever learns of the start may do anything, to the jobs and to the limit.
     m_lastServed = job->id();
     schedule();

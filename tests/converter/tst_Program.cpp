@@ -45,6 +45,8 @@ private slots:
              ""},
             {"no output", {"a.stl"}, 2, "", "Usage:"},
             {"unknown option", {"--fast", "a.stl", "b.glb"}, 2, "", "--fast"},
+            {"unknown healing", {"a.stl", "b.glb", "--healing", "some"}, 2, "", "some"},
+            {"no number of threads", {"a.stl", "b.glb", "--threads", "-1"}, 2, "", "-1"},
             {"no settings", {"a.stl", "b.glb", "--settings"}, 2, "", "--settings"},
             {"silence", {"a.stl", "b.glb", "--silence", "-1"}, 2, "", "--silence wants"},
             {"worker with a file", {"--worker", "a.stl"}, 2, "", "--worker"},
@@ -68,6 +70,20 @@ private slots:
         const QByteArray output = run.readAllStandardOutput();
         QVERIFY2(output.startsWith(call.output) && output.isEmpty() == !*call.output, output);
         QVERIFY(run.readAllStandardError().contains(call.errors));
+    }
+
+    void deliversTheSameOnManyCores()
+    {
+        ConverterFixture fixture;
+        QByteArray outputs[2];
+        for (const int i : {0, 1}) {
+            const QString output = fixture.path("out.glb");
+            ConverterProcess run(
+                {TN_SAMPLES_DIR "/gearbox.step", output, "--threads", i ? "4" : "1"});
+            QCOMPARE(run.end(), 0);
+            outputs[i] = ConverterFixture::read(output);
+        }
+        QVERIFY(outputs[0] == outputs[1]);
     }
 
     void settingsFile()

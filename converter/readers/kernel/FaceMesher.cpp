@@ -2,19 +2,14 @@
 
 #include "readers/kernel/KernelGuard.h"
 #include "readers/kernel/ShapeRepair.h"
+#include "readers/kernel/Tessellation.h"
 
 #include <BRepAdaptor_Surface.hxx>
 #include <BRepBuilderAPI_Copy.hxx>
 #include <BRepGProp.hxx>
 #include <BRepLProp_SLProps.hxx>
-#include <BRepMesh_IncrementalMesh.hxx>
-#include <BRepTools.hxx>
-#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
-#include <BndLib_AddSurface.hxx>
-#include <Bnd_Box.hxx>
 #include <GProp_GProps.hxx>
-#include <GeomAdaptor_Surface.hxx>
 #include <Poly_Triangulation.hxx>
 #include <Precision.hxx>
 #include <ShapeFix_Face.hxx>
@@ -23,61 +18,12 @@
 #include <Standard_Failure.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
-#include <TopoDS_Compound.hxx>
 
 #include <cmath>
 
 namespace tnconvert {
 
 namespace {
-
-/// How many times as large as its edges the surface of a face may be, and the other way round. A
-/// closed surface with a short seam is a few times as large.
-constexpr double largestStray = 1000;
-
-/// Whether the surface has nothing to do with the edges that bound it, as when one number of it
-/// is damaged. The kernel would fill the whole of it with triangles.
-bool isStray(const TopoDS_Face &face)
-{
-    try {
-        TopLoc_Location location;
-        const Handle(Geom_Surface) &surface = BRep_Tool::Surface(face, location);
-        const std::optional<double> extent = extentOf(face);
-        if (surface.IsNull() || !extent)
-            return false;
-        double uMin = 0;
-        double uMax = 0;
-        double vMin = 0;
-        double vMax = 0;
-        BRepTools::UVBounds(face, uMin, uMax, vMin, vMax);
-        Bnd_Box box;
-        BndLib_AddSurface::Add(GeomAdaptor_Surface(surface), uMin, uMax, vMin, vMax, 0, box);
-        if (box.IsVoid())
-            return false;
-        if (box.IsOpen())
-            return true;
-        const double size = std::sqrt(box.SquareExtent()) + Precision::Confusion();
-        const double edges = *extent + Precision::Confusion();
-        return size > largestStray * edges || edges > largestStray * size;
-    } catch (const Standard_Failure &) {
-        return false;
-    }
-}
-
-TopoDS_Shape withoutStray(const TopoDS_Shape &shape)
-{
-    TopoDS_Compound sound;
-    BRep_Builder builder;
-    builder.MakeCompound(sound);
-    bool hasStray = false;
-    for (TopExp_Explorer faces(shape, TopAbs_FACE); faces.More(); faces.Next()) {
-        if (isStray(TopoDS::Face(faces.Current())))
-            hasStray = true;
-        else
-            builder.Add(sound, faces.Current());
-    }
-    return hasStray ? sound : shape;
-}
 
 /// Mends wires that are open, turned or in disorder. The mesher drops what lies within the
 /// tolerance of a corner, which can be all of a small hole.
@@ -213,22 +159,11 @@ bool isPlausible(double area, const std::optional<double> &stated)
 
 } // namespace
 
-FaceMesher::FaceMesher(const TopoDS_Shape &shape, double deviation, double angle, FaceTally &tally)
+FaceMesher::FaceMesher(double deviation, double angle, FaceTally &tally)
     : m_deviation(deviation)
     , m_angle(angle)
     , m_tally(tally)
 {
-    mesh(withoutStray(shape));
-}
-
-void FaceMesher::mesh(const TopoDS_Shape &shape) const
-{
-    try {
-        const BRepMesh_IncrementalMesh mesher(shape, m_deviation, Standard_False, m_angle,
-                                              Standard_False);
-    } catch (const Standard_Failure &) {
-        // The faces without triangles are counted one by one.
-    }
 }
 
 Primitive FaceMesher::triangles(const TopoDS_Face &face)
@@ -250,7 +185,7 @@ Primitive FaceMesher::trianglesOfRepaired(const TopoDS_Face &face) const
         Primitive result;
         const bool isDone = KernelGuard::run([&] {
             const TopoDS_Shape faces = repaired(TopoDS::Face(BRepBuilderAPI_Copy(face).Shape()));
-            mesh(faces);
+            tessellate(faces, m_deviation, m_angle);
             for (TopExp_Explorer it(faces, TopAbs_FACE); it.More(); it.Next())
                 append(TopoDS::Face(it.Current()), result);
         });

@@ -6,11 +6,21 @@
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Message_Printer.hxx>
+#include <OSD_Parallel.hxx>
+#include <OSD_ThreadPool.hxx>
 #include <STEPControl_Controller.hxx>
 #include <TCollection_AsciiString.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 
+#include <algorithm>
+
 namespace tnconvert {
+
+namespace {
+
+int threads = 1;
+
+} // namespace
 
 void prepareKernel()
 {
@@ -22,6 +32,21 @@ void prepareKernel()
         return true;
     }();
     (void)isPrepared;
+}
+
+void setKernelThreads(int count)
+{
+    threads = count > 0 ? count : std::max(OSD_Parallel::NbLogicalProcessors(), 1);
+    // Unlike the other kind that the kernel has these can be counted, and turn signals into
+    // failures.
+    OSD_Parallel::SetUseOcctThreads(true);
+    if (threads > 1)
+        OSD_ThreadPool::DefaultPool(threads - 1);
+}
+
+int kernelThreads()
+{
+    return threads;
 }
 
 Transform transformOf(const gp_Trsf &transformation)

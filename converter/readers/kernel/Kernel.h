@@ -15,6 +15,12 @@ namespace tnconvert {
 /// Makes the CAD kernel quiet and lets it deliver millimetres; cheap when called again.
 void prepareKernel();
 
+/// Lets the kernel use @p count threads, this one included; 0: as many as there are cores.
+void setKernelThreads(int count);
+
+/// How many threads the kernel may use: one unless it was told otherwise.
+int kernelThreads();
+
 /// The kernel's transformation as the scene has it.
 Transform transformOf(const gp_Trsf &transformation);
 

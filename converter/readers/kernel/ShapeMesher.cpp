@@ -3,6 +3,7 @@
 #include "core/Limits.h"
 #include "readers/kernel/FaceMesher.h"
 #include "readers/kernel/ShapeRepair.h"
+#include "readers/kernel/Tessellation.h"
 #include "scene/SceneOperations.h"
 
 #include <BRepAdaptor_Curve.hxx>
@@ -111,6 +112,16 @@ double ShapeMesher::safeDeviation(const TopoDS_Shape &shape)
     return floor;
 }
 
+bool ShapeMesher::tessellate(const TopoDS_Shape &shape, const Message_ProgressRange &progress)
+{
+    if (m_settings.normalTolerance < leastAngle)
+        warnOnce(m_angleWarned, "The normal tolerance was raised to 1 degree.");
+    m_tessellated.Nullify();
+    tnconvert::tessellate(shape, safeDeviation(shape), safeAngle(), progress);
+    m_tessellated = shape;
+    return isFilled(shape);
+}
+
 std::vector<std::shared_ptr<const Mesh>>
 ShapeMesher::meshes(const TopoDS_Shape &original, const Look &look, const std::string &name)
 {
@@ -143,9 +154,9 @@ void ShapeMesher::addFaces(const ShapeRepair &repair, const Look &look, Collecto
         tally.isFiltered = true;
         return;
     }
-    if (m_settings.normalTolerance < leastAngle)
-        warnOnce(m_angleWarned, "The normal tolerance was raised to 1 degree.");
-    FaceMesher mesher(repair.result(), safeDeviation(repair.result()), safeAngle(), tally);
+    if (!m_tessellated.IsSame(repair.result()))
+        tessellate(repair.result(), {});
+    FaceMesher mesher(safeDeviation(repair.result()), safeAngle(), tally);
     for (; faces.More(); faces.Next()) {
         const std::optional<Material> material = look(repair.origin(faces.Current()));
         if (material)

@@ -5,6 +5,7 @@
 #include "readers/kernel/FaceTally.h"
 #include "scene/Scene.h"
 
+#include <Message_ProgressRange.hxx>
 #include <TopoDS_Shape.hxx>
 
 #include <functional>
@@ -21,6 +22,10 @@ public:
     using Look = std::function<std::optional<Material>(const TopoDS_Shape &)>;
 
     ShapeMesher(const Settings &settings, Report &report);
+
+    /// Gives the faces of @p shape their triangles, which meshes() does as well. Tells whether
+    /// these fill all of them.
+    bool tessellate(const TopoDS_Shape &shape, const Message_ProgressRange &progress);
 
     /// The shape's faces, and its free edges when curves are wanted. One primitive for each
     /// material; when geometries are not merged, one mesh for each face. Throws ConversionError
@@ -47,6 +52,7 @@ private:
     const Settings &m_settings;
     Report &m_report;
     FaceTally m_faces;
+    TopoDS_Shape m_tessellated; ///< the last one
     std::uint64_t m_triangles = 0;
     bool m_deviationWarned = false;
     bool m_angleWarned = false;

@@ -2,23 +2,19 @@
 
 #include "readers/kernel/ForkedShapes.h"
 #include "readers/kernel/KernelGuard.h"
+#include "readers/kernel/ShapeFitness.h"
 #include "readers/step/StepFaces.h"
 
 #include <BRepBndLib.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
-#include <Geom_Curve.hxx>
 #include <Interface_Check.hxx>
 #include <StepShape_EdgeBasedWireframeModel.hxx>
 #include <StepShape_GeometricSet.hxx>
 #include <StepShape_ManifoldSolidBrep.hxx>
-#include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
-#include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
-#include <TopoDS_Edge.hxx>
-#include <TopoDS_Vertex.hxx>
 #include <TransferBRep.hxx>
 #include <Transfer_Binder.hxx>
 
@@ -35,27 +31,10 @@ using Kind = StepLosses::Kind;
 /// files stay below 1e-4.
 constexpr double largestGap = 1e-2;
 
-/// mm. Gaps below need no comparison with the shape's extent.
-constexpr double harmlessGap = 1e-3;
-
 bool isWire(const Handle(StepRepr_RepresentationItem) & entity)
 {
     return entity->IsKind(STANDARD_TYPE(StepShape_GeometricSet))
         || entity->IsKind(STANDARD_TYPE(StepShape_EdgeBasedWireframeModel));
-}
-
-/// How far the ends of an edge's curve are from its vertices, mm.
-double gapAt(const TopoDS_Edge &edge)
-{
-    double first = 0;
-    double last = 0;
-    const Handle(Geom_Curve) curve = BRep_Tool::Curve(edge, first, last);
-    const TopoDS_Vertex from = TopExp::FirstVertex(edge);
-    const TopoDS_Vertex to = TopExp::LastVertex(edge);
-    if (curve.IsNull() || from.IsNull() || to.IsNull())
-        return 0;
-    return std::max(curve->Value(first).Distance(BRep_Tool::Pnt(from)),
-                    curve->Value(last).Distance(BRep_Tool::Pnt(to)));
 }
 
 /// A face that lost its boundary goes on without end.
@@ -78,18 +57,35 @@ StepItemTransfer::StepItemTransfer(const StepEntities &entities, const StepItem 
     m_process->SetModel(entities.model());
 }
 
+TopoDS_Shape StepItemTransfer::transferAsIs(StepLosses &losses,
+                                            const Message_ProgressRange &progress)
+{
+    bool isEnough = false;
+    const auto work = [&] {
+        m_shape = make(m_item.entity, Healing::Needed, progress);
+        if (m_shape.IsNull() || !TopExp_Explorer(m_shape, TopAbs_FACE).More()
+            || !missingFaces().empty())
+            return;
+        m_healing.emplace(m_shape);
+        m_shape = m_healing->healed(m_shape);
+        StepLosses own;
+        check(own);
+        isEnough = own.isEmpty() && fitsTogether(m_shape);
+        place();
+    };
+    if (!KernelGuard::run(work) || !isEnough)
+        return {};
+    losses.addTotal(Kind::Face, facesOf(m_item.entity).size());
+    return m_shape;
+}
+
 TopoDS_Shape StepItemTransfer::transfer(StepLosses &losses, const Message_ProgressRange &progress)
 {
-    const bool isMade = KernelGuard::run([&] { m_shape = make(m_item.entity, progress); });
-    const std::vector<Handle(StepShape_Face)> faces = facesOf(m_item.entity);
-    std::vector<Handle(StepShape_Face)> missing;
-    for (const Handle(StepShape_Face) & face : faces) {
-        if (m_shape.IsNull() || TransferBRep::ShapeResult(m_process, face).IsNull())
-            missing.push_back(face);
-    }
+    const bool isMade =
+        KernelGuard::run([&] { m_shape = make(m_item.entity, Healing::Full, progress); });
     StepLosses own;
-    own.addTotal(Kind::Face, faces.size());
-    if (!missing.empty())
+    own.addTotal(Kind::Face, facesOf(m_item.entity).size());
+    if (const auto missing = missingFaces(); !missing.empty())
         addFaces(missing, own);
     if (m_shape.IsNull()) {
         if (!isMade || !isWire(m_item.entity) || m_entities.graph().isEndless(m_item.entity))
@@ -106,21 +102,32 @@ TopoDS_Shape StepItemTransfer::transfer(StepLosses &losses, const Message_Progre
     return m_shape;
 }
 
-TopoDS_Shape StepItemTransfer::make(const Handle(Standard_Transient) & entity,
+std::vector<Handle(StepShape_Face)> StepItemTransfer::missingFaces() const
+{
+    std::vector<Handle(StepShape_Face)> missing;
+    for (const Handle(StepShape_Face) & face : facesOf(m_item.entity)) {
+        if (m_shape.IsNull() || TransferBRep::ShapeResult(m_process, face).IsNull())
+            missing.push_back(face);
+    }
+    return missing;
+}
+
+/// The kernel heals what it takes for manifold.
+TopoDS_Shape StepItemTransfer::make(const Handle(Standard_Transient) & entity, Healing healing,
                                     const Message_ProgressRange &progress) const
 {
     if (m_entities.graph().isEndless(entity))
         return {};
     m_actor->PrepareUnits(m_item.representation, m_process);
     return TransferBRep::ShapeResult(
-        m_actor->TransferShape(entity, m_process, true, false, progress));
+        m_actor->TransferShape(entity, m_process, healing == Healing::Full, false, progress));
 }
 
 void StepItemTransfer::addFaces(const std::vector<Handle(StepShape_Face)> &missing,
                                 StepLosses &losses)
 {
     const std::vector<TopoDS_Shape> made = makeForked(missing.size(), [&](std::size_t i) {
-        TopoDS_Shape face = make(missing[i]);
+        TopoDS_Shape face = make(missing[i], Healing::Full);
         return !face.IsNull() && isBounded(face) ? face : TopoDS_Shape();
     });
     BRep_Builder builder;
@@ -144,7 +151,7 @@ void StepItemTransfer::check(StepLosses &losses) const
 {
     if (losses.isEmpty() && m_entities.graph().isEndless(m_item.entity))
         losses.add(Kind::Entity, m_entities.label(m_item.entity));
-    if (!fitsTogether())
+    if (!isNearlyFit())
         losses.add(Kind::Fit, m_entities.label(m_item.entity));
     if (losses.isEmpty() && m_added.empty() && isHoled())
         losses.add(Kind::Hole, m_entities.label(m_item.entity));
@@ -169,13 +176,11 @@ bool StepItemTransfer::isHoled() const
 }
 
 /// Tolerances alone do not tell: where a surface is degenerate the kernel raises them by itself.
-bool StepItemTransfer::fitsTogether() const
+bool StepItemTransfer::isNearlyFit() const
 {
     if (BRep_Tool::MaxTolerance(m_shape, TopAbs_VERTEX) <= harmlessGap)
         return true;
-    double gap = 0;
-    for (TopExp_Explorer edges(m_shape, TopAbs_EDGE); edges.More(); edges.Next())
-        gap = std::max(gap, gapAt(TopoDS::Edge(edges.Current())));
+    const double gap = largestGapOf(m_shape);
     Bnd_Box box;
     BRepBndLib::AddClose(m_shape, box);
     return gap <= harmlessGap || box.IsVoid() || gap <= largestGap * std::sqrt(box.SquareExtent());
@@ -216,7 +221,7 @@ void StepItemTransfer::addLooks(const StepLooks &looks, bool withItem, SubStyles
             continue;
         const TopoDS_Shape shape = TransferBRep::ShapeResult(m_process->MapItem(i));
         if (!shape.IsNull())
-            styles.add(placed(shape), *look);
+            styles.add(placed(m_healing ? m_healing->healed(shape) : shape), *look);
     }
     const Style *ofItem = withItem ? looks.find(m_item.entity) : nullptr;
     for (const Face &face : m_added) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "readers/kernel/ShapeHealing.h"
 #include "readers/kernel/SubStyles.h"
 #include "readers/step/StepLooks.h"
 #include "readers/step/StepLosses.h"
@@ -26,8 +27,12 @@ public:
     StepItemTransfer(const StepEntities &entities, const StepItem &item,
                      const Handle(STEPControl_ActorRead) & actor);
 
-    /// Where the item is placed; null when nothing could be made. What is missing is added to
-    /// @p losses.
+    /// Heals only what cannot be used as the file has it. Gives the shape where the item is placed,
+    /// or null when that is not enough; another transfer can then make more of it.
+    TopoDS_Shape transferAsIs(StepLosses &losses, const Message_ProgressRange &progress);
+
+    /// Heals all. Gives the shape where the item is placed; null when nothing could be made. What
+    /// is missing is added to @p losses.
     TopoDS_Shape transfer(StepLosses &losses, const Message_ProgressRange &progress);
 
     /// Adds the looks of what the shape consists of, and the item's own when @p withItem.
@@ -39,12 +44,13 @@ private:
         TopoDS_Shape shape;
     };
 
-    TopoDS_Shape make(const Handle(Standard_Transient) & entity,
+    TopoDS_Shape make(const Handle(Standard_Transient) & entity, Healing healing,
                       const Message_ProgressRange &progress = {}) const;
+    std::vector<Handle(StepShape_Face)> missingFaces() const;
     void addFaces(const std::vector<Handle(StepShape_Face)> &missing, StepLosses &losses);
     void check(StepLosses &losses) const;
     bool isHoled() const;
-    bool fitsTogether() const;
+    bool isNearlyFit() const;
     Handle(Standard_Transient) firstFailure() const;
     void place();
     TopoDS_Shape placed(const TopoDS_Shape &shape) const;
@@ -55,6 +61,7 @@ private:
     const Handle(Transfer_TransientProcess) m_process;
     TopoDS_Shape m_shape;
     std::vector<Face> m_added; ///< faces that were made one by one
+    std::optional<ShapeHealing> m_healing; ///< of what the file has
     TopLoc_Location m_location; ///< one for all: two of the same place are taken for different ones
     std::optional<BRepBuilderAPI_Transform> m_scaling; ///< instead, for what no location can hold
 };

@@ -15,7 +15,7 @@ StepPartTransfer::StepPartTransfer(const StepEntities &entities, const StepLooks
 {
 }
 
-StepPart StepPartTransfer::transfer(const StepProduct &product, StepLosses &losses,
+StepPart StepPartTransfer::transfer(const StepProduct &product, Healing healing,
                                     const Message_ProgressRange &progress) const
 {
     StepPart part;
@@ -23,15 +23,26 @@ StepPart StepPartTransfer::transfer(const StepProduct &product, StepLosses &loss
     BRep_Builder builder;
     TopoDS_Compound all;
     builder.MakeCompound(all);
-    Message_ProgressScope scope(progress, nullptr, double(product.items.size()));
-    for (const StepItem &item : product.items) {
-        StepItemTransfer transfer(m_entities, item, m_actor);
-        const TopoDS_Shape shape = transfer.transfer(losses, scope.Next());
-        if (shape.IsNull())
-            continue;
+    const auto add = [&](const StepItemTransfer &transfer, const TopoDS_Shape &shape) {
         transfer.addLooks(m_looks, !isOne, part.subStyles);
         builder.Add(all, shape);
         part.shape = isOne ? shape : all;
+    };
+    Message_ProgressScope scope(progress, nullptr, double(product.items.size()));
+    for (const StepItem &item : product.items) {
+        const Message_ProgressRange range = scope.Next();
+        if (healing == Healing::Needed) {
+            StepItemTransfer transfer(m_entities, item, m_actor);
+            if (const TopoDS_Shape shape = transfer.transferAsIs(part.losses, range);
+                !shape.IsNull()) {
+                add(transfer, shape);
+                part.healing = Healing::Needed;
+                continue;
+            }
+        }
+        StepItemTransfer transfer(m_entities, item, m_actor);
+        if (const TopoDS_Shape shape = transfer.transfer(part.losses, range); !shape.IsNull())
+            add(transfer, shape);
     }
     return part;
 }

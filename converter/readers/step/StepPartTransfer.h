@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Settings.h"
 #include "readers/kernel/SubStyles.h"
 #include "readers/step/StepLooks.h"
 #include "readers/step/StepLosses.h"
@@ -17,6 +18,8 @@ namespace tnconvert {
 struct StepPart {
     TopoDS_Shape shape; ///< null when it has none
     SubStyles subStyles; ///< of what it consists of
+    StepLosses losses;
+    Healing healing = Healing::Full; ///< Needed: of at least one item
 };
 
 /// Makes the shapes of products, one item after the other, each for itself: one that is damaged
@@ -26,8 +29,8 @@ public:
     /// Both must outlive the transfer.
     StepPartTransfer(const StepEntities &entities, const StepLooks &looks);
 
-    /// Adds what gets lost to @p losses.
-    StepPart transfer(const StepProduct &product, StepLosses &losses,
+    /// With Healing::Needed, items that need more are still healed in full.
+    StepPart transfer(const StepProduct &product, Healing healing,
                       const Message_ProgressRange &progress) const;
 
 private:

@@ -19,6 +19,13 @@
 
 namespace tnconvert {
 
+namespace {
+
+/// Of the time that a part takes, which its triangles take the rest of.
+constexpr double transferShare = 0.3;
+
+} // namespace
+
 StepSceneBuilder::StepSceneBuilder(const StepDocument &document, const Settings &settings,
                                    Report &report, double from, double to, std::uint64_t &nodeCount)
     : m_document(document)
@@ -152,18 +159,39 @@ const StepPart &StepSceneBuilder::partOf(std::size_t number)
     const auto known = m_parts.find(number);
     if (known != m_parts.end())
         return known->second;
-    const auto [from, to] = progressOfNextPart();
-    const Handle(KernelProgress) progress = new KernelProgress(m_report, from, to, "Transferring");
-    return m_parts
-        .emplace(number, m_transfer.transfer(product(number), m_losses, progress->Start()))
-        .first->second;
+    // The repairs that the settings ask for take all the more for a shape that is not healed.
+    const bool isRepaired = m_settings.useStitching || m_settings.fixSurfaceOrientation;
+    StepPart part = made(number, isRepaired ? Healing::Full : m_settings.healing);
+    if (!part.shape.IsNull() && !isTessellated(part.shape) && part.healing == Healing::Needed) {
+        part = made(number, Healing::Full);
+        isTessellated(part.shape);
+    }
+    m_losses.add(part.losses);
+    return m_parts.emplace(number, std::move(part)).first->second;
 }
 
-std::pair<double, double> StepSceneBuilder::progressOfNextPart() const
+StepPart StepSceneBuilder::made(std::size_t number, Healing healing)
+{
+    const Handle(KernelProgress) progress = progressOfPart(0, transferShare, "Transferring");
+    return m_transfer.transfer(product(number), healing, progress->Start());
+}
+
+/// Tessellates the shape of the part that is being made.
+bool StepSceneBuilder::isTessellated(const TopoDS_Shape &shape)
+{
+    const Handle(KernelProgress) progress = progressOfPart(transferShare, 1, "Tessellating");
+    bool isFilled = false;
+    return KernelGuard::run([&] { isFilled = m_mesher.tessellate(shape, progress->Start()); })
+        && isFilled;
+}
+
+/// From one share of the next part to another one.
+Handle(KernelProgress) StepSceneBuilder::progressOfPart(double from, double to,
+                                                        const std::string &message) const
 {
     const double share = (m_to - m_from) / double(std::max<std::size_t>(m_partCount, 1));
-    const double from = m_from + share * double(m_parts.size());
-    return {from, from + share / 2};
+    const double start = m_from + share * double(m_parts.size());
+    return new KernelProgress(m_report, start + share * from, start + share * to, message);
 }
 
 StepSceneBuilder::Meshes StepSceneBuilder::meshed(const StepPart &part, const Style &style,
@@ -171,7 +199,6 @@ StepSceneBuilder::Meshes StepSceneBuilder::meshed(const StepPart &part, const St
 {
     if (part.shape.IsNull())
         return {};
-    m_report.progress(progressOfNextPart().first, "Tessellating");
     const auto look = [&](const TopoDS_Shape &piece) {
         return materialOf(piece, style, part.subStyles, m_settings);
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "readers/kernel/Kernel.h"
 #include "readers/kernel/ShapeMesher.h"
 #include "readers/step/StepDocument.h"
 #include "readers/step/StepLosses.h"
@@ -53,12 +54,14 @@ private:
     Meshes meshesOf(std::size_t number, const Style &style);
     Meshes meshed(const StepPart &part, const Style &style, const StepProduct &product);
     const StepPart &partOf(std::size_t number);
+    StepPart made(std::size_t number, Healing healing);
+    bool isTessellated(const TopoDS_Shape &shape);
+    Handle(KernelProgress) progressOfPart(double from, double to, const std::string &message) const;
     TopoDS_Shape withoutBadFaces(const TopoDS_Shape &shape, const StepProduct &product);
     const StepProduct &product(std::size_t number) const;
     Style lookOf(const StepProduct &product) const;
     Metadata metadataOf(const StepProduct &product) const;
     std::string layerOf(const StepProduct &product) const;
-    std::pair<double, double> progressOfNextPart() const;
 
     const StepDocument &m_document;
     const Settings &m_settings;

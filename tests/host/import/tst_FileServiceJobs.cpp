@@ -107,8 +107,14 @@ private slots:
         const QStringList files = fixture.files(6, "sleep 40");
         const quint64 first = fixture.convert(files);
         QVERIFY(fixture.wait(fixture.convert(files)) && fixture.wait(first));
+        QVERIFY(fixture.fakeLog().filter("begin").first().contains(R"("threads":1,)"));
         const int most = mostAtATime(fixture.fakeLog());
         QVERIFY2(most == 2 || most == 3, qPrintable(QString::number(most)));
+
+        // A file that is alone may use all cores.
+        QVERIFY(fixture.wait(fixture.convert(fixture.files(1, "sleep 1"))));
+        const QString cores = QString::number(std::min(3, QThread::idealThreadCount()));
+        QVERIFY(fixture.fakeLog().filter("begin").last().contains("\"threads\":" + cores + ","));
 
         // A smaller number counts as soon as conversions end; three had been started by then.
         const int before = fixture.fakeLog().size();
