@@ -21,6 +21,7 @@ public:
                                  const char *settings = "{}")
     {
         warnings.clear();
+        percents.clear();
         parts.clear();
         references.clear();
         std::vector<std::string> wrong;
@@ -50,7 +51,7 @@ public:
         return file.readAll();
     }
 
-    void progress(double, const std::string &) override { }
+    void progress(double percent, const std::string &) override { percents << percent; }
     void warning(const std::string &message) override
     {
         warnings << QString::fromStdString(message);
@@ -68,6 +69,7 @@ public:
 
     // Of the last conversion.
     QStringList warnings;
+    QVector<double> percents;
     QStringList references; ///< as far as they lie in the directory without that
     QStringList parts; ///< "part a.stp", "success a.stp", ... in the order of events
 

@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+#include <algorithm>
+
 namespace {
 
 /// base.stp, a disc, with what turns it into the part of an assembly: the place is 100 mm along x,
@@ -72,6 +74,19 @@ private:
     }
 
 private slots:
+    void progressMovesWithTheWork()
+    {
+        ConverterFixture fixture;
+        fixture.convert("gearbox.step");
+        const QVector<double> &percents = fixture.percents;
+        const auto between = [&](double from, double to) {
+            return std::count_if(percents.begin(), percents.end(),
+                                 [&](double percent) { return percent > from && percent < to; });
+        };
+        QVERIFY(between(0, 28) >= 3); // parsing
+        QVERIFY(between(52, 90) >= 10); // tessellating
+    }
+
     void places_data()
     {
         QTest::addColumn<QByteArray>("step");
