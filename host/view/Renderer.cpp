@@ -133,7 +133,7 @@ void Renderer::setSection(const Section &section, const BoundingBox &box)
     const int axis = static_cast<int>(section.axis) - static_cast<int>(Section::Axis::X);
     const float place = box.min[axis] + section.place * (box.max[axis] - box.min[axis]);
     SbVec3f kept(0, 0, 0);
-    kept[axis] = section.isFlipped ? -1.0F : 1.0F;
+    kept[axis] = section.isFlipped ? 1.0F : -1.0F;
     m_section->plane = SbPlane(kept, kept[axis] * place);
 }
 

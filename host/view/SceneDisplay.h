@@ -21,7 +21,7 @@ struct Section {
 
     Axis axis = Axis::None;
     float place = 0.5F; ///< from 0 to 1, between the least and the largest coordinate of all
-    bool isFlipped = false; ///< whether what lies before it, rather than behind it, is cut away
+    bool isFlipped = false; ///< whether the larger coordinates, rather than the smaller ones, stay
 };
 
 /// A view of a scene, as the window knows it. Comes out of a module of its own, so that only who

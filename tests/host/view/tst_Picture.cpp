@@ -129,7 +129,7 @@ private slots:
     void cutsAtTheSection()
     {
         add(cubes({{0, 0, 0}, {20, 0, 0}}));
-        m_section = {Section::Axis::X, 0.5F, false};
+        m_section = {Section::Axis::X, 0.5F, true};
         draw();
         QVERIFY(isGreen({25, 5, 10}));
         QCOMPARE(colorAt({5, 5, 10}), background);

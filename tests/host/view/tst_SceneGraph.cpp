@@ -106,14 +106,14 @@ private slots:
     void cutsAtTheSection()
     {
         const BoundingBox box = m_scene->shownBox();
-        m_renderer->setSection({Section::Axis::X, 0.5F, false}, box);
-        QVERIFY(!pick({5, 5, 10}) && pick({105, 5, 10}));
         m_renderer->setSection({Section::Axis::X, 0.5F, true}, box);
+        QVERIFY(!pick({5, 5, 10}) && pick({105, 5, 10}));
+        m_renderer->setSection({Section::Axis::X, 0.5F, false}, box);
         QVERIFY(pick({5, 5, 10}) && !pick({105, 5, 10}));
-        m_renderer->setSection({Section::Axis::Z, 0.4F, true}, box);
+        m_renderer->setSection({Section::Axis::Z, 0.4F, false}, box);
         const auto inside = pick({5, 5, 0});
         QVERIFY(inside && inside->point.z() < 4);
-        m_renderer->setSection({Section::Axis::Z, 0.4F, true}, {});
+        m_renderer->setSection({Section::Axis::Z, 0.4F, false}, {});
         QVERIFY(pick({5, 5, 10}));
         m_renderer->setSection({}, box);
         QVERIFY(pick({5, 5, 10}) && pick({105, 5, 10}));
