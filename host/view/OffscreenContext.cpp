@@ -21,8 +21,8 @@ OffscreenContext::~OffscreenContext()
     if (!m_context)
         return;
     eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    // The display stays: it is the same one each time, and to load its driver anew takes long.
     eglDestroyContext(m_display, m_context);
-    eglTerminate(m_display);
 }
 
 bool OffscreenContext::open(void *display)
