@@ -2,11 +2,13 @@
 // milliseconds until the window has painted it, the best of some rounds. An argument is the number
 // of files, 10,000 without one.
 
+#include "host/app/SceneView.h"
 #include "host/app/results/ResultsPane.h"
 #include "host/import/ImportLog.h"
 #include "host/scene/Scene.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QTreeView>
 
@@ -100,6 +102,50 @@ void measureResults(Report &report, std::size_t count)
     report.measure(QStringLiteral("results: select all"), pane, [&] { view->selectAll(); });
 }
 
+std::shared_ptr<SceneFragment> makeFragment(std::size_t nodes)
+{
+    auto fragment = std::make_shared<SceneFragment>();
+    fragment->nodes.resize(nodes);
+    for (std::size_t i = 0; i < nodes; ++i) {
+        fragment->nodes[i].name = QStringLiteral("part %1").arg(i);
+        fragment->roots.push_back(static_cast<int>(i));
+    }
+    return fragment;
+}
+
+void measureTree(Report &report, std::size_t count)
+{
+    Scene scene;
+    SceneView view(scene);
+    view.resize(340, 600);
+    view.show();
+    paint(view);
+    const auto add = [&scene](std::size_t nodes, std::size_t files) {
+        const auto fragment = makeFragment(nodes);
+        for (std::size_t i = 0; i < files; ++i)
+            scene.addFragment(fragment, {}, QStringLiteral("/cad/%1.step").arg(i), {});
+    };
+    const auto remove = [&](const QString &what, std::size_t step) {
+        const auto &files = scene.find(scene.root())->children();
+        std::vector<tndNode> nodes;
+        for (std::size_t i = 0; i < files.size() && nodes.size() < count / 2; i += step)
+            nodes.emplace_back(files[i]->id());
+        report.measure(what + QStringLiteral(": select"), view, [&] { scene.setSelection(nodes); });
+        report.measure(what + QStringLiteral(": remove"), view,
+                       [&] { view.actions().constFirst()->trigger(); });
+    };
+    report.measure(QStringLiteral("tree: one file with all nodes"), view, [&] { add(count, 1); });
+    report.measure(QStringLiteral("tree: expand all"), view, [&] { view.expandAll(); });
+    remove(QStringLiteral("tree: the file"), 1);
+    add(1, count);
+    paint(view);
+    report.measure(QStringLiteral("tree: one file more"), view, [&] { add(1, 1); });
+    remove(QStringLiteral("tree: half of the files, each second"), 2);
+    add(1, count);
+    paint(view);
+    remove(QStringLiteral("tree: half as many files in a row"), 1);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -107,8 +153,10 @@ int main(int argc, char **argv)
     const QApplication application(argc, argv);
     const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 10000;
     Report report;
-    for (int i = 0; i < rounds; ++i)
+    for (int i = 0; i < rounds; ++i) {
         measureResults(report, count);
+        measureTree(report, count);
+    }
     report.print();
     return 0;
 }

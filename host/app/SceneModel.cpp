@@ -23,10 +23,11 @@ SceneModel::SceneModel(const Scene &scene, QObject *parent)
         endInsertRows();
         refreshCounts(inserted->parent());
     });
-    connect(&scene, &Scene::aboutToRemove, this, [this](const SceneNode *leaving) {
-        beginRemoveRows(indexOf(*leaving->parent(), Name), leaving->row(), leaving->row());
-    });
-    connect(&scene, &Scene::removed, this, [this](const SceneNode *place, int) {
+    connect(&scene, &Scene::aboutToRemoveRows, this,
+            [this](const SceneNode *place, int first, int last) {
+                beginRemoveRows(indexOf(*place, Name), first, last);
+            });
+    connect(&scene, &Scene::rowsRemoved, this, [this](const SceneNode *place) {
         endRemoveRows();
         refreshCounts(place);
     });

@@ -163,8 +163,7 @@ void SceneView::removeSelected()
 {
     const std::vector<tndNode> nodes = m_scene.selectedNodes(true);
     m_scene.setSelection({}); // at once, and not bit by bit
-    for (const tndNode &node : nodes)
-        m_scene.removeNode(node);
+    m_scene.removeNodes(nodes);
 }
 
 void SceneView::showSelection()

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -77,6 +78,14 @@ QMatrix4x4 worldOf(const SceneNode *node)
 bool isBelow(const SceneNode *node, const SceneNode *ancestor)
 {
     while (node && node != ancestor)
+        node = node->parent();
+    return node != nullptr;
+}
+
+/// Whether the node or one above it, if there is one, is among them.
+bool isBelowAny(const SceneNode *node, const std::unordered_set<const SceneNode *> &ancestors)
+{
+    while (node && ancestors.count(node) == 0)
         node = node->parent();
     return node != nullptr;
 }
@@ -154,15 +163,45 @@ tndNode Scene::replaceNode(const tndNode &node,
 
 bool Scene::removeNode(const tndNode &node)
 {
-    const auto found = m_nodes.find(node.id());
-    if (found == m_nodes.end() || found->second == m_root.get())
+    if (!contains(node) || node == root())
         return false;
-    const std::unique_ptr<SceneNode> gone = take(*found->second);
-    const bool selectionShrank = forget(*gone);
+    removeNodes({node});
+    return true;
+}
+
+void Scene::removeNodes(const std::vector<tndNode> &nodes)
+{
+    std::unordered_set<const SceneNode *> leaving;
+    for (const tndNode &node : nodes)
+        leaving.insert(find(node));
+    leaving.erase(nullptr);
+    leaving.erase(m_root.get());
+    std::unordered_set<SceneNode *> places;
+    for (const SceneNode *each : leaving) {
+        if (!isBelowAny(each->parent(), leaving))
+            places.insert(each->m_parent);
+    }
+    if (places.empty())
+        return;
+    bool selectionShrank = false;
+    for (SceneNode *place : places) {
+        const auto leaves = [&](int row) {
+            return leaving.count(place->m_children[static_cast<std::size_t>(row)].get()) > 0;
+        };
+        for (int last = static_cast<int>(place->m_children.size()) - 1; last >= 0; --last) {
+            if (!leaves(last))
+                continue;
+            int first = last;
+            while (first > 0 && leaves(first - 1))
+                --first;
+            for (const auto &gone : takeRows(*place, first, last))
+                selectionShrank |= forget(*gone);
+            last = first;
+        }
+    }
     emit changed();
     if (selectionShrank)
         emit selectionChanged();
-    return true;
 }
 
 tndNode Scene::takeUnusedHandle()
@@ -246,6 +285,8 @@ std::vector<std::shared_ptr<const SceneMaterial>> Scene::materials() const
 std::vector<tndNode> Scene::selectedNodes(bool topmostOnly) const
 {
     std::vector<tndNode> result;
+    if (m_selection.empty())
+        return result; // mostly, and who asks, asks often
     const SceneNode *topmost = nullptr;
     walk(*m_root, [&](const SceneNode &node) {
         if (m_selection.count(node.id()) == 0)
@@ -440,13 +481,23 @@ SceneNode *Scene::insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int
 
 std::unique_ptr<SceneNode> Scene::take(SceneNode &node)
 {
-    SceneNode &parent = *node.m_parent;
     const int row = node.row();
-    emit aboutToRemove(&node);
-    std::unique_ptr<SceneNode> taken = std::move(parent.m_children[static_cast<std::size_t>(row)]);
-    parent.m_children.erase(parent.m_children.begin() + row);
-    taken->m_parent = nullptr;
-    emit removed(&parent, row);
+    return std::move(takeRows(*node.m_parent, row, row).front());
+}
+
+std::vector<std::unique_ptr<SceneNode>> Scene::takeRows(SceneNode &parent, int first, int last)
+{
+    emit aboutToRemoveRows(&parent, first, last);
+    const auto begin = parent.m_children.begin() + first;
+    const auto end = parent.m_children.begin() + last + 1;
+    for (auto each = begin; each != end; ++each)
+        emit aboutToRemove(each->get());
+    std::vector<std::unique_ptr<SceneNode>> taken(std::make_move_iterator(begin),
+                                                  std::make_move_iterator(end));
+    parent.m_children.erase(begin, end);
+    for (const auto &each : taken)
+        each->m_parent = nullptr;
+    emit rowsRemoved(&parent);
     return taken;
 }
 

@@ -44,6 +44,9 @@ public:
 
     /// Removes the node with all its children. False for the root and for an unknown node.
     bool removeNode(const tndNode &node);
+    /// Removes them all as one operation; the root and unknown nodes are left out. Neighbours go
+    /// together, so this costs O(their siblings) and not a walk through the siblings for each.
+    void removeNodes(const std::vector<tndNode> &nodes);
 
     /// A handle that no node has and no node will ever have.
     tndNode takeUnusedHandle();
@@ -84,12 +87,14 @@ public:
     void isolate(const std::vector<tndNode> &nodes);
 
 signals:
-    // For item models: one subtree at a time, built before it is inserted and whole until it has
-    // been removed.
+    // For item models: subtrees are built before they are inserted and whole until they have been
+    // removed. Who receives these must not change the tree.
     void aboutToInsert(const SceneNode *parent, int row);
     void inserted(const SceneNode *node);
+    void aboutToRemoveRows(const SceneNode *parent, int first, int last);
+    /// For each of the rows, behind aboutToRemoveRows().
     void aboutToRemove(const SceneNode *node);
-    void removed(const SceneNode *parent, int row);
+    void rowsRemoved(const SceneNode *parent);
 
     /// Once after each operation that changed the tree.
     void changed();
@@ -111,6 +116,7 @@ private:
     static void showBelow(SceneNode &node);
     SceneNode *insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row);
     std::unique_ptr<SceneNode> take(SceneNode &node);
+    std::vector<std::unique_ptr<SceneNode>> takeRows(SceneNode &parent, int first, int last);
     void remember(SceneNode &node);
     /// Gives whether a selected node was among them.
     bool forget(const SceneNode &node);

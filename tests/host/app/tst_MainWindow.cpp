@@ -227,6 +227,10 @@ void tst_MainWindow::modelFollowsTheScene()
     QVERIFY(scene.removeNode(replaced));
     QCOMPARE(model.rowCount({}), 1);
     QVERIFY(!model.indexOf(guest).isValid());
+    const tndNode second = add(scene);
+    const tndNode third = add(scene);
+    scene.removeNodes({third, second});
+    QCOMPARE(model.rowCount({}), 1);
 }
 
 void tst_MainWindow::selectionIsTheScenes()

@@ -191,6 +191,33 @@ private slots:
         QCOMPARE(changes.count(), 0);
     }
 
+    void removesManyAtOnce()
+    {
+        std::vector<tndNode> files;
+        for (int i = 0; i < 6; ++i)
+            files.push_back(add());
+        const tndNode below = inside(files[1], 1);
+        m_scene->setSelection({files[4]});
+        QStringList runs;
+        connect(m_scene.get(), &Scene::aboutToRemoveRows, this,
+                [&runs](const SceneNode *, int first, int last) {
+                    runs << QStringLiteral("%1-%2").arg(first).arg(last);
+                });
+        const QSignalSpy each(m_scene.get(), &Scene::aboutToRemove);
+        const QSignalSpy changes(m_scene.get(), &Scene::changed);
+        const QSignalSpy selections(m_scene.get(), &Scene::selectionChanged);
+        m_scene->removeNodes({files[0], below, files[4], m_scene->root(), files[1], tndNode(999),
+                              files[5], files[0]});
+        QCOMPARE(runs, (QStringList{"4-5", "0-1"}));
+        QCOMPARE(each.size(), 4);
+        QCOMPARE(changes.size() + selections.size(), 2);
+        QVERIFY(m_scene->contains(files[2]) && m_scene->contains(files[3]));
+        QVERIFY(!m_scene->contains(files[0]) && !m_scene->contains(below));
+        QCOMPARE(m_scene->find(files[3])->row(), 1);
+        m_scene->removeNodes({files[0], m_scene->root()});
+        QCOMPARE(changes.size(), 1);
+    }
+
     void whoHearsOfANodeMayRemoveIt()
     {
         const tndNode old = add();
