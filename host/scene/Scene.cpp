@@ -145,8 +145,8 @@ tndNode Scene::replaceNode(const tndNode &node,
     for (SceneNode *added : filesBelow(old)) {
         added->m_transform = fromWorld * worldOf(added);
         std::unique_ptr<SceneNode> taken = take(*added);
-        taken->m_parent = file.get();
         file->m_children.push_back(std::move(taken));
+        adopt(*file, static_cast<int>(file->m_children.size()) - 1);
     }
 
     const bool wasSelected = m_selection.erase(oldId) > 0;
@@ -398,10 +398,9 @@ std::unique_ptr<SceneNode> Scene::buildFile(const SceneFragment &fragment,
     file->m_id = ++m_lastId;
     file->m_name = QFileInfo(sourceFile).fileName();
     file->m_sourceFile = sourceFile;
-    for (const int root : fragment.roots) {
+    for (const int root : fragment.roots)
         file->m_children.push_back(buildNode(fragment, root, used));
-        file->m_children.back()->m_parent = file.get();
-    }
+    adopt(*file, 0);
     return file;
 }
 
@@ -423,10 +422,9 @@ Scene::buildNode(const SceneFragment &fragment, int index,
         }
     }
     node->m_children.reserve(from.children.size());
-    for (const int child : from.children) {
+    for (const int child : from.children)
         node->m_children.push_back(buildNode(fragment, child, materials));
-        node->m_children.back()->m_parent = node.get();
-    }
+    adopt(*node, 0);
     return node;
 }
 
@@ -468,12 +466,20 @@ std::vector<SceneNode *> Scene::filesBelow(SceneNode &file)
     return files;
 }
 
+void Scene::adopt(SceneNode &parent, int firstRow)
+{
+    for (auto row = static_cast<std::size_t>(firstRow); row < parent.m_children.size(); ++row) {
+        parent.m_children[row]->m_parent = &parent;
+        parent.m_children[row]->m_row = static_cast<int>(row);
+    }
+}
+
 SceneNode *Scene::insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row)
 {
     emit aboutToInsert(&parent, row);
-    node->m_parent = &parent;
     const auto position = parent.m_children.begin() + row;
     SceneNode *const inside = parent.m_children.insert(position, std::move(node))->get();
+    adopt(parent, row);
     remember(*inside);
     emit inserted(inside);
     return inside;
@@ -495,6 +501,7 @@ std::vector<std::unique_ptr<SceneNode>> Scene::takeRows(SceneNode &parent, int f
     std::vector<std::unique_ptr<SceneNode>> taken(std::make_move_iterator(begin),
                                                   std::make_move_iterator(end));
     parent.m_children.erase(begin, end);
+    adopt(parent, first);
     for (const auto &each : taken)
         each->m_parent = nullptr;
     emit rowsRemoved(&parent);

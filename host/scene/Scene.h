@@ -114,6 +114,8 @@ private:
     /// The topmost files that were added somewhere below the file.
     static std::vector<SceneNode *> filesBelow(SceneNode &file);
     static void showBelow(SceneNode &node);
+    /// Tells the children from that row on who and where they are.
+    static void adopt(SceneNode &parent, int firstRow);
     SceneNode *insert(std::unique_ptr<SceneNode> node, SceneNode &parent, int row);
     std::unique_ptr<SceneNode> take(SceneNode &node);
     std::vector<std::unique_ptr<SceneNode>> takeRows(SceneNode &parent, int first, int last);

@@ -37,8 +37,8 @@ public:
     /// Null for the root.
     const SceneNode *parent() const { return m_parent; }
     const std::vector<std::unique_ptr<SceneNode>> &children() const { return m_children; }
-    /// Position among the siblings, 0 for the root. O(siblings).
-    int row() const;
+    /// Position among the siblings, 0 for the root.
+    int row() const { return m_row; }
 
 private:
     friend class Scene;
@@ -53,6 +53,7 @@ private:
     std::shared_ptr<const SceneMesh> m_mesh;
     std::vector<std::shared_ptr<const SceneMaterial>> m_materials;
     SceneNode *m_parent = nullptr;
+    int m_row = 0;
     std::vector<std::unique_ptr<SceneNode>> m_children;
 };
 
