@@ -4,9 +4,9 @@
 //     bench_meshes DIRECTORY TRIANGLES SUFFIXES COMMAND...
 //
 // SUFFIXES are those of the wanted files, as in stl,text.stl,obj,normals.obj,wrl. In a command {in}
-// and {out} stand for the files, as in 'tnconvert {in} {out}.glb'. The first is ours: the others are
-// compared with it. "own" is the most memory of the process that is not a view of a file, looked at
-// every 2 ms.
+// and {out} stand for the files, as in 'tnconvert {in} {out}.glb'. The first is ours: the others
+// are compared with it. "own" is the most memory of the process that is not a view of a file,
+// looked at every 2 ms.
 
 #include <algorithm>
 #include <array>

@@ -41,7 +41,7 @@ public:
     virtual void warning(const std::string &message) = 0;
     /// The file is about to be looked at (absolute path), other than the input; what comes of the
     /// conversion depends on whether it exists, and on what it contains.
-    virtual void reference(const std::string & /*file*/) {}
+    virtual void reference(const std::string & /*file*/) { }
     /// A part file (absolute path) is about to be read.
     virtual void partStarted(const std::string &file) = 0;
     virtual void partFinished(const std::string &file, const Outcome &outcome) = 0;
