@@ -202,7 +202,8 @@ HostileFile HostileFiles::file(int number) const
     Random random({m_seed, quint32(number)});
     QStringList damages;
     const int wanted = random.bounded(3) == 0 ? 2 + random.bounded(4) : 1;
-    while (damages.size() < wanted) {
+    // What is damaged already may have nothing left to damage.
+    for (int tries = 0; damages.size() < wanted && tries < 100; ++tries) {
         const QString name = result.files.keys().at(random.bounded(result.files.size()));
         QByteArray &content = result.files[name];
         const QByteArray before = content;
