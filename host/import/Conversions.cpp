@@ -49,8 +49,8 @@ void Conversions::start(ConversionRequest request, ConversionObserver &observer)
         m_pool.start(request, observer);
         return;
     }
-    const ReusableConversion::Surroundings surroundings{*m_store, m_pool, m_program, m_looking,
-                                                        m_keeping};
+    const ReusableConversion::Surroundings surroundings{*m_store,    m_pool,    m_program,
+                                                        m_converter, m_looking, m_keeping};
     m_conversions.push_back(std::make_unique<ReusableConversion>(surroundings, request,
                                                                  m_limits.followOutside, observer));
     ReusableConversion *conversion = m_conversions.back().get();
@@ -73,6 +73,9 @@ void Conversions::abort(const ConversionObserver &observer)
 void Conversions::onProgramKnown(const QStringList &files)
 {
     m_program = files;
+    // Which process a result comes from is not told, so that a replaced program leaves none sure.
+    const QByteArray state = ResultReuse::stateOf(files);
+    m_converter = m_converter.value_or(state) == state ? state : QByteArray();
     if (m_store)
         m_store->setLines(m_programName, files);
 }

@@ -7,6 +7,7 @@
 #include <QtCore/QObject>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tnhost {
@@ -49,6 +50,7 @@ private:
     int m_threads = 1;
     const QByteArray m_programName; ///< of the program's files in the store
     QStringList m_program; ///< the files of the converter, as far as they are known
+    std::optional<QByteArray> m_converter; ///< see ReusableConversion::Surroundings
     std::unique_ptr<ResultStore> m_store;
     WorkerPool m_pool;
     std::vector<std::unique_ptr<ReusableConversion>> m_conversions;

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <tuple>
-#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,24 +45,6 @@ QByteArrayList variablesOfConverter()
     return variables;
 }
 
-/// What a program is like, by size and time of the files that it consists of, as build systems do;
-/// empty when it cannot be told.
-QByteArray stateOf(const QStringList &program)
-{
-    QByteArrayList facts = variablesOfConverter();
-    for (const QString &path : program) {
-        const QByteArray name = QFile::encodeName(path);
-        struct stat file { };
-        if (::stat(name.constData(), &file) != 0)
-            return QByteArray();
-        facts << name;
-        for (const qint64 number :
-             {qint64(file.st_size), qint64(file.st_mtim.tv_sec), qint64(file.st_mtim.tv_nsec)})
-            facts << QByteArray::number(number);
-    }
-    return program.isEmpty() ? QByteArray() : hashOf(facts);
-}
-
 bool hasReference(const ConversionRecord::Reference &reference,
                   const std::atomic<bool> &isCancelled)
 {
@@ -81,14 +62,30 @@ ResultReuse::ResultReuse(ResultStore &store, const ConversionRequest &request, b
 {
 }
 
+QByteArray ResultReuse::stateOf(const QStringList &program)
+{
+    QByteArrayList facts = variablesOfConverter();
+    for (const QString &path : program) {
+        const QByteArray name = QFile::encodeName(path);
+        struct stat file { };
+        if (::stat(name.constData(), &file) != 0)
+            return QByteArray();
+        facts << name;
+        for (const qint64 number :
+             {qint64(file.st_size), qint64(file.st_mtim.tv_sec), qint64(file.st_mtim.tv_nsec)})
+            facts << QByteArray::number(number);
+    }
+    return program.isEmpty() ? QByteArray() : hashOf(facts);
+}
+
 std::optional<ConversionRecord> ResultReuse::take(const QStringList &program,
                                                   const std::atomic<bool> &isCancelled)
 {
     // The clock by which file systems note times.
     ::clock_gettime(CLOCK_REALTIME_COARSE, &m_since);
     m_content = FileHash::ofFile(m_request.input, isCancelled);
-    m_converter = stateOf(program);
-    if (m_content.isEmpty() || m_converter.isEmpty())
+    const QByteArray converter = stateOf(program);
+    if (m_content.isEmpty() || converter.isEmpty())
         return std::nullopt;
     std::optional<ConversionRecord> record;
     const auto holds = [&](const QByteArray &notes) {
@@ -97,25 +94,21 @@ std::optional<ConversionRecord> ResultReuse::take(const QStringList &program,
             && std::all_of(record->references.begin(), record->references.end(),
                            [&](const auto &each) { return hasReference(each, isCancelled); });
     };
-    return m_store.take(key(), m_request.output, holds) ? record : std::nullopt;
+    return m_store.take(key(converter), m_request.output, holds) ? record : std::nullopt;
 }
 
-void ResultReuse::keep(ConversionRecord record, const QStringList &program,
+void ResultReuse::keep(ConversionRecord record, const QByteArray &converter,
                        const std::atomic<bool> &isCancelled)
 {
-    // What was known of the converter before may be what another one has told.
-    const QByteArray before = std::exchange(m_converter, stateOf(program));
-    const bool isSameConverter =
-        !m_converter.isEmpty() && (before.isEmpty() || before == m_converter);
-    if (isSameConverter && !m_content.isEmpty() && isUnchanged(m_request.input)
+    if (!converter.isEmpty() && !m_content.isEmpty() && isUnchanged(m_request.input)
         && addHashes(record, isCancelled))
-        m_store.keep(key(), m_request.output, record.toJson());
+        m_store.keep(key(converter), m_request.output, record.toJson());
 }
 
-QByteArray ResultReuse::key() const
+QByteArray ResultReuse::key(const QByteArray &converter) const
 {
-    return hashOf({layout, m_converter, m_content, m_request.input.toUtf8(),
-                   m_request.type.toUtf8(), m_request.sourceId.toUtf8(),
+    return hashOf({layout, converter, m_content, m_request.input.toUtf8(), m_request.type.toUtf8(),
+                   m_request.sourceId.toUtf8(),
                    QJsonDocument(m_request.settings).toJson(QJsonDocument::Compact)});
 }
 

@@ -23,6 +23,10 @@ class ResultReuse {
 public:
     ResultReuse(ResultStore &store, const ConversionRequest &request, bool followsOutside);
 
+    /// What a program is like, by size and time of the files that it consists of, as build systems
+    /// do; empty when it cannot be told.
+    static QByteArray stateOf(const QStringList &program);
+
     /// Puts an earlier result in the place of the output and gives what its conversion told.
     /// Nothing when there is none; always to be called before the conversion begins, since what
     /// changes from now on is no longer what it reads. @p program: files that the converter
@@ -30,12 +34,13 @@ public:
     std::optional<ConversionRecord> take(const QStringList &program,
                                          const std::atomic<bool> &isCancelled);
     /// Keeps the result of a conversion that succeeded, with the paths of the references, unless
-    /// something has changed meanwhile.
-    void keep(ConversionRecord record, const QStringList &program,
+    /// something has changed meanwhile. @p converter: its state when its process began, since that
+    /// does its work even when the program's files are replaced; empty, if that cannot be told.
+    void keep(ConversionRecord record, const QByteArray &converter,
               const std::atomic<bool> &isCancelled);
 
 private:
-    QByteArray key() const;
+    QByteArray key(const QByteArray &converter) const;
     bool isUnchanged(const QString &path) const;
     bool mayBeRead(const QString &path) const;
     bool addHashes(ConversionRecord &record, const std::atomic<bool> &isCancelled) const;
@@ -45,7 +50,6 @@ private:
     const bool m_followsOutside;
     timespec m_since{};
     QByteArray m_content; ///< the hash of the input
-    QByteArray m_converter; ///< what the converter is like
 };
 
 } // namespace tnhost

@@ -103,8 +103,8 @@ void ReusableConversion::onConversionEnded(JobState state, double seconds, const
     }
     // Before the observer takes the output away.
     m_phase = Phase::Keeping;
-    m_surroundings.keeping.run([this, program = m_surroundings.program, seconds, message] {
-        m_reuse.keep(m_record, program, m_isCancelled);
+    m_surroundings.keeping.run([this, converter = m_surroundings.converter, seconds, message] {
+        m_reuse.keep(m_record, converter.value_or(QByteArray()), m_isCancelled);
         QMetaObject::invokeMethod(
             this, [this, seconds, message] { end(JobState::Success, seconds, message); },
             Qt::QueuedConnection);

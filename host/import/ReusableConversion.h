@@ -9,6 +9,7 @@
 #include <QtCore/QStringList>
 
 #include <atomic>
+#include <optional>
 
 namespace tnhost {
 
@@ -27,6 +28,8 @@ public:
         ResultStore &store;
         WorkerPool &pool;
         const QStringList &program; ///< the files of the converter, as far as they are known
+        /// What it was like when its processes began; empty when not all were the same.
+        const std::optional<QByteArray> &converter;
         BackgroundThread &looking;
         BackgroundThread &keeping;
     };

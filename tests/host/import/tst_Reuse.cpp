@@ -97,6 +97,13 @@ private slots:
             {"permission", plain, [](auto &fixture) { fixture.limits.followOutside = true; }},
             {"converter", plain, writes("program", "of another size")},
             {"converter's surroundings", plain, [](auto &) { qputenv("CSF_TEST", "1"); }},
+            {"converter replaced as it works", "append program\n", nothing},
+            {"converter replaced before", plain,
+             [](auto &fixture) {
+                 fixture.file("program", "of another size");
+                 fixture.path = fixture.file("b.step");
+                 fixture.wait(fixture.load({fixture.path})); // by the process that runs
+             }},
             {"a file it refers to", references, writes("r.mtl", "blue")},
             {"no file it refers to", references, writes("r.mtl", "red"), true},
             {"a file that was missing", references, writes("missing.mtl", "")},
