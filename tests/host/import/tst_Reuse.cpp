@@ -212,6 +212,37 @@ private slots:
         QCOMPARE(runs(first), 1);
     }
 
+    void storeStaysWithinItsBounds()
+    {
+        const ReuseFixture fixture;
+        const auto accept = [](const QByteArray &) { return true; };
+        const QString input = fixture.file("input", QByteArray(100, 'x'));
+        const QString output = fixture.in() + "/output";
+        const QString dead = fixture.file("../store/results/unfinished-dead");
+        const QString busy = fixture.file("../store/results/unfinished-busy");
+        QFile file(dead);
+        QVERIFY(file.open(QIODevice::ReadWrite)
+                && file.setFileTime(QDateTime::currentDateTime().addSecs(-7200),
+                                    QFileDevice::FileModificationTime));
+        ResultStore store(fixture.store(), 500);
+        for (const char *key : {"a", "b", "c", "d", "e", "f"}) {
+            QTest::qWait(10); // the clock of file systems is that coarse
+            store.keep(key, input, "notes");
+        }
+        QCOMPARE(fixture.entries().size(), 3);
+        QVERIFY(!QFile::exists(dead) && QFile::exists(busy));
+        // What is larger than the store drives nothing else out.
+        store.keep("large", fixture.file("input", QByteArray(501, 'x')), "notes");
+        QCOMPARE(fixture.entries().size(), 3);
+
+        QCOMPARE(store.take("f", output, accept), std::make_optional<QByteArray>("notes"));
+        QVERIFY(!store.take("f", output, accept)); // over what is there
+        QVERIFY(QFile::remove(output) && QFile::exists(fixture.store() + "/66.result"));
+        damage(fixture.store() + "/66.result", 20);
+        QVERIFY(!store.take("f", output, accept));
+        QVERIFY(!QFile::exists(output) && !QFile::exists(fixture.store() + "/66.result"));
+    }
+
     void abortsTheLook()
     {
         // So large that it takes many seconds to look through.
