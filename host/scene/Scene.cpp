@@ -1,9 +1,10 @@
 #include "host/scene/Scene.h"
 
+#include "host/scene/NodeBounds.h"
+
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <iterator>
 #include <unordered_set>
@@ -13,51 +14,6 @@ namespace tnhost {
 
 namespace {
 
-/// Whether the matrix maps boxes to boxes, so that a box's image is that of its corners.
-bool keepsBoxes(const QMatrix4x4 &matrix)
-{
-    constexpr float negligible = 1e-5F;
-    for (int row = 0; row < 3; ++row) {
-        const float length = matrix.row(row).toVector3D().length();
-        int used = 0;
-        for (int column = 0; column < 3; ++column) {
-            if (std::abs(matrix(row, column)) > negligible * length)
-                ++used;
-        }
-        if (used > 1)
-            return false;
-    }
-    return true;
-}
-
-void addMesh(BoundingBox &box, const SceneMesh &mesh, const QMatrix4x4 &world)
-{
-    if (mesh.box.isEmpty())
-        return;
-    if (keepsBoxes(world)) {
-        box.add(world.map(mesh.box.min));
-        box.add(world.map(mesh.box.max));
-        return;
-    }
-    for (const ScenePrimitive &primitive : mesh.primitives) {
-        for (const QVector3D &position : primitive.positions)
-            box.add(world.map(position));
-    }
-}
-
-/// Without what is hidden below the node, if that does not count.
-void addSubtree(BoundingBox &box, const SceneNode &node, const QMatrix4x4 &parentWorld,
-                bool withHidden = true)
-{
-    const QMatrix4x4 world = parentWorld * node.transform();
-    if (node.mesh())
-        addMesh(box, *node.mesh(), world);
-    for (const auto &child : node.children()) {
-        if (withHidden || !child->isHidden())
-            addSubtree(box, *child, world, withHidden);
-    }
-}
-
 /// Depth first, parents before children.
 template <typename Visit>
 void walk(const SceneNode &node, const Visit &visit)
@@ -65,14 +21,6 @@ void walk(const SceneNode &node, const Visit &visit)
     visit(node);
     for (const auto &child : node.children())
         walk(*child, visit);
-}
-
-QMatrix4x4 worldOf(const SceneNode *node)
-{
-    QMatrix4x4 result;
-    for (; node; node = node->parent())
-        result = node->transform() * result;
-    return result;
 }
 
 bool isBelow(const SceneNode *node, const SceneNode *ancestor)
@@ -112,7 +60,7 @@ tndNode Scene::addFragment(const std::shared_ptr<const SceneFragment> &fragment,
     const auto found = m_nodes.find(parent.id());
     SceneNode &place = found == m_nodes.end() ? *m_root : *found->second;
     std::unique_ptr<SceneNode> file = buildFile(*fragment, sourceFile, settings);
-    applyPlacement(*file, worldOf(&place), settings);
+    applyPlacement(*file, NodeBounds::worldOf(&place), settings);
     // Whoever receives the signals may remove the node at once.
     const tndNode result(
         insert(std::move(file), place, static_cast<int>(place.m_children.size()))->id());
@@ -137,13 +85,13 @@ tndNode Scene::replaceNode(const tndNode &node,
     if (settings.getPreserveTransformations())
         file->m_transform = old.transform();
     else
-        applyPlacement(*file, worldOf(&place), settings);
+        applyPlacement(*file, NodeBounds::worldOf(&place), settings);
 
     file->m_isHidden = old.isHidden();
     // What else the user has hung below the old file must not go with it.
-    const QMatrix4x4 fromWorld = (worldOf(&place) * file->transform()).inverted();
+    const QMatrix4x4 fromWorld = (NodeBounds::worldOf(&place) * file->transform()).inverted();
     for (SceneNode *added : filesBelow(old)) {
-        added->m_transform = fromWorld * worldOf(added);
+        added->m_transform = fromWorld * NodeBounds::worldOf(added);
         std::unique_ptr<SceneNode> taken = take(*added);
         file->m_children.push_back(std::move(taken));
         adopt(*file, static_cast<int>(file->m_children.size()) - 1);
@@ -241,14 +189,14 @@ QString Scene::sourceFile(const tndNode &node) const
 
 QMatrix4x4 Scene::worldTransform(const tndNode &node) const
 {
-    return worldOf(find(node));
+    return NodeBounds::worldOf(find(node));
 }
 
 BoundingBox Scene::boundingBox(const tndNode &node) const
 {
     BoundingBox box;
     if (const SceneNode *top = find(node))
-        addSubtree(box, *top, worldOf(top->parent()));
+        NodeBounds::addSubtree(box, *top, NodeBounds::worldOf(top->parent()));
     return box;
 }
 
@@ -315,7 +263,7 @@ void Scene::setSelection(const std::vector<tndNode> &nodes)
 BoundingBox Scene::shownBox() const
 {
     BoundingBox box;
-    addSubtree(box, *m_root, {}, false);
+    NodeBounds::addSubtree(box, *m_root, {}, false);
     return box;
 }
 
@@ -432,7 +380,7 @@ void Scene::applyPlacement(SceneNode &node, const QMatrix4x4 &parentWorld,
                            const tndSceneImportSettings &settings)
 {
     BoundingBox box;
-    addSubtree(box, node, parentWorld);
+    NodeBounds::addSubtree(box, node, parentWorld);
     if (box.isEmpty())
         return;
     QVector3D shift;
