@@ -43,7 +43,8 @@ public:
 
     std::array<float, 3> point(std::uint64_t index) const
     {
-        const double along = 2 * M_PI * double(index / m_columns) / double(m_rows);
+        const auto row = index / m_columns;
+        const double along = 2 * M_PI * double(row) / double(m_rows);
         const double around = 2 * M_PI * double(index % m_columns) / double(m_columns);
         const double tooth = std::sin(24 * along) > 0 ? 1.5 : 0;
         const double radius = 12 + 0.2 * std::sin(90 * along) * std::cos(60 * around)
