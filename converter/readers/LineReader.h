@@ -33,7 +33,6 @@ public:
 
     /// Of the line that was taken last, from 1 on.
     std::size_t number() const { return m_number; }
-    bool isAtEnd() const { return m_at >= m_text.size(); }
     /// How much of the text has been taken, from 0 to 1.
     double done() const { return double(m_at) / double(m_text.size()); }
 
